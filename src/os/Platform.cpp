@@ -1,0 +1,56 @@
+#include "os/Platform.h"
+
+#include <SDL.h>
+#include <boost/filesystem.hpp>
+
+#include <iostream>
+
+namespace fs = boost::filesystem;
+
+namespace os
+{
+namespace
+{
+math::TVector2<int> s_displaySize(0, 0);
+util::String s_clipboard;
+}
+
+util::String CalcDataDir(const util::String& argv0)
+{
+    boost::system::error_code error;
+    if (fs::is_directory("data", error))
+        return "";
+    // The link that the kernel keeps names the program even when argv[0] came through PATH.
+    fs::path program = fs::read_symlink("/proc/self/exe", error);
+    if (error)
+        program = argv0;
+    const fs::path folder = program.parent_path();
+    if (!folder.empty() && fs::is_directory(folder / "data", error))
+        return folder.string() + "/";
+    return "";
+}
+
+void NoteDisplaySize()
+{
+    if (const SDL_VideoInfo* info = SDL_GetVideoInfo())
+        s_displaySize = math::TVector2<int>(info->current_w, info->current_h);
+}
+
+bool GetDisplaySize(math::TVector2<int>& size)
+{
+    if (s_displaySize.x <= 0 || s_displaySize.y <= 0)
+        return false;
+    size = s_displaySize;
+    return true;
+}
+
+// Copy and paste inside the program. Other programs are reached once input events are delegated.
+void SetClipboardText(const util::String& text) { s_clipboard = text; }
+util::String GetClipboardText() { return s_clipboard; }
+
+bool ShowErrorPopup(const util::String& title, const util::String& message)
+{
+    std::cerr << title << ": " << message << std::endl;
+    return false;
+}
+}

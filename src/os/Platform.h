@@ -1,0 +1,26 @@
+// The whole of what the program asks of the desktop beyond SDL.
+#pragma once
+
+#include "math/Vector.h"
+#include "util/String.h"
+
+namespace os
+{
+/// The work directory: "" (the current one) when "data" lies there, else the folder of the executable
+/// when "data" lies beside it, else "". Ends in a slash when not "".
+util::String CalcDataDir(const util::String& argv0);
+
+/// The size of the main screen in pixels, as it was right after SDL came up; false when unknown.
+bool GetDisplaySize(math::TVector2<int>& size);
+/// Reads and keeps the display size: once a window exists SDL reports the window instead.
+void NoteDisplaySize();
+
+/// Latin-1. On failure a line on standard error.
+void SetClipboardText(const util::String& text);
+/// Latin-1; "" when there is none.
+util::String GetClipboardText();
+
+/// A modal dialog with the buttons "Debug" and "Cancel"; true exactly when the second was chosen.
+/// Here: the text on standard error, and false.
+bool ShowErrorPopup(const util::String& title, const util::String& message);
+}

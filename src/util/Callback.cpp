@@ -1,0 +1,85 @@
+#include "util/Callback.h"
+
+namespace util
+{
+Callback::Callback(boost::function<void()> function, Pointee* owner)
+    : m_function(std::move(function))
+    , m_owner(owner)
+{
+}
+
+Callback::~Callback() = default;
+
+bool Callback::operator()() const
+{
+    LockPtr<Pointee> owner(m_owner);
+    if (!owner)
+        return false;
+    m_function();
+    return true;
+}
+
+void AbstractCallbackSet::FlushCallbackSets()
+{
+    for (AbstractCallbackSet* set : GetAllClassInstances())
+        set->Flush();
+}
+
+void CallbackSet::Add(CallbackPtr callback)
+{
+    if (!callback)
+        return;
+    if (!m_callbacks)
+        m_callbacks = std::make_unique<std::list<CallbackPtr>>();
+    m_callbacks->push_back(callback);
+}
+
+void CallbackSet::Remove(CallbackPtr callback) const
+{
+    if (!m_callbacks)
+        return;
+    for (auto it = m_callbacks->begin(); it != m_callbacks->end(); ++it)
+        if (*it == callback)
+        {
+            m_callbacks->erase(it);
+            return;
+        }
+}
+
+void CallbackSet::CallAll() const
+{
+    if (!m_callbacks || m_callbacks->empty())
+        return;
+    // A callback may change the set, or destroy it: the pass walks a copy.
+    const std::list<CallbackPtr> copy = *m_callbacks;
+    try
+    {
+        for (const CallbackPtr& callback : copy)
+            (*callback)();
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogWarning, std::string("Exception caught in CallbackSet::CallAll: ") + e.what());
+    }
+}
+
+void CallbackSet::Flush() const
+{
+    if (!m_callbacks)
+        return;
+    // The dead ones are released only after the walk: their end may change the set.
+    std::list<CallbackPtr> dead;
+    for (const CallbackPtr& callback : *m_callbacks)
+        if (!callback->HasOwner())
+            dead.push_back(callback);
+    for (const CallbackPtr& callback : dead)
+        Remove(callback);
+}
+
+void InterpolatorBase::UpdateAll()
+{
+    for (InterpolatorBase* interpolator : GetAllClassInstances())
+        interpolator->Update();
+}
+}

@@ -1,0 +1,63 @@
+#include "util/Failures.h"
+
+#include "logging/Log.h"
+
+#include <boost/format.hpp>
+
+namespace util
+{
+namespace internal
+{
+const char* MakeLocationText(const char* file, int line, const char* function)
+{
+    // Never freed: allocation contexts point at it for as long as any object lives.
+    return (new std::string(std::string(file) + ":" + std::to_string(line) + ": " + function))
+        ->c_str();
+}
+
+void LogThrown(const char* what, const std::string& location)
+{
+    Log(logging::LogInfo, "Exception thrown: " + std::string(what) + " from " + location);
+}
+
+void LogPassedOn(const char* location)
+{
+    Log(logging::LogInfo, "Exception passed on at " + std::string(location));
+}
+}
+}
+
+void AssertionFailed(const char* condition, bool isAssertion, bool isCode, const char* function,
+                     const char* file, long line)
+{
+    // Deliberate: "inf".
+    const std::string message =
+        (boost::format("%s %s failed: \"%s\" in function %s inf %s:%i") % (isCode ? "Code" : "Data") %
+         (isAssertion ? "assertion" : "check") % condition % function % file % line)
+            .str();
+
+    if (!isAssertion)
+    {
+        Log(isCode ? logging::LogCodeCheck : logging::LogDataCheck, message);
+        return;
+    }
+    Log(logging::LogInfo, message);
+    if (isCode)
+        QUIB_THROW(BadCoderException(message));
+    QUIB_THROW(BadDataException(message));
+}
+
+void CatchException(const std::string& location)
+{
+    Log(logging::LogInfo, "Caught an unknown exception: " + location);
+}
+
+void CatchException(std::exception& e, const std::string& location)
+{
+    Log(logging::LogInfo, std::string("Caught exception: ") + e.what() + ", " + location);
+}
+
+void CatchException(Exception& e, const std::string& location)
+{
+    Log(logging::LogInfo, std::string("Caught Exception: ") + e.what() + ", " + location);
+}

@@ -1,0 +1,190 @@
+#include "util/FileSystem.h"
+
+#include "logging/Log.h"
+#include "os/Platform.h"
+
+#include <boost/filesystem.hpp>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace fs = boost::filesystem;
+
+namespace util
+{
+FILEWrapper::FILEWrapper(const String& path, const String& mode)
+    : m_file(std::fopen(path.c_str(), mode.c_str()))
+{
+    if (!m_file)
+        QUIB_THROW(FileReadException("Failed to open file \"" + path + "\""));
+}
+
+void FILEWrapper::Seek(int offset, int whence)
+{
+    if (std::fseek(m_file, offset, whence) != 0)
+        QUIB_THROW(FileReadException("Failed to seek in FILE"));
+}
+
+void FILEWrapper::Read(void* data, unsigned long size)
+{
+    if (size && std::fread(data, size, 1, m_file) != 1)
+        QUIB_THROW(FileReadException("Failed to read " + ToString(size) + " bytes"));
+}
+
+void FILEWrapper::Write(const void* data, unsigned long size)
+{
+    if (size && std::fwrite(data, size, 1, m_file) != 1)
+        QUIB_THROW(FileReadException("Failed to write " + ToString(size) + " bytes"));
+}
+
+void FileSystem::CalcWorkDir(String argv0)
+{
+    m_workDir = os::CalcDataDir(argv0);
+    std::replace(m_workDir.begin(), m_workDir.end(), '\\', '/');
+    // Deliberate: two blanks. Flushed, as the process ends without flushing.
+    std::cout << "workdir =  " << m_workDir << std::endl;
+}
+
+String FileSystem::NameAndVersion() const { return "Quib beta 4.0"; }
+
+bool FileSystem::FileExists(const String& path) { return fs::exists(path); }
+
+void FileSystem::EraseFile(const String& path) { fs::remove(path); }
+
+void FileSystem::RenameFile(const String& from, const String& to)
+{
+    try
+    {
+        if (fs::exists(to))
+            QUIB_THROW(Exception("file exists"));
+        fs::rename(from, to);
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogWarning, "Failed to rename \"" + from + "\" to \"" + to + "\": " + e.what());
+    }
+}
+
+long FileSystem::GetFileSize(const String& path)
+{
+    FILEWrapper file(path, "rb");
+    std::fseek(file.GetFile(), 0, SEEK_END);
+    const long size = std::ftell(file.GetFile());
+    std::fclose(file.GetFile());
+    return size;
+}
+
+String FileSystem::ReadWholeFile(const String& path)
+{
+    FILEWrapper file(path, "r");
+    String text;
+    char piece[1024];
+    while (!std::feof(file.GetFile()) && !std::ferror(file.GetFile()))
+        if (std::fgets(piece, sizeof(piece), file.GetFile()))
+            text += piece;
+    const bool failed = std::ferror(file.GetFile()) != 0;
+    std::fclose(file.GetFile());
+    if (failed)
+        QUIB_THROW(FileReadException("Failed to read file \"" + path + "\""));
+    return text;
+}
+
+void FileSystem::WriteFile(const String& path, const String& text)
+{
+    // Through a link to its target, so that a linked file stays a link.
+    boost::system::error_code error;
+    String target = path;
+    if (fs::is_symlink(fs::symlink_status(path, error)))
+    {
+        const fs::path real = fs::canonical(path, error);
+        if (!error)
+            target = real.string();
+    }
+    const String beside = target + ".tmp";
+
+    FILE* file = std::fopen(beside.c_str(), "wb");
+    bool good = file != nullptr;
+    if (good)
+    {
+        good = text.empty() || std::fwrite(text.data(), text.size(), 1, file) == 1;
+        good = std::fflush(file) == 0 && good;
+        // The rename must not reach the disk before the text does.
+        good = ::fsync(::fileno(file)) == 0 && good;
+        good = std::fclose(file) == 0 && good;
+        good = good && std::rename(beside.c_str(), target.c_str()) == 0;
+        if (!good)
+            ::unlink(beside.c_str());
+    }
+    if (!good)
+        QUIB_THROW(Exception("Failed to write file \"" + path + "\""));
+}
+
+namespace
+{
+bool LessIgnoringCase(const String& a, const String& b)
+{
+    const String la = ToLower(a), lb = ToLower(b);
+    return la != lb ? la < lb : a < b;
+}
+
+template<typename Filter>
+std::vector<String> NamesInDir(const String& dir, Filter filter)
+{
+    std::vector<String> names;
+    const fs::path path(dir.empty() ? "." : dir);
+    if (!fs::is_directory(path))
+        return names;
+    for (fs::directory_iterator it(path), end; it != end; ++it)
+        if (filter(*it))
+            names.push_back(it->path().filename().string());
+    std::sort(names.begin(), names.end(), LessIgnoringCase);
+    return names;
+}
+}
+
+std::vector<String> FileSystem::DirsInDir(const String& dir)
+{
+    return NamesInDir(dir, [](const fs::directory_entry& e) { return fs::is_directory(e.path()); });
+}
+
+std::vector<String> FileSystem::FilesInDir(const String& dir, const String& pattern)
+{
+    return NamesInDir(dir, [&](const fs::directory_entry& e) {
+        return !fs::is_directory(e.path()) &&
+            (pattern == "*" || WildcardMatcher(e.path().filename().string(), pattern));
+    });
+}
+
+bool WildcardMatcher(const String& text, const String& pattern)
+{
+    // Greedy with one step back: after a star, the shortest match that lets the rest fit.
+    size_t t = 0, p = 0, star = String::npos, mark = 0;
+    while (t < text.size())
+    {
+        if (p < pattern.size() && pattern[p] == '*')
+        {
+            star = p++;
+            mark = t;
+        }
+        else if (p < pattern.size() && pattern[p] == text[t])
+        {
+            ++p;
+            ++t;
+        }
+        else if (star != String::npos)
+        {
+            p = star + 1;
+            t = ++mark;
+        }
+        else
+            return false;
+    }
+    while (p < pattern.size() && pattern[p] == '*')
+        ++p;
+    return p == pattern.size();
+}
+}

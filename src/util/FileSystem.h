@@ -1,0 +1,79 @@
+// Where things are, and the file operations. The first service to exist.
+#pragma once
+
+#include "util/Singleton.h"
+#include "util/String.h"
+
+#include <cstdio>
+#include <vector>
+
+namespace util
+{
+// A checked wrapper over a C file. Deliberate: the destructor does not close it, the owner calls
+// fclose on GetFile().
+class FILEWrapper
+{
+public:
+    /// @throws FileReadException  when it can't be opened
+    FILEWrapper(const String& path, const String& mode);
+
+    /// @throws FileReadException
+    void Seek(int offset, int whence);
+    /// Exactly size bytes. @throws FileReadException
+    void Read(void* data, unsigned long size);
+    /// Exactly size bytes. @throws FileReadException
+    void Write(const void* data, unsigned long size);
+
+    FILE* GetFile() const { return m_file; }
+
+private:
+    FILE* m_file;
+};
+
+class FileSystem : public Pointee, public Singleton<FileSystem>
+{
+public:
+    /// Fixes the work directory: all other paths are relative to it, with forward slashes. Prints it
+    /// on standard output.
+    void CalcWorkDir(String argv0);
+    /// Sets it without a word. For the headless runner and tests; must end in "/" or be "".
+    void SetWorkDir(const String& dir) { m_workDir = dir; }
+
+    String NameAndVersion() const;
+
+    // All end in a slash, or are "".
+    String WorkDir() const { return m_workDir; }
+    String ConfigDir() const { return m_workDir; }
+    String DataDir() const { return m_workDir + "data/"; }
+    String FontsDir() const { return DataDir() + "fonts/"; }
+    String LanguageDir() const { return DataDir() + "language/"; }
+    String ShaderDir() const { return DataDir() + "shaders/"; }
+    String TextureDir() const { return DataDir() + "textures/"; }
+    String CursorDir() const { return TextureDir() + "cursors/"; }
+    String SceneDir() const { return m_workDir + "scenes/"; }
+    String QuibletDir() const { return SceneDir() + "quiblets/"; }
+
+    bool FileExists(const String& path);
+    void EraseFile(const String& path);
+    /// Refuses when the target exists. A failure is logged and goes no further.
+    void RenameFile(const String& from, const String& to);
+    long GetFileSize(const String& path);
+    /// Text only: a piece of up to 1024 bytes ends at a NUL byte.
+    /// @throws FileReadException
+    String ReadWholeFile(const String& path);
+    /// Writes beside the target and renames over it, so that the target is whole at any moment.
+    /// @throws Exception
+    void WriteFile(const String& path, const String& text);
+    /// The names of the subdirectories, sorted ignoring case; empty when dir does not exist.
+    std::vector<String> DirsInDir(const String& dir);
+    /// The names of the files that match the pattern, sorted ignoring case. "*" in the pattern stands
+    /// for any run of characters, everything else for itself.
+    std::vector<String> FilesInDir(const String& dir, const String& pattern);
+
+private:
+    String m_workDir;
+};
+
+/// "*" matches any run of characters; everything else is literal and case-sensitive.
+bool WildcardMatcher(const String& text, const String& pattern);
+}

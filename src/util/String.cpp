@@ -1,0 +1,171 @@
+#include "util/String.h"
+
+#include "util/Failures.h"
+
+#include <boost/lexical_cast.hpp>
+
+#include <locale>
+#include <sstream>
+
+namespace util
+{
+namespace
+{
+// The C locale's letters only: bytes from 0x80 on are left alone.
+char LowerChar(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
+char UpperChar(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
+
+bool EqualIgnoringCase(const char* a, const char* b, size_t n)
+{
+    for (size_t i = 0; i < n; ++i)
+        if (LowerChar(a[i]) != LowerChar(b[i]))
+            return false;
+    return true;
+}
+
+template<typename T>
+String Stream(T value)
+{
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    out << value;
+    return out.str();
+}
+
+template<typename T>
+T Cast(const String& text)
+{
+    T value;
+    if (!boost::conversion::try_lexical_convert(text, value))
+        QUIB_THROW(BadDataException("Bad lexical cast: \"" + text + "\""));
+    return value;
+}
+}
+
+String ToLower(const String& text)
+{
+    String out = text;
+    for (char& c : out)
+        c = LowerChar(c);
+    return out;
+}
+
+String ToUpper(const String& text)
+{
+    String out = text;
+    for (char& c : out)
+        c = UpperChar(c);
+    return out;
+}
+
+std::vector<String> Split(const String& text, char separator)
+{
+    std::vector<String> parts;
+    size_t begin = 0;
+    for (;;)
+    {
+        const size_t end = text.find(separator, begin);
+        if (end == String::npos)
+            break;
+        parts.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    parts.push_back(text.substr(begin));
+    return parts;
+}
+
+String Join(const std::vector<String>& parts, const String& separator)
+{
+    String out;
+    for (size_t i = 0; i < parts.size(); ++i)
+    {
+        if (i)
+            out += separator;
+        out += parts[i];
+    }
+    return out;
+}
+
+bool starts_with(const String& text, const String& start)
+{
+    return text.compare(0, start.size(), start) == 0;
+}
+
+bool ends_with(const String& text, const String& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+bool istarts_with(const String& text, const String& start)
+{
+    return text.size() >= start.size() &&
+        EqualIgnoringCase(text.data(), start.data(), start.size());
+}
+
+bool iends_with(const String& text, const String& end)
+{
+    return text.size() >= end.size() &&
+        EqualIgnoringCase(text.data() + (text.size() - end.size()), end.data(), end.size());
+}
+
+bool iequals(const String& a, const String& b)
+{
+    return a.size() == b.size() && EqualIgnoringCase(a.data(), b.data(), a.size());
+}
+
+String Plural(size_t n) { return n == 1 ? "" : "s"; }
+
+String ToString(bool value) { return value ? "true" : "false"; }
+String ToString(int value) { return std::to_string(value); }
+String ToString(unsigned value) { return std::to_string(value); }
+String ToString(long value) { return std::to_string(value); }
+String ToString(unsigned long value) { return std::to_string(value); }
+String ToString(float value) { return Stream(value); }
+String ToString(double value) { return Stream(value); }
+String ToString(long double value) { return Stream(value); }
+
+template<>
+bool FromString<bool>(const String& text)
+{
+    if (text == "true")
+        return true;
+    if (text == "false")
+        return false;
+    QUIB_THROW(BadDataException("Bad lexical cast: \"" + text + "\""));
+}
+template<>
+String FromString<String>(const String& text)
+{
+    return text;
+}
+template<>
+int FromString<int>(const String& text)
+{
+    return Cast<int>(text);
+}
+template<>
+unsigned FromString<unsigned>(const String& text)
+{
+    return Cast<unsigned>(text);
+}
+template<>
+long FromString<long>(const String& text)
+{
+    return Cast<long>(text);
+}
+template<>
+unsigned long FromString<unsigned long>(const String& text)
+{
+    return Cast<unsigned long>(text);
+}
+template<>
+float FromString<float>(const String& text)
+{
+    return Cast<float>(text);
+}
+template<>
+double FromString<double>(const String& text)
+{
+    return Cast<double>(text);
+}
+}

@@ -1,0 +1,42 @@
+// The byte string of the program and what is done with it. Text is Latin-1. Conversions to and from
+// text never depend on the locale.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace util
+{
+using String = std::string;
+
+String ToLower(const String& text);
+String ToUpper(const String& text);
+/// Empty parts between separators are kept, a trailing one included: "a,,b," gives a, "", b, "".
+std::vector<String> Split(const String& text, char separator);
+String Join(const std::vector<String>& parts, const String& separator);
+bool starts_with(const String& text, const String& start);
+bool ends_with(const String& text, const String& end);
+/// These three ignore case.
+bool istarts_with(const String& text, const String& start);
+bool iends_with(const String& text, const String& end);
+bool iequals(const String& a, const String& b);
+/// "" for 1, else "s".
+String Plural(size_t n);
+
+/// bool as "true" and "false", floating values with 6 significant digits, all in the classic locale.
+String ToString(bool value);
+String ToString(int value);
+String ToString(unsigned value);
+String ToString(long value);
+String ToString(unsigned long value);
+String ToString(float value);
+String ToString(double value);
+String ToString(long double value);
+inline String ToString(const String& value) { return value; }
+inline String ToString(const char* value) { return value; }
+
+/// T: bool, int, unsigned, long, unsigned long, float, double, String. Takes "+inf" and "-inf".
+/// @throws BadDataException  Bad lexical cast: "value"
+template<typename T>
+T FromString(const String& text);
+}
