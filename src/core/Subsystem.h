@@ -1,0 +1,76 @@
+// The program shell: starts SDL and the loggers, owns the OpenGL window, runs the frame loop and
+// limits its rate. The script object "System".
+#pragma once
+
+#include "core/WindowParams.h"
+#include "input/InputListener.h"
+#include "script/Attributes.h"
+#include "util/Singleton.h"
+
+namespace core
+{
+class Subsystem : public input::InputListener, public util::Singleton<Subsystem>
+{
+public:
+    /// Where the log goes beside its file and standard error. To be set before the service exists.
+    static void SetLogToStandardOutput(bool on);
+
+    /// Brings up the log, SDL and the input.
+    /// @throws std::runtime_error  when SDL can't be had
+    Subsystem();
+    ~Subsystem() override;
+
+    void SetTitle(const util::String& title);
+
+    /// Makes the window, or makes it anew: all GL resources are unloaded and built again.
+    /// @throws std::runtime_error  when the mode can't be had
+    void CreateWindow(WindowParams params);
+    /// Brings what the attributes ask for into force.
+    void ApplyParserConfig();
+
+    /// The frame loop. Returns when somebody asked for the exit, with all GL resources unloaded.
+    void Run();
+    void Exit() { m_exit = true; }
+
+    int GetWidth() const { return m_windowParams.GetWidth(); }
+    int GetHeight() const { return m_windowParams.GetHeight(); }
+    /// What the attributes ask for.
+    const WindowParams& GetConfigParams() const { return m_configParams; }
+    /// Sets both copies, without a new window.
+    void SetParams(const WindowParams& params);
+
+    /// Frames per second over the last second; 0 before the first measurement.
+    double GetFPS() const { return m_fps; }
+
+    /// Deliberate: false always, and a write has no effect. Swap control is not offered; the frame
+    /// limiter is the only control of the rate.
+    bool GetVSync() const { return false; }
+    void SetVSync(bool on);
+
+    void OnOtherEvent(const input::InputEvent& event) override;
+
+    /// From here on SIGINT and SIGTERM end the program like the closing of its window, and SIGUSR1
+    /// takes a screenshot. A second SIGINT or SIGTERM kills, should the loop not get to see the first.
+    static void HandleSignals();
+
+private:
+    void Draw();
+    void ForceOpaque();
+    void TakeWishedScreenshot();
+    void MeasureRate();
+    void LimitRate(float dt);
+
+    script::AttribWrapper<math::Vec4> m_clearColor;
+    script::AttribWrapper<float> m_minFPS; // below it the physics stops catching up
+    script::AttribWrapper<float> m_maxFPS;
+    script::AttribWrapper<bool> m_vSync;
+    bool m_screenshotAdded = false;
+    bool m_screenshotWished = false;
+    int m_frameCount = 0; // since the last measurement of the rate
+    double m_fpsTime;     // seconds; of that measurement
+    double m_fps = 0;
+    bool m_exit = false;
+    WindowParams m_windowParams; // in force
+    WindowParams m_configParams; // asked for
+};
+}

@@ -1,0 +1,54 @@
+// The one place where SDL's event queue is read, and the root of the tree of listeners.
+#pragma once
+
+#include "input/InputDelegator.h"
+
+union SDL_Event;
+
+namespace input
+{
+/// The key of button 0 of the mouse.
+constexpr int FirstMouseKey = 323;
+
+/// Key repeat and unicode translation.
+void SetTextInput(bool on);
+
+class Input : public InputDelegator, public util::Singleton<Input>
+{
+public:
+    /// Calls nothing of SDL: the services that it would ask do not exist yet.
+    Input();
+
+    /// Once SDL is up. Needs no window.
+    void InitializeSDL();
+
+    /// Once a frame: delivers all waiting events and reads the mouse. Of several resizes only the last
+    /// is delivered, after all other events: each one costs a new GL context.
+    void PumpEvents();
+
+    /// Delivers one event as PumpEvents does.
+    void HandleEvent(const SDL_Event& event);
+
+    /// A key never seen is up.
+    bool IsKeyDown(int key) const;
+    /// As of the last PumpEvents, in GUI units.
+    const math::Vec2& GetMousePos() const { return m_mousePos; }
+    /// Seconds; when the last PumpEvents began.
+    double GetPumpTime() const { return m_pumpTime; }
+
+    void SetGrabInput(bool grab);
+    void SetShowCursor(bool show);
+
+    /// How pixels become positions. Set by the GUI, which lies above this; one to one before that.
+    using PosFromPixelFunction = math::Vec2 (*)(int x, int y);
+    void SetPosFromPixel(PosFromPixelFunction function) { m_posFromPixel = function; }
+
+    void OnKeyEvent(const KeyEvent& event) override;
+
+private:
+    double m_pumpTime = 0;
+    std::map<int, bool> m_keys;
+    math::Vec2 m_mousePos;
+    PosFromPixelFunction m_posFromPixel;
+};
+}
