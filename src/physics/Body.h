@@ -1,0 +1,78 @@
+// A rigid body: one or more geometries that move as one. The simulation holds it; each of its
+// geometries points back and keeps it alive, until the body is removed or given other geometries.
+#pragma once
+
+#include "math/Mat2D.h"
+#include "physics/AbstractBody.h"
+#include "util/HashSet.h"
+
+#include <vector>
+
+namespace physics
+{
+class Geom;
+using GeomPtr = util::SharedPtr<Geom>;
+using GeomSet = util::HashSet<GeomPtr>;
+
+class Body : public AbstractBody
+{
+public:
+    // One attached geometry, and where it sits.
+    struct BodyPart
+    {
+        /// @param bodyToGeom  body space to geometry space
+        BodyPart(GeomPtr geom, math::TMat2D<float> bodyToGeom);
+        BodyPart(const BodyPart& o);
+        BodyPart& operator=(const BodyPart& o);
+        ~BodyPart();
+
+        GeomPtr geom;
+        math::TMat2D<float> bodyToGeom;
+        math::TMat2D<float> geomToBody;
+    };
+
+    Body();
+    /// A body of its own: same state, new id, no geometries (a geometry has one body only).
+    Body(const Body& o);
+    ~Body() override;
+
+    /// Brings pose and geometries to the present position and rotation.
+    void ApplyPoseChange() override;
+    /// Also when no geometry is left.
+    bool IsBad() const override;
+
+    /// Replaces all geometries and computes the mass properties from scratch: the body moves to their
+    /// common centre of mass, its rotation restarts at 0, its velocity stays. A geometry of another
+    /// body is taken from it. One without positive mass, area and inertia is skipped with a warning.
+    /// @throws BadCoderException  when this is the world body and the set lacks the world geometry
+    void SetGeoms(const GeomSet& geoms);
+    void SetGeom(GeomPtr geom);
+    void AddGeom(GeomPtr geom);
+    void AddGeoms(const GeomSet& geoms);
+    /// Does nothing when the geometry is not attached.
+    /// @throws BadCoderException  for the world geometry, unless this is the world body
+    void RemoveGeom(GeomPtr geom);
+    /// To be called when mass or shape of a geometry have changed.
+    void OnGeomChange();
+
+    const GeomSet& GetGeoms() const { return m_geoms; }
+    /// In order of geometry id, which no sum over them may leave to addresses.
+    const std::vector<BodyPart>& GetParts() const { return m_parts; }
+
+    /// Body to world.
+    const math::TMat2D<float>& GetPose() const { return m_pose; }
+    /// World to body.
+    const math::TMat2D<float>& GetPoseInv() const { return m_poseInv; }
+
+private:
+    void DetachAll();
+    void SetUnitMass();
+
+    math::TMat2D<float> m_pose;
+    math::TMat2D<float> m_poseInv;
+    std::vector<BodyPart> m_parts;
+    GeomSet m_geoms; // the same geometries as a set
+};
+using BodyPtr = util::SharedPtr<Body>;
+using BodyList = std::vector<BodyPtr>;
+}
