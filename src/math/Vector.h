@@ -4,7 +4,7 @@
 #include "math/Scalar.h"
 
 #include <cmath>
-#include <iosfwd>
+#include <ostream>
 #include <vector>
 
 namespace math
