@@ -1,0 +1,40 @@
+// The root of the application's interface, lying over the scene: loading, saving and autosave.
+// Owned by the App; the script object "App.GUI".
+#pragma once
+
+#include "gui/Component.h"
+#include "util/String.h"
+
+namespace app
+{
+class AppGUI : public gui::Component
+{
+public:
+    AppGUI();
+
+    /// Once a frame, and so what saves the scene and the configuration every App.autosaveTime.
+    void Update(float dt) override;
+
+    /// Loads the scene and sets it running. What goes wrong reaches the log; what was built by then
+    /// stays.
+    /// @param name      MakeLongFileName makes the path of it; "\" is as good as "/"
+    /// @param autosave  the name is not kept as that of the current scene
+    void LoadScene(util::String name, bool autosave);
+    /// What goes wrong reaches the log, and a file that was there before is still whole.
+    void SaveSceneAs(const util::String& name, bool autosave);
+
+    /// Takes down the panels: they are built again for the language in force.
+    void Rebuild();
+
+    /// The next autosave comes App.autosaveTime from now.
+    void PostponeAutosave();
+
+private:
+    double m_lastAutosave; // seconds
+};
+
+/// Without ".qib", in any case of letters, and without the scene folder in front.
+util::String MakeShortFileName(util::String name);
+/// Adds a missing ".qib", and the scene folder in front of a name without "/".
+util::String MakeLongFileName(util::String name);
+}

@@ -1,0 +1,42 @@
+// The bag of keyed values that travels between an entity and a block of script.
+#pragma once
+
+#include "script/Objects.h"
+#include "util/HashMap.h"
+#include "util/String.h"
+
+namespace app
+{
+class EntitySerializer
+{
+public:
+    /// Empty, for writing.
+    EntitySerializer();
+    /// The closure's variables, for reading.
+    explicit EntitySerializer(const script::Closure& closure);
+
+    bool Has(const util::String& key) const { return m_values.Find(key) != nullptr; }
+
+    /// T: bool, int, unsigned long, float, util::String, Vec2, Vec3, Vec4, vector of Vec2, vector of
+    /// unsigned long. A value of the wrong kind is logged with its key.
+    /// @throws BadDataException  when the key is missing or the value is of another kind
+    template<typename T>
+    T Get(const util::String& key) const;
+
+    template<typename T>
+    void Set(const util::String& key, const T& value);
+
+    /// Takes over each variable of the object but for attributes at their default.
+    void SerializeAttributes(const script::ClassObject& object);
+    /// Gives each variable of the object whose name is a key its value.
+    void DeserializeAttributes(script::ClassObject& object) const;
+
+    /// {key = value; ...}, in hash order: the reader does not depend on it.
+    script::ExpressionPtr ToFunctionDeclaration() const;
+    /// NAME.COMMAND({...})
+    script::ExpressionPtr ToFunctionCall(const util::String& name) const;
+
+private:
+    util::HashMap<util::String, script::ObjectPtr> m_values;
+};
+}

@@ -1,0 +1,38 @@
+// What a scene file says about itself. The script object "FileInfo".
+#pragma once
+
+#include "script/Attributes.h"
+#include "script/Reflected.h"
+#include "util/Singleton.h"
+
+namespace app
+{
+class FileInfo : public script::Reflected, public util::Singleton<FileInfo>
+{
+public:
+    static constexpr int LATEST_VERSION = 2;
+
+    FileInfo();
+
+    util::String GetTitle() const { return m_title; }
+    util::String GetAuthor() const { return m_author; }
+    util::String GetDescription() const { return m_description; }
+    /// Of the file being read or written. Before version 2 colours had no alpha.
+    int GetVersion() const { return m_version; }
+    void SetVersion(int version) { m_version = version; }
+    void ClearTexts();
+
+    /// The name of the current scene's file, as it was given.
+    const util::String& GetFileName() const { return m_fileName; }
+    void SetFileName(const util::String& name) { m_fileName = name; }
+
+private:
+    void OnVersionChange();
+
+    script::AttribWrapper<util::String> m_title;
+    script::AttribWrapper<util::String> m_author;
+    script::AttribWrapper<util::String> m_description;
+    script::AttribWrapper<int> m_version;
+    util::String m_fileName;
+};
+}

@@ -1,0 +1,89 @@
+// Owns what the user has built: the entities from back to front, the named groups, the selection and
+// the camera. The one place through which entities enter and leave the world. The script object
+// "Scene".
+#pragma once
+
+#include "app/Group.h"
+#include "math/Vector.h"
+#include "script/Attributes.h"
+#include "script/Reflected.h"
+#include "util/Singleton.h"
+
+#include <vector>
+
+namespace app
+{
+class Camera;
+
+class Scene : public script::Reflected, public util::Singleton<Scene>
+{
+public:
+    /// Wants the simulation and the App to be there.
+    Scene();
+    ~Scene() override;
+
+    const std::vector<EntityPtr>& GetEntities() const { return m_entities; }
+    const GroupPtr& GetSelection() const { return m_selection; }
+    const util::SharedPtr<Camera>& GetCamera() const { return m_camera; }
+    /// All named groups by name, and of equal names by their lowest entity id. The order is the same
+    /// in every run, which that of the set is not.
+    std::vector<GroupPtr> GetGroups() const;
+    /// Null when there is none.
+    GroupPtr GetGroupByName(const util::String& name) const;
+    GroupPtr GetOrCreateGroupByName(const util::String& name);
+    bool HasEntity(const EntityPtr& entity) const;
+    bool IsSelected(const EntityPtr& entity) const { return m_selection->Contains(entity); }
+
+    /// From top to bottom.
+    /// @param pos  world position
+    std::vector<EntityPtr> GetEntitiesAt(const math::Vec2& pos) const;
+    /// The topmost, or null.
+    EntityPtr GetEntityAt(const math::Vec2& pos) const;
+    /// What a click would pick: the topmost entity, with all groups that it is in.
+    GroupPtr GetSelectionAt(const math::Vec2& pos) const;
+
+    /// Puts it on top. Null is ignored; one that is here already must not come again.
+    void AddEntity(const EntityPtr& entity);
+    void RemoveEntity(const EntityPtr& entity);
+    /// A group named like the selection is dissolved into it, one named like what the camera follows
+    /// becomes that.
+    void AddGroup(const GroupPtr& group);
+    /// The selection stays.
+    void RemoveGroup(const GroupPtr& group);
+    /// The selection takes the group's entities; it stays the same object.
+    void SetSelection(const GroupPtr& group);
+    /// Takes the entity out of all groups.
+    void RemoveFromGroups(const EntityPtr& entity);
+
+    /// Writes each entity's place in the list to its zDepth.
+    void DepthTagEntities();
+    /// Stable: equal depths keep their order.
+    void SortByDepth();
+
+    /// Once a frame: updates the living, removes the dead, and the bodies that nobody shows.
+    void Update(float dt);
+    /// Removes bodies from the simulation that no entity holds.
+    void FlushBodies();
+    /// Brings everything finite into view.
+    void ZoomToScene();
+    void ClearScene();
+
+    util::String GetTitle() const { return m_title; }
+    util::String GetAuthor() const { return m_author; }
+    util::String GetDescription() const { return m_description; }
+    /// Takes the short form of a file name.
+    void SetTitle(const util::String& name);
+    void SetAuthor(const util::String& author) { m_author = author; }
+    void SetDescription(const util::String& description) { m_description = description; }
+    void OnTitleChange();
+
+private:
+    script::AttribWrapper<util::String> m_title;
+    script::AttribWrapper<util::String> m_author;
+    script::AttribWrapper<util::String> m_description;
+    std::vector<EntityPtr> m_entities; // back to front: draw order, and the last is picked first
+    util::HashSet<GroupPtr> m_groups;  // holds the selection at all times
+    GroupPtr m_selection;
+    util::SharedPtr<Camera> m_camera;
+};
+}

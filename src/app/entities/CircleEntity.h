@@ -1,0 +1,25 @@
+// A circle in the scene.
+#pragma once
+
+#include "app/entities/FiniteGeomEntity.h"
+
+namespace physics
+{
+class Circle;
+}
+
+namespace app
+{
+class CircleEntity final : public FiniteGeomEntity
+{
+public:
+    explicit CircleEntity(const util::SharedPtr<physics::Circle>& geom);
+
+    void Draw() const override;
+    void SerializeTo(EntitySerializer& serializer) const override;
+    void Deserialize(const EntitySerializer& serializer) override;
+
+private:
+    physics::Circle& GetCircle() const;
+};
+}

@@ -1,0 +1,27 @@
+// A geometry entity that moves: it has a mass.
+#pragma once
+
+#include "app/entities/GeomEntity.h"
+
+namespace app
+{
+class FiniteGeomEntity : public GeomEntity
+{
+public:
+    void SerializeTo(EntitySerializer& serializer) const override;
+    void Deserialize(const EntitySerializer& serializer) override;
+    void CheckGeom() const override;
+
+protected:
+    explicit FiniteGeomEntity(const util::SharedPtr<physics::Geom>& geom);
+
+private:
+    script::AttribWrapper<float> m_density; // mass per area
+    script::AttribWrapper<float> m_airFrictionMult;
+    script::AttribWrapper<float> m_controllerAcc; // the controller's force per mass
+    script::AttribWrapper<bool> m_controllerReverseXY;
+    script::AttribWrapper<bool> m_controllerInvertX;
+    script::AttribWrapper<bool> m_controllerInvertY;
+    util::String m_forceController;
+};
+}

@@ -1,0 +1,28 @@
+// A half plane in the scene: ground, walls.
+#pragma once
+
+#include "app/entities/GeomEntity.h"
+
+#include <array>
+
+namespace physics
+{
+class Plane;
+}
+
+namespace app
+{
+class PlaneEntity final : public GeomEntity
+{
+public:
+    explicit PlaneEntity(const util::SharedPtr<physics::Plane>& geom);
+
+    void Draw() const override;
+    void Deserialize(const EntitySerializer& serializer) override;
+
+private:
+    physics::Plane& GetPlane() const;
+    /// The corners of the screen in world coordinates, around it, and their distances from the plane.
+    void CalcVecsAndDist(std::array<math::Vec2, 4>& vecs, std::array<float, 4>& dists) const;
+};
+}

@@ -1,0 +1,38 @@
+// A free-form polygon in the scene.
+#pragma once
+
+#include "app/entities/FiniteGeomEntity.h"
+
+namespace physics
+{
+class Polygon;
+}
+namespace rendering
+{
+class Texture;
+}
+
+namespace app
+{
+class PolyEntity final : public FiniteGeomEntity
+{
+public:
+    explicit PolyEntity(const util::SharedPtr<physics::Polygon>& geom);
+    ~PolyEntity() override;
+
+    void Draw() const override;
+    void SerializeTo(EntitySerializer& serializer) const override;
+
+private:
+    physics::Polygon& GetPolygon() const;
+    /// Turns the polygon's distance map into a texture. Once, at the first draw.
+    void LoadRenderingResources() const;
+    void DrawFixedFunction(const math::Vec4& color, float threshold) const;
+    void DrawMap() const;
+    void DrawOutlines() const;
+    void DrawVertices() const;
+
+    float m_distScale; // world units that the texture's range from 0 to 1 stands for
+    mutable util::SharedPtr<rendering::Texture> m_distTexture;
+};
+}
