@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <ostream>
+#include <type_traits>
 #include <vector>
 
 namespace math
@@ -58,6 +59,7 @@ struct TVector2
     /// Multiplies by the reciprocal.
     friend TVector2 operator/(const TVector2& a, T s)
     {
+        static_assert(std::is_floating_point<T>::value, "the reciprocal of a whole number is 0");
         const T r = T(1) / s;
         return TVector2(a.x * r, a.y * r);
     }
