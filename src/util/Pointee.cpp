@@ -9,6 +9,7 @@ namespace util
 {
 namespace
 {
+#if !defined(__SANITIZE_ADDRESS__)
 // Control blocks come and go by the hundred thousand with script values: a free list over slabs that
 // are never returned costs a third of the general allocator.
 struct FreeBlock
@@ -31,6 +32,7 @@ void AddSlab()
         s_freeBlocks = block;
     }
 }
+#endif
 
 size_t s_lastFullFlushCount = 0;
 size_t s_lastSmallFlushCount = 0;
@@ -47,6 +49,11 @@ std::vector<Pointee*>& WaitingForDeletion()
 }
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+// From the general allocator, so that the use of a freed block is seen.
+void* PointeeHandle::operator new(size_t size) { return ::operator new(size); }
+void PointeeHandle::operator delete(void* p) { ::operator delete(p); }
+#else
 void* PointeeHandle::operator new(size_t)
 {
     static_assert(sizeof(PointeeHandle) == 3 * sizeof(void*), "a control block is three words");
@@ -63,6 +70,7 @@ void PointeeHandle::operator delete(void* p)
     block->next = s_freeBlocks;
     s_freeBlocks = block;
 }
+#endif
 
 VectorPOD<PointeeHandle*>& PointeeHandle::Instances()
 {
@@ -132,7 +140,8 @@ Pointee::~Pointee() noexcept(false)
         Log(logging::LogWarning, "Called ~Pointee on a Pointee with m_state == State_Dead");
         return;
     }
-    m_state = State_Dead;
+    // Through volatile: the compiler drops what a destructor stores and nobody may read after it.
+    const_cast<volatile int&>(m_state) = State_Dead;
     // An assertion that threw while another exception travels would end the program.
     if (std::uncaught_exceptions() == 0)
         CODE_ASSERT(m_handle);

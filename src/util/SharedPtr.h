@@ -71,8 +71,17 @@ public:
         if (m_ptr)
             m_ptr->GetHandle()->DecreaseRefCount();
         m_ptr = p;
-        if (p)
+        if (!p)
+            return;
+        try
+        {
             p->GetHandle()->IncreaseRefCount();
+        }
+        catch (...)
+        {
+            m_ptr = nullptr;  // not counted, so not ours: the object is at its end
+            throw;
+        }
     }
 
     T* get() const { return m_ptr; }
@@ -205,6 +214,8 @@ public:
 
     void Reset(T* p)
     {
+        // First of all: p may be a new object at the address of a dead one that we still point at.
+        CheckAttachment();
         if (p == m_ptr)
             return;
         if (m_handle)
@@ -248,10 +259,11 @@ private:
 
     void Attach(T* p, PointeeHandle* handle)
     {
+        // Counted before it is stored: on an object at its end this throws, and we stay null.
+        if (handle)
+            handle->IncreaseWeakCount();
         m_ptr = p;
         m_handle = handle;
-        if (m_handle)
-            m_handle->IncreaseWeakCount();
     }
 
     mutable T* m_ptr = nullptr;
