@@ -19,10 +19,21 @@ bool Callback::operator()() const
     return true;
 }
 
+namespace
+{
+unsigned long s_destroyedSets = 0;
+}
+
+AbstractCallbackSet::~AbstractCallbackSet() noexcept(false) { ++s_destroyedSets; }
+
 void AbstractCallbackSet::FlushCallbackSets()
 {
+    // A dead callback may hold the last handle to an object with sets of its own: once a set has
+    // gone during the walk, each further one is looked up before it is used.
+    const unsigned long destroyedBefore = s_destroyedSets;
     for (AbstractCallbackSet* set : GetAllClassInstances())
-        set->Flush();
+        if (s_destroyedSets == destroyedBefore || IsClassInstance(set))
+            set->Flush();
 }
 
 void CallbackSet::Add(CallbackPtr callback)

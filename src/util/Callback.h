@@ -69,7 +69,7 @@ CallbackPtr MakeCallback(void (C::*member)(P), T* object, A argument)
     return QUIB_NEW Callback([member, object, argument] { (object->*member)(argument); }, object);
 }
 template<typename C, typename T>
-SharedPtr<CallbackArg<float>> MakeCallbackArg(void (C::*member)(float), T* object)
+SharedPtr<CallbackArg<float>> MakeCallback(void (C::*member)(float), T* object)
 {
     return QUIB_NEW CallbackArg<float>([member, object](float a) { (object->*member)(a); }, object);
 }
@@ -77,6 +77,8 @@ SharedPtr<CallbackArg<float>> MakeCallbackArg(void (C::*member)(float), T* objec
 class AbstractCallbackSet : public ClassTracker<AbstractCallbackSet>
 {
 public:
+    ~AbstractCallbackSet() noexcept(false) override;
+
     /// Drops the callbacks whose owners are gone.
     virtual void Flush() const = 0;
 

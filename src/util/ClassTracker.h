@@ -21,6 +21,9 @@ public:
         return all;
     }
 
+    /// Whether p is in the registry. p may point at an object that is gone.
+    static bool IsClassInstance(T* p) { return Instances().count(p) != 0; }
+
     static size_t GetClassInstanceCount() { return Instances().size(); }
 
 protected:
