@@ -39,7 +39,17 @@ public:
         return nullptr;
     }
 
-    void insert(const std::pair<K, V>& pair) { (*this)[pair.first] = pair.second; }
+    /// Does nothing when the key is there.
+    void insert(const std::pair<K, V>& pair)
+    {
+        this->CheckRehashNeed();
+        auto& bucket = this->m_table[this->BucketOf(pair.first)];
+        for (const auto& e : bucket)
+            if (e.first == pair.first)
+                return;
+        bucket.push_back(pair);
+        ++this->m_size;
+    }
 
     void swap(HashMap& o) { this->Swap(o); }
 };
