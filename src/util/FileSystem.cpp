@@ -5,7 +5,7 @@
 
 #include <boost/filesystem.hpp>
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -93,30 +93,56 @@ String FileSystem::ReadWholeFile(const String& path)
     return text;
 }
 
+namespace
+{
+/// Null gives false.
+bool WriteAndClose(FILE* file, const String& text, bool isOnDisk)
+{
+    if (!file)
+        return false;
+    bool good = text.empty() || std::fwrite(text.data(), text.size(), 1, file) == 1;
+    good = std::fflush(file) == 0 && good;
+    // A rename that follows must not reach the disk before the text does.
+    if (isOnDisk)
+        good = ::fsync(::fileno(file)) == 0 && good;
+    return std::fclose(file) == 0 && good;
+}
+
+/// Where the path leads, so that a linked file stays a link. The end of the chain need not exist.
+String FollowLinks(const String& path)
+{
+    fs::path target = path;
+    boost::system::error_code error;
+    // As many as the kernel follows.
+    for (int i = 0; i < 40 && fs::is_symlink(fs::symlink_status(target, error)); ++i)
+    {
+        const fs::path next = fs::read_symlink(target, error);
+        if (error)
+            break;
+        target = next.is_absolute() ? next : target.parent_path() / next;
+    }
+    return target.string();
+}
+}
+
 void FileSystem::WriteFile(const String& path, const String& text)
 {
-    // Through a link to its target, so that a linked file stays a link.
-    boost::system::error_code error;
-    String target = path;
-    if (fs::is_symlink(fs::symlink_status(path, error)))
+    struct stat old;
+    const bool exists = ::stat(path.c_str(), &old) == 0;
+    bool good;
+    if (exists && !S_ISREG(old.st_mode))
+        good = WriteAndClose(std::fopen(path.c_str(), "wb"), text, false);  // a device or a pipe
+    else if (exists && ::access(path.c_str(), W_OK) != 0)
+        good = false;  // write-protected; a rename would not ask
+    else
     {
-        const fs::path real = fs::canonical(path, error);
-        if (!error)
-            target = real.string();
-    }
-    const String beside = target + ".tmp";
-
-    FILE* file = std::fopen(beside.c_str(), "wb");
-    bool good = file != nullptr;
-    if (good)
-    {
-        good = text.empty() || std::fwrite(text.data(), text.size(), 1, file) == 1;
-        good = std::fflush(file) == 0 && good;
-        // The rename must not reach the disk before the text does.
-        good = ::fsync(::fileno(file)) == 0 && good;
-        good = std::fclose(file) == 0 && good;
+        const String target = FollowLinks(path);
+        const String beside = target + ".tmp";
+        FILE* file = std::fopen(beside.c_str(), "wb");
+        good = file && (!exists || ::fchmod(::fileno(file), old.st_mode & 07777) == 0);
+        good = WriteAndClose(file, text, true) && good;
         good = good && std::rename(beside.c_str(), target.c_str()) == 0;
-        if (!good)
+        if (!good && file)
             ::unlink(beside.c_str());
     }
     if (!good)
@@ -129,6 +155,13 @@ bool LessIgnoringCase(const String& a, const String& b)
 {
     const String la = ToLower(a), lb = ToLower(b);
     return la != lb ? la < lb : a < b;
+}
+
+/// An entry that can't be looked at, such as a link to itself, is none.
+bool IsDirectory(const fs::directory_entry& e)
+{
+    boost::system::error_code error;
+    return fs::is_directory(e.path(), error);
 }
 
 template<typename Filter>
@@ -148,13 +181,13 @@ std::vector<String> NamesInDir(const String& dir, Filter filter)
 
 std::vector<String> FileSystem::DirsInDir(const String& dir)
 {
-    return NamesInDir(dir, [](const fs::directory_entry& e) { return fs::is_directory(e.path()); });
+    return NamesInDir(dir, IsDirectory);
 }
 
 std::vector<String> FileSystem::FilesInDir(const String& dir, const String& pattern)
 {
     return NamesInDir(dir, [&](const fs::directory_entry& e) {
-        return !fs::is_directory(e.path()) &&
+        return !IsDirectory(e) &&
             (pattern == "*" || WildcardMatcher(e.path().filename().string(), pattern));
     });
 }
