@@ -2,6 +2,8 @@
 
 #include "util/FileSystem.h"
 
+#include <unistd.h>
+
 #include <ctime>
 #include <iostream>
 
@@ -66,7 +68,7 @@ void StreamLogger::Log(const util::String& text) { *m_stream << text << std::end
 FileLogger::FileLogger(LogLevel mask, util::String path, bool append)
     : ILogger(mask)
 {
-    if (append && std::ifstream(path).good())
+    if (append && access(path.c_str(), F_OK) == 0)
     {
         m_file.open(path, std::ios::app);
         m_file << "\n\n";
