@@ -1,6 +1,7 @@
 // A bounding circle.
 #pragma once
 
+#include "math/FarthestPair.h"
 #include "math/Mat2D.h"
 #include "math/Vector.h"
 
@@ -49,20 +50,8 @@ struct TBoundingSphere
             return TBoundingSphere(Vec(), -1);
         if (n == 1)
             return TBoundingSphere(points[0], 0);
-        float best = -1;
-        size_t bestI = 0, bestJ = 1;
-        for (size_t i = 0; i < n; ++i)
-            for (size_t j = i + 1; j < n; ++j)
-            {
-                const float d = DistanceSq(points[i], points[j]);
-                if (d > best)
-                {
-                    best = d;
-                    bestI = i;
-                    bestJ = j;
-                }
-            }
-        return BuildFromCenterAndPoints((points[bestI] + points[bestJ]) * 0.5f, n, points);
+        const PointPair pair = FindFarthestPair(points, n);
+        return BuildFromCenterAndPoints((points[pair.i] + points[pair.j]) * 0.5f, n, points);
     }
 
     TBoundingSphere Transform(const Mat2D& m) const

@@ -1,5 +1,6 @@
 #include "math/OBB2D.h"
 
+#include "math/FarthestPair.h"
 #include "util/Failures.h"
 
 #include <limits>
@@ -43,19 +44,8 @@ OBB2D OBB2D::Build(const Vec2* points, size_t n)
 Vec2 FindMainAxisSimple(const Vec2* points, size_t nPoints)
 {
     CODE_ASSERT(nPoints > 1);
-    float best = -1;
-    Vec2 axis;
-    for (size_t i = 0; i < nPoints; ++i)
-        for (size_t j = i + 1; j < nPoints; ++j)
-        {
-            const float d = DistanceSq(points[i], points[j]);
-            if (d > best)
-            {
-                best = d;
-                axis = points[j] - points[i];
-            }
-        }
-    return Normalized(axis);
+    const PointPair pair = FindFarthestPair(points, nPoints);
+    return pair.distSq < 0 ? Vec2() : Normalized(points[pair.j] - points[pair.i]);
 }
 
 Vec2 FindMainAxisLinAlg(const Vec2* points, size_t n) { return FindMainAxisSimple(points, n); }
