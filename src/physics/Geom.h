@@ -119,6 +119,10 @@ protected:
     Geom(const Geom& o);
     Geom& operator=(const Geom&) = delete;
 
+    /// Density, friction, restitution, collide set and water collision. Deliberate: not the air
+    /// friction multiplier and not the no-collide set.
+    void CopyMaterial(const Geom& o);
+
 private:
     static inline unsigned s_idCounter = 0;
 

@@ -1,0 +1,85 @@
+#include "physics/Circle.h"
+
+namespace physics
+{
+using math::Vec2;
+
+Circular::Circular(GeomKind kind, float radius)
+    : Geom(kind)
+    , m_radius(radius)
+{
+}
+
+Vec2 Circular::NormalWorld(const Vec2& p) const
+{
+    return Normalized(p - GetCenter());
+}
+
+float Circular::Area() const
+{
+    return math::PIf * m_radius * m_radius;
+}
+
+float Circular::InertiaSansMass() const
+{
+    return m_radius * m_radius / 2;
+}
+
+Vec2 Circular::GetClosestEdge(Vec2 p) const
+{
+    if (p == GetCenter())
+        return GetCenter() + Vec2(m_radius, 0);
+    return GetCenter() + m_radius * Normalized(p - GetCenter());
+}
+
+math::BoundingBox Circular::GetAABBWorld() const
+{
+    const Vec2 r(m_radius, m_radius);
+    return math::BoundingBox(GetCenter() - r, GetCenter() + r);
+}
+
+math::OBB2D Circular::GetOBBWorld() const
+{
+    return math::OBB2D::FromCenterRad(GetCenter(), m_radius);
+}
+
+math::BoundingCircle Circular::GetBCWorld() const
+{
+    return math::BoundingCircle(GetCenter(), m_radius);
+}
+
+void Circular::SetRadius(float radius)
+{
+    m_radius = radius;
+    OnGeomChange();
+}
+
+Circle::Circle(Vec2 pos, float radius)
+    : Circular(GeomKind::Circle, radius)
+{
+    SetWorldPose(math::Mat2D::Translation(pos));
+}
+
+int Circle::IntersectCountWorld(const Linesegment& segment) const
+{
+    const float d0 = DistanceWorld(segment.p0), d1 = DistanceWorld(segment.p1);
+    if (d0 < 0 && d1 < 0)
+        return 0;
+    if (d0 < 0 || d1 < 0)
+        return 1;
+    return segment.Distance(GetCenter()) >= GetRadius() ? 0 : 2;
+}
+
+int Circle::IntersectCountWorld(const LinesegmentList& list) const
+{
+    int count = 0;
+    for (const Linesegment& segment : list)
+        count += IntersectCountWorld(segment);
+    return count;
+}
+
+CirclePtr Circle::Clone() const
+{
+    return QUIB_NEW Circle(*this);
+}
+}
