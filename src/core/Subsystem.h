@@ -54,6 +54,9 @@ public:
     static void HandleSignals();
 
 private:
+    template<typename T>
+    void AddPoker(const util::String& name, T* remote);
+    void PumpEvents();
     void Draw();
     void ForceOpaque();
     void TakeWishedScreenshot();

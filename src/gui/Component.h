@@ -49,9 +49,6 @@ public:
     /// Added as z when the component is drawn, so that children stand in front of their owner.
     void SetDepth(float depth) { m_depth = depth; }
 
-    math::Vec2 GUIToLocal(const math::Vec2& pos) const;
-    math::Vec2 LocalToGUI(const math::Vec2& pos) const;
-
     // For GUI and subclasses. An override calls its base.
 
     virtual void DrawCompAndChildren() const;
@@ -73,5 +70,6 @@ private:
     math::Vec4 m_color = math::Vec4(1, 1, 1, 1);
     std::vector<ComponentPtr> m_children; // ascending by listener priority
     util::WeakPtr<Component> m_ownerComponent;
+    util::CallbackPtr m_onPriority; // the owner's registration here
 };
 }

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "gui/Component.h"
+#include "rendering/Pushers.h"
 #include "script/Attributes.h"
 #include "util/Singleton.h"
+
+#include <optional>
 
 namespace gui
 {

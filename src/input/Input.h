@@ -37,7 +37,6 @@ public:
     double GetPumpTime() const { return m_pumpTime; }
 
     void SetGrabInput(bool grab);
-    void SetShowCursor(bool show);
 
     /// How pixels become positions. Set by the GUI, which lies above this; one to one before that.
     using PosFromPixelFunction = math::Vec2 (*)(int x, int y);

@@ -3,6 +3,10 @@
 #include <SDL.h>
 #include <boost/filesystem.hpp>
 
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <cerrno>
 #include <iostream>
 
 namespace fs = boost::filesystem;
@@ -45,8 +49,21 @@ bool GetDisplaySize(math::TVector2<int>& size)
 }
 
 // Copy and paste inside the program. Other programs are reached once input events are delegated.
-void SetClipboardText(const util::String& text) { s_clipboard = text; }
-util::String GetClipboardText() { return s_clipboard; }
+void SetClipboardText(const util::String& text)
+{
+    s_clipboard = text;
+}
+util::String GetClipboardText()
+{
+    return s_clipboard;
+}
+
+bool TryLock(const util::String& path)
+{
+    // Never closed: the lock goes with the process, however that ends.
+    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    return file < 0 || ::flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
 
 bool ShowErrorPopup(const util::String& title, const util::String& message)
 {

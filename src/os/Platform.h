@@ -20,6 +20,10 @@ void SetClipboardText(const util::String& text);
 /// Latin-1; "" when there is none.
 util::String GetClipboardText();
 
+/// Takes an advisory lock on the file, made when missing, and holds it until the process ends.
+/// @return false when another process holds it; a file that can't be made locks nobody out
+bool TryLock(const util::String& path);
+
 /// A modal dialog with the buttons "Debug" and "Cancel"; true exactly when the second was chosen.
 /// Here: the text on standard error, and false.
 bool ShowErrorPopup(const util::String& title, const util::String& message);

@@ -50,10 +50,10 @@ public:
 
     /// Writes the frame buffer to the first free file stem_YYMMDD_NNNN.tga, or to
     /// "to_many_screenshots.tga" when the ten thousand of the day are used up.
-    /// @throws FileReadException  when it can't be written
+    /// @throws Exception  when it can't be written
     void ScreenShot(util::String stem);
     /// Uncompressed 24-bit TGA. The file is whole or not there.
-    /// @throws FileReadException  when it can't be written
+    /// @throws Exception  when it can't be written
     void ScreenShotToFile(const util::String& file);
 
 private:

@@ -1,0 +1,126 @@
+#include "rendering/RecordedGL.h"
+
+#include <GL/gl.h>
+
+#include <sstream>
+
+namespace recorded
+{
+std::vector<std::string>& Calls()
+{
+    static std::vector<std::string> s_calls;
+    return s_calls;
+}
+
+State& GL()
+{
+    static State s_state;
+    return s_state;
+}
+
+void Clear()
+{
+    Calls().clear();
+    GL() = State();
+}
+
+namespace
+{
+template<typename... Args>
+void Note(const char* name, Args... args)
+{
+    std::ostringstream text;
+    text << name;
+    (void)(text << ... << (" " + (std::ostringstream() << args).str()));
+    Calls().push_back(text.str());
+}
+}
+}
+
+using recorded::GL;
+using recorded::Note;
+
+extern "C"
+{
+    void glColor4fv(const GLfloat* c)
+    {
+        Note("glColor4fv", c[0], c[1], c[2], c[3]);
+    }
+    void glVertex2fv(const GLfloat* v)
+    {
+        Note("glVertex2fv", v[0], v[1]);
+    }
+    void glVertex2f(GLfloat x, GLfloat y)
+    {
+        Note("glVertex2f", x, y);
+    }
+    void glTexCoord2f(GLfloat s, GLfloat t)
+    {
+        Note("glTexCoord2f", s, t);
+    }
+    void glTranslatef(GLfloat x, GLfloat y, GLfloat z)
+    {
+        Note("glTranslatef", x, y, z);
+    }
+    void glBegin(GLenum mode)
+    {
+        Note("glBegin", mode);
+    }
+    void glEnd()
+    {
+        Note("glEnd");
+    }
+    void glPushAttrib(GLbitfield mask)
+    {
+        Note("glPushAttrib", mask);
+    }
+    void glPopAttrib()
+    {
+        Note("glPopAttrib");
+    }
+
+    void glGetIntegerv(GLenum name, GLint* values)
+    {
+        if (name == GL_VIEWPORT)
+        {
+            values[0] = values[1] = 0;
+            values[2] = GL().width;
+            values[3] = GL().height;
+        }
+        else if (name == GL_PACK_ALIGNMENT)
+            values[0] = GL().packAlignment;
+    }
+
+    void glPixelStorei(GLenum name, GLint value)
+    {
+        if (name == GL_PACK_ALIGNMENT)
+            GL().packAlignment = value;
+    }
+
+    // Pads rows as the real one does: each pixel is (column, row, 200).
+    void glReadPixels(GLint, GLint, GLsizei width, GLsizei height, GLenum format, GLenum type,
+                      void* data)
+    {
+        Note("glReadPixels", width, height, format, type, GL().packAlignment);
+        unsigned char* out = static_cast<unsigned char*>(data);
+        for (int y = 0; y < height; ++y)
+        {
+            unsigned char* pixel = out;
+            for (int x = 0; x < width; ++x)
+            {
+                *pixel++ = static_cast<unsigned char>(x);
+                *pixel++ = static_cast<unsigned char>(y);
+                *pixel++ = 200;
+            }
+            const int a = GL().packAlignment;
+            out += (width * 3 + a - 1) / a * a;
+        }
+    }
+
+    GLenum glGetError()
+    {
+        const GLenum error = GL().error;
+        GL().error = GL_NO_ERROR;
+        return error;
+    }
+}
