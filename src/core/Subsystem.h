@@ -76,4 +76,9 @@ private:
     WindowParams m_windowParams; // in force
     WindowParams m_configParams; // asked for
 };
+
+/// Milliseconds to sleep at the end of a frame.
+/// @param dt      seconds from the start of the frame before to the start of this one
+/// @param maxFPS  1 or more
+unsigned CalcFrameSleep(float dt, float maxFPS);
 }

@@ -51,6 +51,7 @@ private:
     script::AttribWrapper<float> m_opaqueness;
     ComponentPtr m_root;
     ComponentPtr m_main;
-    math::TVector2<int> m_windowSize; // pixels
+    math::TVector2<int> m_windowSize;                 // pixels
+    std::optional<rendering::AttribPusher> m_attribs; // from Begin to End
 };
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "input/InputDelegator.h"
+#include "util/Singleton.h"
 
 union SDL_Event;
 

@@ -1,0 +1,457 @@
+#include "core/Subsystem.h"
+
+#include "core/ResourceManager.h"
+#include "gui/GUI.h"
+#include "input/Input.h"
+#include "input/InputEvent.h"
+#include "logging/Logger.h"
+#include "os/Platform.h"
+#include "physics/Simulation.h"
+#include "rendering/Renderer.h"
+#include "script/Parser.h"
+#include "util/FileSystem.h"
+#include "util/ScopeProfiler.h"
+#include "util/Timer.h"
+
+#include <GL/glew.h>
+#include <SDL.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+namespace core
+{
+namespace
+{
+bool s_logToStandardOutput = true;
+
+// All that a signal handler may touch. Run looks at them once a frame.
+volatile std::sig_atomic_t s_exitSignal = 0;
+volatile std::sig_atomic_t s_screenshotSignal = 0;
+
+void OnExitSignal(int)
+{
+    s_exitSignal = 1;
+}
+void OnScreenshotSignal(int)
+{
+    s_screenshotSignal = 1;
+}
+
+void AddLoggers()
+{
+    logging::Logger* logger = logging::Logger::GetInstancePtr();
+    logger->AddLogger(
+        QUIB_NEW logging::StreamLogger(static_cast<logging::LogLevel>(7), &std::cerr));
+    if (s_logToStandardOutput)
+        logger->AddLogger(QUIB_NEW logging::StreamLogger(logging::LogVerbose, &std::cout));
+    logger->AddLogger(QUIB_NEW logging::FileLogger(
+        static_cast<logging::LogLevel>(31),
+        util::FileSystem::GetInstancePtr()->WorkDir() + "Logfile.txt", true));
+}
+
+void InitSDL()
+{
+    // GLEW speaks to GLX, so that the window has to be X11's. A driver that the user or the headless
+    // runner has named is left alone.
+    ::setenv("SDL_VIDEODRIVER", "x11", 0);
+    Log(logging::LogInfo, "Init SDL...");
+    if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_JOYSTICK | SDL_INIT_NOPARACHUTE) < 0)
+        QUIB_THROW(std::runtime_error(util::String("Couldn't init SDL: ") + SDL_GetError()));
+    os::NoteDisplaySize();
+}
+
+// A missing file is no error: SDL keeps its default icon.
+void SetIcon()
+{
+    const util::String path = util::FileSystem::GetInstancePtr()->WorkDir() + "Quib.bmp";
+    if (SDL_Surface* icon = SDL_LoadBMP_RW(SDL_RWFromFile(path.c_str(), "rb"), 1))
+    {
+        SDL_WM_SetIcon(icon, nullptr);
+        SDL_FreeSurface(icon);
+    }
+}
+
+void SetGLAttribute(SDL_GLattr attribute, int value, const char* failure)
+{
+    if (SDL_GL_SetAttribute(attribute, value) != 0)
+        QUIB_THROW(std::runtime_error(failure));
+}
+
+void SetGLAttributes(const WindowParams& params)
+{
+    SetGLAttribute(SDL_GL_BUFFER_SIZE, params.depth, "Couldn't set buffer depth");
+    if (params.depth == 32)
+    {
+        SetGLAttribute(SDL_GL_RED_SIZE, 8, "Couldn't set buffer red depth");
+        SetGLAttribute(SDL_GL_GREEN_SIZE, 8, "Couldn't set buffer green depth");
+        SetGLAttribute(SDL_GL_BLUE_SIZE, 8, "Couldn't set buffer blue depth");
+        SetGLAttribute(SDL_GL_ALPHA_SIZE, 8, "Couldn't set buffer alpha depth");
+    }
+    SetGLAttribute(SDL_GL_DEPTH_SIZE, params.zDepth, "Couldn't set z-buffer depth");
+    if (params.stencil != 0)
+        SetGLAttribute(SDL_GL_STENCIL_SIZE, params.stencil, "Couldn't set stencil-buffer depth");
+    // Deliberate: 0 and 1 leave the attributes alone, so that multisampling, once on, stays on for
+    // the rest of the run.
+    if (params.antiAlias > 1)
+    {
+        SetGLAttribute(SDL_GL_MULTISAMPLEBUFFERS, 1, "Couldn't set the AA buffer");
+        SetGLAttribute(SDL_GL_MULTISAMPLESAMPLES, params.antiAlias, "Couldn't set the AA samples");
+    }
+}
+
+void SetVideoMode(const WindowParams& params)
+{
+    const Uint32 flags = SDL_OPENGL | (params.fullscreen ? SDL_FULLSCREEN : 0) |
+                         (params.resizable ? SDL_RESIZABLE : 0) | (params.frame ? 0 : SDL_NOFRAME);
+    // 0 bits a pixel: the desktop's.
+    if (SDL_SetVideoMode(params.GetWidth(), params.GetHeight(), 0, flags))
+        return;
+    if (params.antiAlias > 1)
+        Log(logging::LogError,
+            "No window with System.antiAlias = " + util::ToString(params.antiAlias) +
+                ": set it to 1 in config.cfg and config.autosave.cfg, or delete these files");
+    QUIB_THROW(
+        std::runtime_error(util::String("Couldn't set video mode, SDL-error: ") + SDL_GetError()));
+}
+
+int ClampToDisplay(int extent, int display)
+{
+    extent = std::min(std::max(extent, 1), 4096);
+    return display > 0 ? std::min(extent, display) : extent;
+}
+
+// Nobody uses the two values: they are there for reading bug reports.
+void LogPrecisions()
+{
+    const double beforeSleep = util::Timer::GetCurrentTime();
+    SDL_Delay(1);
+    const double sleepPrecision = util::Timer::GetCurrentTime() - beforeSleep;
+
+    const double start = util::Timer::GetCurrentTime();
+    double now = start;
+    while (now == start)
+        now = util::Timer::GetCurrentTime();
+    Log(logging::LogInfo, "sleep precision=" + util::ToString(sleepPrecision * 1000) +
+                              "ms, timer precision: " + util::ToString((now - start) * 1000) +
+                              "ms");
+}
+}
+
+void Subsystem::SetLogToStandardOutput(bool on)
+{
+    s_logToStandardOutput = on;
+}
+
+Subsystem::Subsystem()
+    : InputListener(50)
+    , m_clearColor(this, "clearColor", math::Vec4(0, 0, 0, 1))
+    , m_minFPS(this, "minFPS", 10.0f)
+    , m_maxFPS(this, "maxFPS", 60.0f)
+    , m_vSync(this, "vSync", false, &Subsystem::GetVSync, &Subsystem::SetVSync)
+    , m_fpsTime(util::Timer::GetCurrentTime())
+{
+    SetReflectedName("System");
+    AddLoggers();
+    InitSDL();
+
+    input::Input* input = input::Input::GetInstancePtr();
+    input->InitializeSDL();
+    input->AddListener(util::WeakPtr<InputListener>(this));
+    SetIcon();
+
+    AddCmd("exit", &Subsystem::Exit);
+    AddCmd("time", &util::Timer::GetCurrentTime);
+    AddCmd("objectCurrent", &util::Pointee::GetInstanceCount);
+    AddCmd("objectHandleCurrent", &util::PointeeHandle::GetInstanceCount);
+    AddCmd("objectTotal", &util::Pointee::GetAllocateCount);
+    AddPoker("resizable", &m_configParams.resizable);
+    AddPoker("fullscreen", &m_configParams.fullscreen);
+    AddPoker("resolution", &m_configParams.size);
+    AddPoker("antiAlias", &m_configParams.antiAlias);
+    AddPoker("depth", &m_configParams.depth);
+    AddCmd("recreateWindow", &Subsystem::ApplyParserConfig);
+}
+
+Subsystem::~Subsystem()
+{
+    rendering::Renderer::Destroy();
+    input::Input::Destroy();
+    gui::GUI::Destroy();
+    util::FileSystem::Destroy();
+    script::Parser::Destroy();
+    SDL_Quit();
+}
+
+template<typename T>
+void Subsystem::AddPoker(const util::String& name, T* remote)
+{
+    AddVariable(QUIB_NEW script::AttribRemotePoker<T>(name, remote));
+}
+
+void Subsystem::SetTitle(const util::String& title)
+{
+    SDL_WM_SetCaption(title.c_str(), nullptr);
+}
+
+void Subsystem::SetParams(const WindowParams& params)
+{
+    m_windowParams = params;
+    m_configParams = params;
+}
+
+void Subsystem::CreateWindow(WindowParams params)
+{
+    Log(logging::LogVerbose, "Creating window...");
+    // A new mode may mean a new context, and nothing of the old one lives in it.
+    ResourceManager::GetInstancePtr()->UnloadAll();
+
+    math::TVector2<int> display(0, 0);
+    os::GetDisplaySize(display);
+    params.size.x = ClampToDisplay(params.size.x, display.x);
+    params.size.y = ClampToDisplay(params.size.y, display.y);
+
+    Log(logging::LogInfo, "Setting up SDL");
+    SetGLAttributes(params);
+    Log(logging::LogInfo, "Setting video mode");
+    SetVideoMode(params);
+
+    Log(logging::LogInfo, "Init GLEW...");
+    const GLenum glew = glewInit();
+    if (glew != GLEW_OK)
+        QUIB_THROW(std::runtime_error(util::String("GLEW Error: ") +
+                                      reinterpret_cast<const char*>(glewGetErrorString(glew))));
+
+    Log(logging::LogInfo, "Setting vsync");
+    SetVSync(params.vSync);
+    params.vSync = m_windowParams.vSync;
+    SetParams(params);
+
+    Log(logging::LogInfo, "Setting viewport");
+    glViewport(0, 0, GetWidth(), GetHeight());
+    rendering::GLHasLoaded();
+    rendering::Renderer::GetInstancePtr()->ResetColor();
+
+    Log(logging::LogInfo, "Checking for alpha framebuffer");
+    int alphaBits = 0;
+    if (SDL_GL_GetAttribute(SDL_GL_ALPHA_SIZE, &alphaBits) != 0)
+        // Deliberate: "You'r".
+        QUIB_THROW(std::runtime_error("You'r computer won't let me query the alpha bit depth"));
+    if (alphaBits != 8)
+        Log(logging::LogWarning,
+            "Your computer doesn't support alpha framebuffers; water may not be rendered "
+            "correctly.");
+
+    Log(logging::LogInfo, "Loading all resources...");
+    ResourceManager::GetInstancePtr()->LoadAll(false);
+    Log(logging::LogInfo, "Done loading resources.");
+
+    gui::GUI::GetInstancePtr()->OnNewWindowSize(GetWidth(), GetHeight());
+    rendering::CheckForGLError();
+
+    if (!m_screenshotAdded)
+    {
+        AddVoidCmd("screenshot", [this] { m_screenshotWished = true; });
+        m_screenshotAdded = true;
+    }
+    Log(logging::LogVerbose, "Window created.");
+}
+
+void Subsystem::ApplyParserConfig()
+{
+    CreateWindow(m_configParams);
+}
+
+void Subsystem::SetVSync(bool)
+{
+    m_windowParams.vSync = false;
+    // What a script wrote is replaced, so that scripts read false too.
+    m_vSync = false;
+}
+
+void Subsystem::OnOtherEvent(const input::InputEvent& event)
+{
+    const SDL_Event& sdl = event.GetEvent();
+    if (sdl.type == SDL_QUIT)
+    {
+        m_exit = true;
+        event.SetHandled(true);
+    }
+    else if (sdl.type == SDL_VIDEORESIZE)
+    {
+        WindowParams params = m_windowParams;
+        params.size = math::TVector2<int>(sdl.resize.w, sdl.resize.h);
+        // The window systems like to say twice what they have said once.
+        if (params.size != m_windowParams.size)
+            CreateWindow(params);
+        event.SetHandled(true);
+    }
+}
+
+void Subsystem::HandleSignals()
+{
+    struct sigaction action = {};
+    action.sa_handler = OnExitSignal;
+    action.sa_flags = SA_RESETHAND;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = OnScreenshotSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGUSR1, &action, nullptr);
+}
+
+void Subsystem::PumpEvents()
+{
+    input::Input::GetInstancePtr()->PumpEvents();
+    if (s_exitSignal)
+        m_exit = true;
+    if (s_screenshotSignal)
+    {
+        s_screenshotSignal = 0;
+        m_screenshotWished = true;
+    }
+}
+
+void Subsystem::Run()
+{
+    double previous = util::Timer::GetCurrentTime();
+    m_fpsTime = previous;
+    LogPrecisions();
+    input::Input::GetInstancePtr()->PumpEvents();
+    Log(logging::LogInfo, "Entering game loop");
+
+    int framesSinceFlush = 0;
+    while (!m_exit)
+    {
+        {
+            util::ScopeProfiler profile("Events");
+            QUIB_PASS_ON(PumpEvents());
+        }
+        physics::Simulation::GetInstancePtr()->SetFrameBudget(1 / m_minFPS);
+        if (m_exit)
+            break;
+
+        const double now = util::Timer::GetCurrentTime();
+        const float dt = static_cast<float>(now - previous);
+        // Callbacks whose owners are gone are few: every eleventh frame is often enough.
+        if (++framesSinceFlush > 10)
+        {
+            util::ScopeProfiler profile("FlushCallbackSets");
+            QUIB_PASS_ON(util::AbstractCallbackSet::FlushCallbackSets());
+            framesSinceFlush = 0;
+        }
+        {
+            util::ScopeProfiler profile("GC");
+            QUIB_PASS_ON(util::PointeeHandle::Flush());
+        }
+        {
+            util::ScopeProfiler profile("Parser::Update");
+            QUIB_PASS_ON(script::Parser::GetInstancePtr()->Update());
+        }
+        {
+            // Deliberate: no interpolator exists, the stage runs empty.
+            util::ScopeProfiler profile("Interp::Update");
+            QUIB_PASS_ON(util::InterpolatorBase::UpdateAll());
+        }
+        {
+            util::ScopeProfiler profile("GUI::Update");
+            QUIB_PASS_ON(gui::GUI::GetInstancePtr()->Update(dt));
+        }
+        // No frame is drawn after a request to quit.
+        if (m_exit)
+            break;
+        {
+            util::ScopeProfiler profile("Draw");
+            QUIB_PASS_ON(Draw());
+        }
+        {
+            util::ScopeProfiler profile("Logger::Update");
+            QUIB_PASS_ON(logging::Logger::GetInstancePtr()->Update());
+        }
+        LimitRate(dt);
+        previous = now;
+    }
+    ResourceManager::GetInstancePtr()->UnloadAll();
+}
+
+void Subsystem::LimitRate(float dt)
+{
+    if (m_maxFPS < 1)
+        m_maxFPS = 1;
+    if (const unsigned milliseconds = CalcFrameSleep(dt, m_maxFPS))
+        SDL_Delay(milliseconds);
+}
+
+unsigned CalcFrameSleep(float dt, float maxFPS)
+{
+    // Deliberate: dt is the frame before this one, its sleep included, and not this frame's work. A
+    // slow frame is followed by one that sleeps less, or not at all.
+    const float target = 1 / maxFPS;
+    if (!(dt < target))
+        return 0;
+    return static_cast<unsigned>(std::floor((target - dt) * 1000 + 0.5));
+}
+
+void Subsystem::Draw()
+{
+    {
+        util::ScopeProfiler profile("glClear");
+        const math::Vec4 color = m_clearColor;
+        glClearColor(color.x, color.y, color.z, color.w);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+    gui::GUI::GetInstancePtr()->Draw();
+    TakeWishedScreenshot();
+    ForceOpaque();
+    {
+        util::ScopeProfiler profile("SDL_GL_SwapBuffers");
+        SDL_GL_SwapBuffers();
+    }
+    MeasureRate();
+    rendering::CheckForGLError();
+}
+
+void Subsystem::TakeWishedScreenshot()
+{
+    if (!m_screenshotWished)
+        return;
+    m_screenshotWished = false;
+    try
+    {
+        rendering::Renderer::GetInstancePtr()->ScreenShot(
+            util::FileSystem::GetInstancePtr()->WorkDir() + "screenshots/quib");
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("The screenshot failed: ") + e.what());
+    }
+}
+
+void Subsystem::ForceOpaque()
+{
+    // A compositing desktop would let other windows shine through where the scene left alpha below 1.
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+}
+
+void Subsystem::MeasureRate()
+{
+    ++m_frameCount;
+    const double now = util::Timer::GetCurrentTime();
+    const double elapsed = now - m_fpsTime;
+    // A value from the first frames on.
+    if (m_fps == 0 && elapsed > 0)
+        m_fps = m_frameCount / elapsed;
+    if (elapsed > 1.0)
+    {
+        m_fps = m_frameCount / elapsed;
+        m_fpsTime = now;
+        m_frameCount = 0;
+    }
+}
+}
