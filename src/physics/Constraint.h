@@ -50,6 +50,8 @@ protected:
     float m_priority = 0;
 
 private:
+    friend class RowSolver;
+
     bool m_isContact;
 };
 using ConstraintList = util::VectorPOD<Constraint*>;

@@ -12,10 +12,12 @@
 #include "util/String.h"
 
 #include <memory>
+#include <memory_resource>
 #include <vector>
 
 namespace physics
 {
+class Collider;
 class Contact;
 class ContactCache;
 class RowSolver;
@@ -128,17 +130,20 @@ public:
     script::AttribWrapper<float> m_maxPositionCorrection;
 
 private:
-    void OnRunningChange() {}
     void CheckWorldInvariants() const;
-    void UpdateStatistics();
+    void RunSteps(double dt, float timeFactor);
+    void AppendStatistics();
+    static void InitConstraints(ConstraintList& constraints);
 
     util::SharedPtr<WorldGeom> m_worldGeom;
     BodyPtr m_worldBody;
     BodyList m_bodies;
     AbstractBodyList m_allBodies; // rebuilt in every step
+    std::unique_ptr<Collider> m_collider;
     ContactPool m_contactPool;
-    ContactList m_contacts;     // of the current step
-    ContactList m_lastContacts; // of the step before, while the new ones are matched
+    util::VectorPOD<Contact*> m_foundContacts; // the same as m_contacts, as the collider gives them
+    ContactList m_contacts;                    // of the current step
+    ContactList m_lastContacts;                // of the step before, while the new ones are matched
     std::unique_ptr<ContactCache> m_contactCache;
     unsigned m_matchedContacts = 0;
     double m_timeDebt = 0; // simulated seconds still owed; negative when ahead
@@ -150,5 +155,6 @@ private:
     util::CallbackArgSet<float> m_onStep;
     ConstraintList m_constraints; // of the solve under way
     std::unique_ptr<RowSolver> m_rowSolver;
+    std::pmr::unsynchronized_pool_resource m_queueMemory; // of the prioritised solver's queue
 };
 }

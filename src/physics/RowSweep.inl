@@ -1,0 +1,104 @@
+// The innermost loop of the solver, included by RowSolver.cpp once for each instruction set. Written in
+// the compiler's vector extension. Same operations and operands in every set, hence the same bits.
+
+typedef float Vec8 __attribute__((vector_size(32)));
+typedef float Vec4f __attribute__((vector_size(16)));
+
+#define SWEEP_INLINE static inline __attribute__((always_inline))
+
+SWEEP_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8*>(p); }
+
+// First operand greater: the first, else, NaN included, the second. As Max and Min in Contact.cpp.
+SWEEP_INLINE Vec8 Max(Vec8 a, Vec8 b) { return a > b ? a : b; }
+SWEEP_INLINE Vec8 Min(Vec8 a, Vec8 b) { return a < b ? a : b; }
+
+// The accumulators of eight bodies, one quantity to a vector.
+struct Lanes
+{
+    Vec8 x, y, w, massInv;
+};
+
+SWEEP_INLINE Vec8 LoadPair(const VelChange* accum, uint32_t low, uint32_t high)
+{
+    const Vec4f a = *reinterpret_cast<const Vec4f*>(accum + low);
+    const Vec4f b = *reinterpret_cast<const Vec4f*>(accum + high);
+    return __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
+}
+
+SWEEP_INLINE void StorePair(VelChange* accum, uint32_t low, uint32_t high, Vec8 v)
+{
+    *reinterpret_cast<Vec4f*>(accum + low) = __builtin_shufflevector(v, v, 0, 1, 2, 3);
+    *reinterpret_cast<Vec4f*>(accum + high) = __builtin_shufflevector(v, v, 4, 5, 6, 7);
+}
+
+SWEEP_INLINE void Gather(const VelChange* accum, const uint32_t* i, Lanes& out)
+{
+    const Vec8 t0 = LoadPair(accum, i[0], i[4]), t1 = LoadPair(accum, i[1], i[5]);
+    const Vec8 t2 = LoadPair(accum, i[2], i[6]), t3 = LoadPair(accum, i[3], i[7]);
+    const Vec8 xy01 = __builtin_shufflevector(t0, t1, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Vec8 wm01 = __builtin_shufflevector(t0, t1, 2, 10, 3, 11, 6, 14, 7, 15);
+    const Vec8 xy23 = __builtin_shufflevector(t2, t3, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Vec8 wm23 = __builtin_shufflevector(t2, t3, 2, 10, 3, 11, 6, 14, 7, 15);
+    out.x = __builtin_shufflevector(xy01, xy23, 0, 1, 8, 9, 4, 5, 12, 13);
+    out.y = __builtin_shufflevector(xy01, xy23, 2, 3, 10, 11, 6, 7, 14, 15);
+    out.w = __builtin_shufflevector(wm01, wm23, 0, 1, 8, 9, 4, 5, 12, 13);
+    out.massInv = __builtin_shufflevector(wm01, wm23, 2, 3, 10, 11, 6, 7, 14, 15);
+}
+
+SWEEP_INLINE void Scatter(VelChange* accum, const uint32_t* i, const Lanes& in)
+{
+    const Vec8 xyLow = __builtin_shufflevector(in.x, in.y, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Vec8 xyHigh = __builtin_shufflevector(in.x, in.y, 2, 10, 3, 11, 6, 14, 7, 15);
+    const Vec8 wmLow = __builtin_shufflevector(in.w, in.massInv, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Vec8 wmHigh = __builtin_shufflevector(in.w, in.massInv, 2, 10, 3, 11, 6, 14, 7, 15);
+    StorePair(accum, i[0], i[4], __builtin_shufflevector(xyLow, wmLow, 0, 1, 8, 9, 4, 5, 12, 13));
+    StorePair(accum, i[1], i[5], __builtin_shufflevector(xyLow, wmLow, 2, 3, 10, 11, 6, 7, 14, 15));
+    StorePair(accum, i[2], i[6], __builtin_shufflevector(xyHigh, wmHigh, 0, 1, 8, 9, 4, 5, 12, 13));
+    StorePair(accum, i[3], i[7], __builtin_shufflevector(xyHigh, wmHigh, 2, 3, 10, 11, 6, 7, 14, 15));
+}
+
+static void SweepBatches(RowBatch* batch, RowBatch* end, VelChange* accum)
+{
+    const Vec8 zero = {};
+    const Vec4f nothing = {};
+    for (; batch != end; ++batch)
+    {
+        Lanes a, b;
+        Gather(accum, batch->body0, a);
+        Gather(accum, batch->body1, b);
+        const Vec8 r0x = Load(batch->r0x), r0y = Load(batch->r0y);
+        const Vec8 r1x = Load(batch->r1x), r1y = Load(batch->r1y);
+        const Vec8 nx = Load(batch->normalX), ny = Load(batch->normalY);
+        const Vec8 totalN = Load(batch->totalN), totalT = Load(batch->totalT);
+
+        // Contact::CalcDesiredImpulse. The tangent is (-ny, nx).
+        const Vec8 wx = (b.x - b.w * r1y) - (a.x - a.w * r0y);
+        const Vec8 wy = (b.y + b.w * r1x) - (a.y + a.w * r0x);
+        const Vec8 dn = Load(batch->targetN) - (wx * nx + wy * ny) * Load(batch->massN);
+        const Vec8 newN = Max(totalN + dn, zero);
+        const Vec8 deltaN = newN - totalN;
+        const Vec8 limit = Max(Load(batch->friction) * newN, zero);
+        const Vec8 dt = Load(batch->targetT) - (wy * nx - wx * ny) * Load(batch->massT);
+        const Vec8 newT = Max(-limit, Min(limit, totalT + dt));
+        const Vec8 deltaT = newT - totalT;
+
+        // Contact::ApplyImpulse. The totals grow by the deltas: newN is not always totalN + deltaN.
+        const Vec8 jx = deltaN * nx - deltaT * ny;
+        const Vec8 jy = deltaN * ny + deltaT * nx;
+        a.x = a.x - a.massInv * jx;
+        a.y = a.y - a.massInv * jy;
+        a.w = a.w - Load(batch->inertiaInv0) * (r0x * jy - r0y * jx);
+        b.x = b.x + b.massInv * jx;
+        b.y = b.y + b.massInv * jy;
+        b.w = b.w + Load(batch->inertiaInv1) * (r1x * jy - r1y * jx);
+        *reinterpret_cast<Vec8*>(batch->totalN) = totalN + deltaN;
+        *reinterpret_cast<Vec8*>(batch->totalT) = totalT + deltaT;
+
+        Scatter(accum, batch->body0, a);
+        Scatter(accum, batch->body1, b);
+        // Lanes of immovable bodies have written 0 * impulse here: not zero if that was infinite.
+        *reinterpret_cast<Vec4f*>(accum) = nothing;
+    }
+}
+
+#undef SWEEP_INLINE

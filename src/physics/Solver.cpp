@@ -1,0 +1,142 @@
+// The solvers: from constraints to velocity changes.
+
+#include "physics/Contact.h"
+#include "physics/RowSolver.h"
+#include "physics/Simulation.h"
+#include "util/Failures.h"
+#include "util/ScopeProfiler.h"
+
+#include <functional>
+#include <memory_resource>
+#include <set>
+
+namespace physics
+{
+void Simulation::SetupSolver()
+{
+    const float h = m_timeDelta;
+    const float lead = m_leapFrog ? h / 2 : 0.0f;
+    ConstraintParams contacts(h, m_solveDcontacts, m_solveConstant, lead);
+    if (m_adHocSolver)
+    {
+        // A plain projection: the position error goes in one step, nothing is damped.
+        contacts.dist = 1 / h;
+        contacts.vel = 0;
+        contacts.reg = 0;
+    }
+    contacts.dist *= m_solveDistFactor;
+    contacts.vel *= m_solveVelFactor;
+    contacts.acc *= m_solveAccFactor;
+    contacts.reg *= m_solveRegularizationFactor;
+    Contact::s_params = contacts;
+    Contact::s_targetPenetration = m_targetPenetration;
+
+    Constraint::s_warmStart = m_warmStart;
+    Constraint::s_warmStartFactor = m_warmStartFactor;
+    Constraint::s_maxPositionCorrection = m_maxPositionCorrection;
+}
+
+void Simulation::RunSolver()
+{
+    util::ScopeProfiler profile("RunSolver");
+    SetupSolver();
+
+    {
+        util::ScopeProfiler profileBodies("Init bodies");
+        for (AbstractBody* body : m_allBodies)
+            body->SetVelChange(math::Vec2(), 0);
+    }
+
+    // The list keeps its capacity; it is emptied on every way out.
+    struct ListGuard
+    {
+        ConstraintList& list;
+        ~ListGuard() { list.clear(); }
+    } guard{m_constraints};
+    m_constraints.clear();
+    for (Contact* contact : m_foundContacts)
+        m_constraints.append(contact);
+
+    {
+        util::ScopeProfiler profileInit("SolveInit");
+        QUIB_PASS_ON(InitConstraints(m_constraints));
+    }
+    if (m_prioritizedSolver)
+        QUIB_PASS_ON(PrioritizedSolver(m_constraints));
+    else
+        QUIB_PASS_ON(GaussSeidelSolver(m_constraints));
+    {
+        util::ScopeProfiler profileExit("SolveExit");
+        QUIB_PASS_ON(for (Constraint* constraint : m_constraints) constraint->SolveExit());
+    }
+    {
+        util::ScopeProfiler profileApply("Applying velchanges");
+        for (AbstractBody* body : m_allBodies)
+            body->ApplyVelChange();
+    }
+}
+
+void Simulation::InitConstraints(ConstraintList& constraints)
+{
+    // What takes no part gives its place to the last one: this order is where the sweeps start from.
+    Constraint** entry = constraints.begin();
+    Constraint** end = constraints.end();
+    while (entry != end)
+    {
+        if ((*entry)->SolveInit())
+            ++entry;
+        else
+            *entry = *--end;
+    }
+    constraints.resize(end - constraints.begin());
+}
+
+void Simulation::GaussSeidelSolver(const ConstraintList& constraints)
+{
+    util::ScopeProfiler profile("GaussSeidelSolver");
+    m_rowSolver->Solve(constraints, m_solveIter, m_solvePreSortConstraints);
+}
+
+// Deliberate: the queue is a set keyed on priority alone. Of constraints of exactly equal priority only
+// one is in it, the others stay out until a neighbour's application enters them again, and what leaves
+// by key is whichever constraint has that value. Many at rest, with priority 0, so collapse into one.
+void Simulation::PrioritizedSolver(const ConstraintList& constraints)
+{
+    util::ScopeProfiler profile("PrioritizedSolver");
+    if (constraints.empty())
+        return;
+    for (AbstractBody* body : m_allBodies)
+        body->GetConstraints().clear();
+
+    // The nodes come from a pool that keeps its memory from step to step.
+    std::pmr::set<Constraint*, ConstraintComparer> queue(&m_queueMemory);
+    for (Constraint* constraint : constraints)
+    {
+        AbstractBody* const bodies[2] = {constraint->GetBodyPtr(0), constraint->GetBodyPtr(1)};
+        CODE_ASSERT(bodies[0] && bodies[1]);
+        for (AbstractBody* body : bodies)
+            if (!body->IsImmovable())
+                body->GetConstraints().append(constraint);
+        constraint->CalcDesiredImpulse();
+        queue.insert(constraint);
+    }
+
+    std::pmr::set<Constraint*, std::less<Constraint*>> touched(&m_queueMemory);
+    const int64_t count = int64_t(m_solveIter) * int64_t(constraints.size());
+    for (int64_t i = 0; i < count; ++i)
+    {
+        Constraint* const largest = *queue.begin();
+        largest->ApplyImpulse();
+        touched.clear();
+        for (int k = 0; k < 2; ++k)
+            for (Constraint* neighbor : largest->GetBodyPtr(k)->GetConstraints())
+                touched.insert(neighbor);
+        for (Constraint* constraint : touched)
+        {
+            queue.erase(constraint);
+            constraint->CalcDesiredImpulse();
+            queue.insert(constraint);
+        }
+    }
+}
+}
