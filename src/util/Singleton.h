@@ -50,8 +50,9 @@ protected:
     // T is under construction, which is what the sanitizer would report: only its address is used.
     __attribute__((no_sanitize("vptr"))) Singleton()
     {
-        CODE_ASSERT(!Instance());
-        Instance().Reset(static_cast<T*>(this));
+        SharedPtr<T>& s_instance = Instance();
+        CODE_ASSERT(!s_instance);
+        s_instance.Reset(static_cast<T*>(this));
     }
     ~Singleton() = default;
 
