@@ -62,7 +62,8 @@ private:
         if (isNew)
         {
             LogCapture** slot = &current;
-            auto note = [slot](const util::String& text) {
+            auto note = [slot](const util::String& text)
+            {
                 if (*slot)
                     (*slot)->m_lines.push_back(text);
             };
