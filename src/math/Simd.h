@@ -42,4 +42,14 @@ inline bool AnyTrue4(Int4 v)
     std::memcpy(halves, &v, sizeof(v));
     return (halves[0] | halves[1]) != 0;
 }
+
+/// Bit i is set where lane i of a comparison is true.
+inline unsigned Mask4(Int4 v)
+{
+#ifdef __SSE__
+    return __builtin_ia32_movmskps(reinterpret_cast<Float4>(v));
+#else
+    return (v[0] & 1) | (v[1] & 2) | (v[2] & 4) | (v[3] & 8);
+#endif
+}
 }

@@ -1,38 +1,58 @@
-// Finds all contacts of one step.
+// Which geometries may touch, and where two of them do: the exact test of each pair of shapes. Finding
+// the pairs is the Collider's work.
 //
-// Bodies have no persistent spatial structure: all pairs are tested, with cheap rejection. The order of
-// the loops fixes the order of the contacts, and so where the solver begins.
+// A contact joins two geometries with an id unique within the pair, a world position, a unit normal
+// from the first geometry to the second, and a depth, positive when overlapping.
 #pragma once
 
 #include "math/BoundingBox.h"
 #include "math/BoundingSphere.h"
 #include "math/OBB2D.h"
 #include "math/Vector.h"
-#include "util/SharedPtr.h"
 #include "util/VectorPOD.h"
-
-#include <vector>
 
 namespace physics
 {
 class AbstractBody;
-class Body;
 class Box;
 class Circle;
 class Contact;
 class ContactPool;
 class Geom;
-class Particle;
 class Plane;
 class Polygon;
-
-using BodyList = std::vector<util::SharedPtr<Body>>;
 
 // Where new contacts go: made by the pool, listed in the order in which they were found.
 struct ContactOutput
 {
     ContactPool& pool;
     util::VectorPOD<Contact*>& contacts;
+};
+
+// A polygon in the pair loops.
+struct PolyHull
+{
+    AbstractBody* body;
+    Polygon* polygon;
+};
+
+// A circle in the pair loops.
+struct CircleHull
+{
+    AbstractBody* body;
+    Circle* circle;
+    math::BoundingCircle bc; // world, as of assignment
+};
+
+// A box in the pair loops.
+struct BoxHull
+{
+    explicit BoxHull(Box& b);
+
+    AbstractBody* body;
+    Box* box;
+    math::OBB2D obb;     // world, as of assignment
+    float axisRadius[2]; // the box's own ProjectedRadius on its axes
 };
 
 /// Whether contacts of the two are wanted: their collide sets share a bit, both hang on bodies, the
@@ -44,6 +64,7 @@ bool ShouldCollide(const Geom* a, const AbstractBody* bodyA, const Geom* b,
 /// Whether two polygons may touch.
 bool RoughIntersectTest(const Polygon& a, const Polygon& b);
 
+/// Whether a circle touches a box from outside, or has its center within the box on either axis.
 bool AABBvcBC(const math::BoundingBox& box, const math::BoundingCircle& circle);
 
 /// Appends a contact. One with data that is not finite is logged and dropped.
@@ -53,4 +74,15 @@ bool AABBvcBC(const math::BoundingBox& box, const math::BoundingCircle& circle);
 /// @param depth   positive when overlapping
 void AddContact(ContactOutput& out, Geom& g1, Geom& g2, unsigned long id, math::Vec2 pos,
                 math::Vec2 normal, float depth);
+
+// The contacts of one pair, whatever ShouldCollide says.
+void CollidePlaneCircle(Plane& plane, const CircleHull& hull, ContactOutput& out);
+void CollidePlanePoly(Plane& plane, Polygon& polygon, ContactOutput& out);
+void CollidePlaneBox(Plane& plane, Box& box, ContactOutput& out);
+void CollidePolyPoly(Polygon& a, Polygon& b, ContactOutput& out);
+void CollideCircleCircle(const CircleHull& a, const CircleHull& b, ContactOutput& out);
+void CollideCirclePolygon(const CircleHull& hull, Polygon& polygon, ContactOutput& out);
+void CollideBoxBox(const BoxHull& a, const BoxHull& b, ContactOutput& out);
+void CollideBoxPolygon(Box& box, Polygon& polygon, ContactOutput& out);
+void CollideBoxCircle(Box& box, const CircleHull& hull, ContactOutput& out);
 }

@@ -1,0 +1,265 @@
+#include "physics/Collider.h"
+
+#include "physics/Body.h"
+#include "physics/BoundsList.h"
+#include "physics/Box.h"
+#include "physics/Circle.h"
+#include "physics/CollisionDetection.h"
+#include "physics/Plane.h"
+#include "physics/Polygon.h"
+#include "util/ScopeProfiler.h"
+
+#include <cstdint>
+
+namespace physics
+{
+using math::Vec2;
+
+namespace
+{
+// What ShouldCollide asks of a geometry, read once per step.
+struct Filter
+{
+    explicit Filter(const Geom& g)
+        : geom(&g)
+        , body(g.GetBodyPtr())
+        , collideSet(g.GetCollideSet() & Geom::COLLIDE_MASK)
+        , isImmovable(body->IsImmovable())
+        , hasNoCollide(!g.GetNoCollide().empty())
+    {
+    }
+
+    const Geom* geom;
+    const AbstractBody* body;
+    uint32_t collideSet; // the bits that count
+    bool isImmovable;
+    bool hasNoCollide;
+};
+
+inline bool ShouldCollide(const Filter& a, const Filter& b)
+{
+    return (a.collideSet & b.collideSet) != 0 && a.body != b.body &&
+           !(a.isImmovable && b.isImmovable) &&
+           !(a.hasNoCollide && a.geom->GetNoCollide().count(const_cast<Geom*>(b.geom)));
+}
+
+// All geometries of one type. The lists have the same index.
+template<typename Hull>
+struct TypeList
+{
+    util::VectorPOD<Hull> hulls;
+    util::VectorPOD<Filter> filters;
+    util::VectorPOD<Bounds> bounds;
+    BoundsList boundsList;
+
+    void Clear()
+    {
+        hulls.clear();
+        filters.clear();
+        bounds.clear();
+        boundsList.Clear();
+    }
+    void Append(const Hull& hull, const Geom& geom, const Bounds& b)
+    {
+        hulls.append(hull);
+        filters.append(Filter(geom));
+        bounds.append(b);
+        boundsList.Append(b);
+    }
+    size_t size() const { return hulls.size(); }
+};
+
+/// Whether bounds lie wholly outside of a plane's solid half, beyond what rounding can do. Only for
+/// planes whose normal is of unit length.
+bool IsOutside(const math::Plane2D& plane, const Bounds& b)
+{
+    const Vec2& n = plane.normal;
+    const float nearest =
+        n.x * (n.x > 0 ? b.min.x : b.max.x) + n.y * (n.y > 0 ? b.min.y : b.max.y) + plane.d;
+    return nearest > 1e-6f * std::fabs(plane.d);
+}
+
+template<typename Hull, typename Test>
+void CollidePlaneWithAll(Plane& plane, const Filter& filter, const TypeList<Hull>& list, Test test)
+{
+    const math::Plane2D& p = plane.GetPlane();
+    const bool isSane =
+        math::IsFinite(p.d) && std::fabs(p.normal.LengthSq() - 1) < 4e-6f; // false for a NaN
+    for (size_t i = 0, n = list.size(); i < n; ++i)
+        if (!(isSane && IsOutside(p, list.bounds.data()[i])) &&
+            ShouldCollide(filter, list.filters.data()[i]))
+            test(list.hulls.data()[i]);
+}
+
+template<typename Hull, typename Test>
+void CollideAllPairs(const TypeList<Hull>& list, Test test)
+{
+    for (size_t i = 0, n = list.size(); i < n; ++i)
+        list.boundsList.ForEachTouching(
+            list.bounds.data()[i], i + 1,
+            [&](size_t j)
+            {
+                if (ShouldCollide(list.filters.data()[i], list.filters.data()[j]))
+                    test(list.hulls.data()[i], list.hulls.data()[j]);
+            });
+}
+
+template<typename HullA, typename HullB, typename Test>
+void CollideTwoTypes(const TypeList<HullA>& outer, const TypeList<HullB>& inner,
+                     const BoundsList& innerBounds, Test test)
+{
+    for (size_t i = 0, n = outer.size(); i < n; ++i)
+        innerBounds.ForEachTouching(
+            outer.bounds.data()[i], 0,
+            [&](size_t j)
+            {
+                if (ShouldCollide(outer.filters.data()[i], inner.filters.data()[j]))
+                    test(outer.hulls.data()[i], inner.hulls.data()[j]);
+            });
+}
+}
+
+struct Collider::Lists
+{
+    util::VectorPOD<Plane*> planes;
+    util::VectorPOD<Filter> planeFilters;
+    TypeList<PolyHull> polygons; // bounds are those of the oriented box
+    BoundsList polygonMaps;      // around the regions that the polygons' maps cover
+    TypeList<CircleHull> circles;
+    TypeList<BoxHull> boxes;
+
+    void Clear()
+    {
+        planes.clear();
+        planeFilters.clear();
+        polygons.Clear();
+        polygonMaps.Clear();
+        circles.Clear();
+        boxes.Clear();
+    }
+
+    // The lists that the next collider borrows, so that they keep their capacity from step to step.
+    // Null while they are borrowed.
+    static inline Lists* s_spare = nullptr;
+};
+
+Collider::Collider()
+    : m_lists(Lists::s_spare ? Lists::s_spare : new Lists)
+{
+    Lists::s_spare = nullptr;
+}
+
+Collider::~Collider()
+{
+    m_lists->Clear();
+    delete Lists::s_spare;
+    Lists::s_spare = m_lists;
+}
+
+void Collider::AssignBodies(const BodyList& bodies)
+{
+    util::ScopeProfiler profile("Collider::AssignBodies");
+    Lists& l = *m_lists;
+    l.Clear();
+    for (const util::SharedPtr<Body>& body : bodies)
+        // Parts and not the set: its order goes by address.
+        for (const Body::BodyPart& part : body->GetParts())
+        {
+            const GeomPtr* g = &part.geom;
+            CODE_ASSERT((*g)->GetBody());
+            Geom& geom = **g;
+            switch (geom.GetKind())
+            {
+            case GeomKind::Polygon:
+            {
+                Polygon& polygon = static_cast<Polygon&>(geom);
+                l.polygons.Append(PolyHull{geom.GetBodyPtr(), &polygon}, geom,
+                                  Bounds::Around(polygon.GetOBBWorld()));
+                l.polygonMaps.Append(Bounds::Around(polygon.GetMapOBBWorld()));
+                break;
+            }
+            case GeomKind::Circle:
+            {
+                Circle& circle = static_cast<Circle&>(geom);
+                const math::BoundingCircle bc = circle.GetBCWorld();
+                l.circles.Append(CircleHull{geom.GetBodyPtr(), &circle, bc}, geom,
+                                 Bounds::Around(bc));
+                break;
+            }
+            case GeomKind::Plane:
+                l.planes.append(static_cast<Plane*>(&geom));
+                l.planeFilters.append(Filter(geom));
+                break;
+            case GeomKind::Box:
+            {
+                Box& box = static_cast<Box&>(geom);
+                l.boxes.Append(BoxHull(box), geom, Bounds::Around(box.GetWorldBox()));
+                break;
+            }
+            case GeomKind::Other:
+                break;
+            }
+        }
+    l.polygons.boundsList.Finish();
+    l.polygonMaps.Finish();
+    l.circles.boundsList.Finish();
+    l.boxes.boundsList.Finish();
+}
+
+void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) const
+{
+    util::ScopeProfiler profile("Collider::Collide");
+    const Lists& l = *m_lists;
+    ContactOutput out{pool, contacts};
+    {
+        util::ScopeProfiler scope("Plane");
+        for (size_t i = 0; i < l.planes.size(); ++i)
+        {
+            Plane& plane = *l.planes[i];
+            const Filter& filter = l.planeFilters[i];
+            CollidePlaneWithAll(plane, filter, l.circles,
+                                [&](const CircleHull& c) { CollidePlaneCircle(plane, c, out); });
+            CollidePlaneWithAll(plane, filter, l.polygons,
+                                [&](const PolyHull& p)
+                                { CollidePlanePoly(plane, *p.polygon, out); });
+            CollidePlaneWithAll(plane, filter, l.boxes,
+                                [&](const BoxHull& b) { CollidePlaneBox(plane, *b.box, out); });
+        }
+    }
+    {
+        util::ScopeProfiler scope("Polygon-Polygon");
+        CollideAllPairs(l.polygons, [&](const PolyHull& a, const PolyHull& b)
+                        { CollidePolyPoly(*a.polygon, *b.polygon, out); });
+    }
+    {
+        util::ScopeProfiler scope("Circle-Circle");
+        CollideAllPairs(l.circles, [&](const CircleHull& a, const CircleHull& b)
+                        { CollideCircleCircle(a, b, out); });
+    }
+    {
+        // A polygon's map may round a little of the polygon into the space around it, and a circle's
+        // center meets the map anywhere: so the bounds here are those of the whole map.
+        util::ScopeProfiler scope("Circle-Polygon");
+        CollideTwoTypes(l.circles, l.polygons, l.polygonMaps,
+                        [&](const CircleHull& c, const PolyHull& p)
+                        { CollideCirclePolygon(c, *p.polygon, out); });
+    }
+    {
+        util::ScopeProfiler scope("Box-Box");
+        CollideAllPairs(l.boxes,
+                        [&](const BoxHull& a, const BoxHull& b) { CollideBoxBox(a, b, out); });
+    }
+    {
+        util::ScopeProfiler scope("Box-Polygon");
+        CollideTwoTypes(l.boxes, l.polygons, l.polygons.boundsList,
+                        [&](const BoxHull& b, const PolyHull& p)
+                        { CollideBoxPolygon(*b.box, *p.polygon, out); });
+    }
+    {
+        util::ScopeProfiler scope("Box-Circle");
+        CollideTwoTypes(l.boxes, l.circles, l.circles.boundsList,
+                        [&](const BoxHull& b, const CircleHull& c)
+                        { CollideBoxCircle(*b.box, c, out); });
+    }
+}
+}
