@@ -55,6 +55,7 @@ public:
 
     /// Seconds.
     float GetAutosaveTime() const { return m_autosaveTime; }
+    math::Vec3 GetFadeColor() const { return m_fadeColor; }
     bool GetBorders() const { return m_borders; }
     bool GetDrawOBBs() const { return m_drawOBBs; }
     bool GetDrawMapOBBs() const { return m_drawMapOBBs; }

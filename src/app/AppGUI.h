@@ -33,8 +33,6 @@ private:
     double m_lastAutosave; // seconds
 };
 
-/// Without ".qib", in any case of letters, and without the scene folder in front.
-util::String MakeShortFileName(util::String name);
 /// Adds a missing ".qib", and the scene folder in front of a name without "/".
 util::String MakeLongFileName(util::String name);
 }

@@ -1,7 +1,7 @@
 // The bag of keyed values that travels between an entity and a block of script.
 #pragma once
 
-#include "script/Objects.h"
+#include "script/ClassObject.h"
 #include "util/HashMap.h"
 #include "util/String.h"
 
@@ -33,7 +33,8 @@ public:
 
     /// {key = value; ...}, in hash order: the reader does not depend on it.
     script::ExpressionPtr ToFunctionDeclaration() const;
-    /// NAME.COMMAND({...})
+    /// name({...})
+    /// @param name  may be dotted
     script::ExpressionPtr ToFunctionCall(const util::String& name) const;
 
 private:

@@ -20,6 +20,9 @@ public:
     /// Of the file being read or written. Before version 2 colours had no alpha.
     int GetVersion() const { return m_version; }
     void SetVersion(int version) { m_version = version; }
+    void SetTitle(const util::String& title);
+    void SetAuthor(const util::String& author);
+    void SetDescription(const util::String& description);
     void ClearTexts();
 
     /// The name of the current scene's file, as it was given.

@@ -25,23 +25,21 @@ extern const char* const TrackedName;
 class Group : public util::Pointee
 {
 public:
-    Group() = default;
-    explicit Group(const util::String& name)
-        : m_name(name)
-    {
-    }
+    Group();
+    explicit Group(const util::String& name);
     explicit Group(const EntityPtr& entity);
+    ~Group() override;
 
     const util::String& GetName() const { return m_name; }
     const EntitySet& GetEntities() const { return m_entities; }
-    bool Contains(const EntityPtr& entity) const { return m_entities.count(entity) != 0; }
+    bool Contains(const EntityPtr& entity) const;
     bool IsEmpty() const { return m_entities.empty(); }
 
     void Add(const EntityPtr& entity);
     void AddAll(const EntitySet& entities);
     void AddAll(const GroupPtr& group) { AddAll(group->GetEntities()); }
     void Remove(const EntityPtr& entity);
-    void Clear() { m_entities.clear(); }
+    void Clear();
     /// Replaces the contents.
     void Set(const GroupPtr& group);
 

@@ -71,13 +71,14 @@ public:
     util::String GetTitle() const { return m_title; }
     util::String GetAuthor() const { return m_author; }
     util::String GetDescription() const { return m_description; }
-    /// Takes the short form of a file name.
-    void SetTitle(const util::String& name);
-    void SetAuthor(const util::String& author) { m_author = author; }
-    void SetDescription(const util::String& description) { m_description = description; }
-    void OnTitleChange();
+    /// Each that is not empty replaces what was there.
+    void SetTexts(const util::String& title, const util::String& author,
+                  const util::String& description);
 
 private:
+    void OnTitleChange();
+    void RemoveEmptyGroups();
+
     script::AttribWrapper<util::String> m_title;
     script::AttribWrapper<util::String> m_author;
     script::AttribWrapper<util::String> m_description;
@@ -85,5 +86,6 @@ private:
     util::HashSet<GroupPtr> m_groups;  // holds the selection at all times
     GroupPtr m_selection;
     util::SharedPtr<Camera> m_camera;
+    std::vector<unsigned> m_heldBodies; // during FlushBodies
 };
 }

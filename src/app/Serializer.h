@@ -27,8 +27,6 @@ public:
 
     /// The whole scene with its settings.
     util::String SerializeScene();
-    /// A part of it, to be a file of its own.
-    util::String SerializeQuiblet(const GroupPtr& group);
     /// Runs the text.
     /// @return what it added to the scene; the same group every time
     /// @throws BadDataException  when the text does not parse; nothing has run then. A statement that
@@ -37,12 +35,20 @@ public:
 
     /// Ids as the text gave them that was loaded last, for those which it gave one.
     std::map<const Entity*, unsigned long> GetFileEntityIDs() const;
+    /// The same for geometries; the world's has 0.
     std::map<const physics::Geom*, unsigned long> GetFileGeomIDs() const;
 
 private:
-    using Handler = void (Serializer::*)(const EntitySerializer&);
+    // What a scene can hold. One table serves reading and writing.
+    struct Kind
+    {
+        const char* command; // of "Scene"
+        void (Serializer::*handler)(const EntitySerializer&);
+        bool (*isKind)(const Entity&); // null for what is no entity
+    };
+    static const std::vector<Kind>& GetKinds();
 
-    void AddCommand(const char* name, Handler handler);
+    script::ObjectPtr Helper(const Kind& kind, const script::ObjectPtr& argument);
     void AddPlane(const EntitySerializer& serializer);
     void AddCircle(const EntitySerializer& serializer);
     void AddPolygon(const EntitySerializer& serializer);
@@ -53,12 +59,13 @@ private:
     void AddEntity(const EntitySerializer& serializer, const EntityPtr& entity);
     void ForgetIDs();
 
-    script::CodeBlockPtr GetMetaVarList();
+    void SerializeMetaVars(script::CodeBlock& block);
     void SerializeSettings(script::CodeBlock& block);
     void SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities);
     void SerializeGroup(script::CodeBlock& block, const GroupPtr& group);
 
-    void DeserializeOld(const util::String& text);
+    void DeserializeOld(const script::CodeBlock& program);
+    void DeserializeOldEntity(EntitySerializer serializer);
 
     GroupPtr m_loadedGroup;
     std::map<unsigned long, util::SharedPtr<physics::Geom>> m_geoms; // by the id in the file

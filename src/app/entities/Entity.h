@@ -50,6 +50,11 @@ public:
     virtual math::BoundingBox GetAABB() const = 0;
     virtual bool IsInView(const math::BoundingBox& view) const;
 
+protected:
+    /// Called once all values are read and before the entity reaches out into the scene.
+    /// @throws BadDataException  when they make no entity that the world can hold
+    virtual void Check() const {}
+
 private:
     static unsigned long s_idCounter;
 

@@ -10,10 +10,12 @@ class FiniteGeomEntity : public GeomEntity
 public:
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
-    void CheckGeom() const override;
 
 protected:
     explicit FiniteGeomEntity(const util::SharedPtr<physics::Geom>& geom);
+
+    /// Mass and inertia that a body can move with.
+    void Check() const override;
 
 private:
     script::AttribWrapper<float> m_density; // mass per area

@@ -4,6 +4,7 @@
 
 #include "app/entities/Entity.h"
 #include "script/Attributes.h"
+#include "util/Callback.h"
 
 namespace physics
 {
@@ -19,6 +20,7 @@ public:
     ~GeomEntity() override;
 
     const util::SharedPtr<physics::Geom>& GetGeom() const { return m_geom; }
+    void SetCollideSet(int set) { m_collideSet = set; }
     /// Null before the entity is in the simulation.
     util::SharedPtr<physics::Body> GetBody() const;
 
@@ -30,18 +32,26 @@ public:
     void Deserialize(const EntitySerializer& serializer) override;
     math::BoundingBox GetAABB() const override;
 
-    /// A shape that the world can hold: finite place, and area, mass and inertia above 0.
-    /// @throws BadDataException  "Bad geometry" and what is wrong with it
-    virtual void CheckGeom() const;
-
 protected:
     /// @param geom  not null
     explicit GeomEntity(const util::SharedPtr<physics::Geom>& geom);
+
+    /// Finite place and material; area, mass and inertia above 0.
+    void Check() const override;
 
     /// The colour of the entity's border.
     math::Vec4 GetBorderColor() const;
     /// World units; 0 when no border is to be drawn.
     float GetBorderWidth() const;
+
+    /// From now on the geometry follows the attribute.
+    template<typename T>
+    void PushToGeom(script::AttribWrapper<T>& attrib, void (physics::Geom::*setter)(T))
+    {
+        physics::Geom* geom = m_geom.get();
+        attrib->AddChangeCallback(
+            QUIB_NEW util::Callback([geom, setter, &attrib] { (geom->*setter)(attrib); }, this));
+    }
 
 private:
     util::SharedPtr<physics::Geom> m_geom;

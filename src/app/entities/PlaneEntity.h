@@ -18,7 +18,6 @@ public:
     explicit PlaneEntity(const util::SharedPtr<physics::Plane>& geom);
 
     void Draw() const override;
-    void Deserialize(const EntitySerializer& serializer) override;
 
 private:
     physics::Plane& GetPlane() const;

@@ -1,0 +1,317 @@
+#include "app/App.h"
+
+#include "app/AppGUI.h"
+#include "app/Background.h"
+#include "app/Camera.h"
+#include "app/Constants.h"
+#include "app/Scene.h"
+#include "app/entities/Entity.h"
+#include "gui/GUI.h"
+#include "input/Input.h"
+#include "math/Matrix.h"
+#include "physics/Body.h"
+#include "physics/Contact.h"
+#include "physics/Simulation.h"
+#include "rendering/Pushers.h"
+#include "rendering/Renderer.h"
+#include "util/Callback.h"
+#include "util/Color.h"
+#include "util/FileSystem.h"
+#include "util/ScopeProfiler.h"
+
+#include <GL/gl.h>
+#include <SDL/SDL_keysym.h>
+
+#include <cmath>
+
+using math::IsFinite;
+using math::Vec2;
+using math::Vec3;
+using math::Vec4;
+
+namespace app
+{
+App::App()
+    : m_language(this, "language", "English")
+    , m_lineWidth(this, "lineWidth", 4)
+    , m_pointSize(this, "pointSize", 4)
+    , m_drawOBBs(this, "drawOBBs", false)
+    , m_drawMapOBBs(this, "drawMapOBBs", false)
+    , m_drawBCs(this, "drawBCs", false)
+    , m_drawVertices(this, "drawVertices", false)
+    , m_drawCollisions(this, "drawCollisions", false)
+    , m_drawParticleCenters(this, "drawParticleCenters", false)
+    , m_drawBodyCenters(this, "drawBodyCenters", false)
+    , m_polyTCFactor(this, "polyTCFactor", Vec2(10, 10))
+    , m_selectColor(this, "selectColor", Vec3(1, 0.5f, 0.5f))
+    , m_fadeColor(this, "fadeColor", Vec3(0, 0, 0))
+    , m_fadeScale(this, "fadeScale", Vec2(0.95f, 0.95f))
+    , m_fadeTranslate(this, "fadeTranslate", Vec2(0, 0))
+    , m_fadeRotate(this, "fadeRotate", 0)
+    , m_minPointDist(this, "minPointDist", 0.2f)
+    , m_maxPointDist(this, "maxPointDist", 0.5f)
+    , m_DPI(this, "DPI", 86)
+    , m_maxSPHSpawn(this, "maxSPHSpawn", 10000)
+    , m_waterElongation(this, "waterElongation", 0.05f)
+    , m_waterMaxElongation(this, "waterMaxElongation", 2)
+    , m_metaCutoff(this, "metaCutoff", 0.5f)
+    , m_borderWidth(this, "borderWidth", 0.1f)
+    , m_maxUndo(this, "maxUndo", 25)
+    , m_autosaveTime(this, "autosaveTime", 30)
+    , m_chainDensityFactor(this, "chainDensityFactor", 20)
+    , m_dragToolStrength(this, "dragToolStrength", 0.25f)
+    , m_waterColor(this, "waterColor", Vec4(0.1f, 0.1f, 1, 0.7f))
+    , m_simpleWater(this, "simpleWater", false)
+    , m_waterFanceyFactor(this, "waterFanceyFactor", 10)
+    , m_borders(this, "borders", true)
+{
+    SetReflectedName("App");
+    SetFillOwner(true);
+    m_language->AddChangeCallback(util::MakeCallback(&App::CreateGUI, this));
+
+    m_background = QUIB_NEW Background;
+    AddComponent(m_background);
+    // Before the interface, which works on it; its camera asks for the size of this component.
+    Scene* scene = Scene::GetInstancePtr();
+    m_appGUI = QUIB_NEW AppGUI;
+    AddComponent(m_appGUI);
+    scene->GetCamera()->Reset();
+}
+
+App::~App() = default;
+
+void App::CreateGUI()
+{
+    m_appGUI->Rebuild();
+}
+
+void App::OnShutdown()
+{
+    m_appGUI->SaveSceneAs(Scene_Last, true);
+    util::FileSystem* files = util::FileSystem::GetInstancePtr();
+    files->EraseFile(files->SceneDir() + Scene_Autosave);
+}
+
+void App::SetFirstTimeRunning()
+{
+    m_firstTimeRunning = true;
+}
+
+void App::Update(float dt)
+{
+    util::ScopeProfiler profile("App::Update");
+    Component::Update(dt);
+
+    Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
+    if (dt > 0)
+    {
+        const input::Input* input = input::Input::GetInstancePtr();
+        const float x = float(input->IsKeyDown(SDLK_RIGHT)) - float(input->IsKeyDown(SDLK_LEFT));
+        const float y = float(input->IsKeyDown(SDLK_DOWN)) - float(input->IsKeyDown(SDLK_UP));
+        if (x != 0 || y != 0)
+            camera->PanView(Vec2(x * dt * -400, y * dt * -400));
+    }
+
+    physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    QUIB_PASS_ON(simulation->Update(dt));
+    QUIB_PASS_ON(Scene::GetInstancePtr()->Update(dt));
+    camera->Update(dt);
+
+    // Handles keep contacts from being used again, so they are held only while somebody looks.
+    if (m_drawCollisions)
+        m_contacts = simulation->GetContacts();
+    else
+        m_contacts.clear();
+
+    CODE_ASSERT(IsFinite(GetMousePos()));
+}
+
+Vec2 App::GetMousePos() const
+{
+    return Scene::GetInstancePtr()->GetCamera()->GUIToWorld(
+        input::Input::GetInstancePtr()->GetMousePos());
+}
+
+float App::GetPixelSize() const
+{
+    return Scene::GetInstancePtr()->GetCamera()->GUIToWorld()[0][0] /
+           gui::GUI::GetInstancePtr()->GetScale();
+}
+
+float App::GetScreenCM() const
+{
+    return GetPixelSize() * m_DPI / 2.54f;
+}
+
+float App::GetObjectBorderWidth() const
+{
+    return GetScreenCM() * m_borderWidth;
+}
+
+Vec4 App::GetBorderColor(const Entity* entity) const
+{
+    if (entity->IsSelected())
+        return entity->IsMouseOver() ? Vec4(0.8f, 0.8f, 0.8f, 1) : Vec4(1, 1, 1, 1);
+    if (entity->IsMouseOver())
+        return Vec4(0.2f, 0.2f, 0.2f, 1);
+    const Vec4& color = entity->GetColor4();
+    return Vec4(color.XYZ() * 0.5f, color.w);
+}
+
+Vec3 App::RandomColor3()
+{
+    float lightness = std::cbrt(m_random.GetUniform()) * 0.5f;
+    if (m_random.GetUniformInt(0, 2) == 1)
+        lightness = 1 - lightness;
+    const Vec2 p = m_random.GetPointInCircle(1);
+    const float hue = p == Vec2() ? 0 : std::atan2(p.y, p.x) * 180 / math::PIf;
+    return util::HSL2RGB(hue, p.Length(), lightness);
+}
+
+Vec4 App::RandomEntityColor4()
+{
+    const Vec3 sky = m_background->GetSkyColor().XYZ();
+    for (;;)
+    {
+        const Vec3 color = RandomColor3();
+        // Written so that a sky that is no number ends the search too.
+        if (util::RGBIntensity(color) >= 0.05f && !(math::Distance(color, sky) < 0.1f))
+            return Vec4(color, 1);
+    }
+}
+
+void App::DrawComp() const
+{
+    Component::DrawComp();
+    util::ScopeProfiler profile("App::DrawComp");
+    const Scene* scene = Scene::GetInstancePtr();
+    const Camera* camera = scene->GetCamera().get();
+    {
+        util::ScopeProfiler culling("Culling");
+        const math::BoundingBox view(camera->GUIToWorld(Vec2()),
+                                     camera->GUIToWorld(GetInnerSize()));
+        m_visibleEntities.clear();
+        for (const auto& entity : scene->GetEntities())
+            if (entity->IsInView(view))
+                m_visibleEntities.push_back(entity);
+    }
+
+    rendering::AttribPusher attribs;
+    glPushMatrix();
+    rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, 1);
+    {
+        util::ScopeProfiler setup("Setup");
+        glDisable(GL_DEPTH_TEST);
+        glEnable(GL_TEXTURE_2D);
+        glEnable(GL_BLEND);
+    }
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    m_background->DrawBG();
+
+    math::Mat4FromMat2D(camera->WorldToGUI()).MultToGL();
+    glLineWidth(m_lineWidth);
+    glPointSize(m_pointSize);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+
+    DrawEntities();
+    if (m_drawBodyCenters)
+        DrawBodyCenters();
+    if (m_drawCollisions)
+        DrawCollisions();
+
+    m_visibleEntities.clear();
+    glPopMatrix();
+}
+
+void App::MarkMouseOver() const
+{
+    // When the mouse is elsewhere the flags stay as they were.
+    const Vec2 mouse = input::Input::GetInstancePtr()->GetMousePos();
+    if (!GetOuterBB().Contains(mouse))
+        return;
+    util::ScopeProfiler profile("Mouse-over");
+    const GroupPtr picked = Scene::GetInstancePtr()->GetSelectionAt(GetMousePos());
+    for (const auto& entity : m_visibleEntities)
+        entity->SetMouseOver(picked->Contains(entity));
+}
+
+// Each entity stands in a depth layer of its own, so that a later one covers an earlier one whatever
+// order each draws its own parts in.
+void App::DrawEntities() const
+{
+    util::ScopeProfiler profile("Entities");
+    MarkMouseOver();
+    if (m_visibleEntities.empty())
+        return;
+
+    rendering::ColorPusher color;
+    glPushMatrix();
+    const float step = 0.9f / static_cast<float>(m_visibleEntities.size());
+    glTranslatef(0, 0, step);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    for (const auto& entity : m_visibleEntities)
+    {
+        entity->SetSelected(Scene::GetInstancePtr()->IsSelected(entity));
+        util::ScopeProfiler drawing("Entity::Draw");
+        entity->Draw();
+        glTranslatef(0, 0, step);
+    }
+    glDisable(GL_DEPTH_TEST);
+    glPopMatrix();
+}
+
+// The velocity lines of the debug overlays are as long as the way of so many seconds.
+static const float VelocityLineTime = 0.025f;
+
+void App::DrawBodyCenters() const
+{
+    rendering::AttribPusher attribs;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    glDisable(GL_TEXTURE_2D);
+    const auto isMovable = [](const physics::BodyPtr& body) { return !body->IsImmovable(); };
+    const physics::BodyList& bodies = physics::Simulation::GetInstancePtr()->GetBodies();
+    renderer->SetColor4(0, 1, 0, 0.5f);
+    glBegin(GL_LINES);
+    for (const physics::BodyPtr& body : bodies)
+        if (isMovable(body))
+        {
+            renderer->Vertex(body->GetPos());
+            renderer->Vertex(body->GetPos() + body->GetVel() * VelocityLineTime);
+        }
+    glEnd();
+    renderer->SetColor4(0.4f, 1, 0.4f, 0.9f);
+    glBegin(GL_POINTS);
+    for (const physics::BodyPtr& body : bodies)
+        if (isMovable(body))
+            renderer->Vertex(body->GetPos());
+    glEnd();
+}
+
+void App::DrawCollisions() const
+{
+    rendering::AttribPusher attribs;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    glDisable(GL_TEXTURE_2D);
+    const double now = physics::Simulation::GetInstancePtr()->GetSimTime();
+    for (const auto& contact : m_contacts)
+    {
+        const Vec2 pos = contact->GetPos();
+        renderer->SetColor4(0.5f, 0, 0, 0.5f);
+        glBegin(GL_LINES);
+        renderer->Vertex(pos);
+        renderer->Vertex(pos + contact->GetTotalImpulse());
+        glEnd();
+        renderer->SetColor4(0, 1, 0, 0.5f);
+        glBegin(GL_LINES);
+        renderer->Vertex(pos);
+        renderer->Vertex(pos + contact->GetNormal() * contact->GetDepth());
+        glEnd();
+        const bool isFresh = now - contact->GetStartTime() < 0.5;
+        renderer->SetColor4(1, isFresh ? 1 : 0, isFresh ? 1 : 0, 1);
+        glBegin(GL_POINTS);
+        renderer->Vertex(pos);
+        glEnd();
+    }
+}
+}

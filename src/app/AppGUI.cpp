@@ -1,0 +1,95 @@
+#include "app/AppGUI.h"
+
+#include "app/App.h"
+#include "app/Constants.h"
+#include "app/FileInfo.h"
+#include "app/SceneLoader.h"
+#include "app/Serializer.h"
+#include "physics/Simulation.h"
+#include "script/Parser.h"
+#include "util/FileSystem.h"
+#include "util/ScopeProfiler.h"
+#include "util/Timer.h"
+
+#include <algorithm>
+
+namespace app
+{
+AppGUI::AppGUI()
+    : m_lastAutosave(util::Timer::GetCurrentTime())
+{
+    SetReflectedName("GUI");
+    SetFillOwner(true);
+}
+
+void AppGUI::Update(float dt)
+{
+    util::ScopeProfiler profile("AppGUI::Update");
+    Component::Update(dt);
+
+    if (util::Timer::GetCurrentTime() - m_lastAutosave > App::GetInstancePtr()->GetAutosaveTime())
+    {
+        script::Parser::GetInstancePtr()->SaveConfig(
+            util::FileSystem::GetInstancePtr()->ConfigDir() + CONFIG_AUTOSAVE);
+        SaveSceneAs(Scene_Autosave, true);
+        // Read again: what the saving cost is no waiting.
+        m_lastAutosave = util::Timer::GetCurrentTime();
+    }
+}
+
+void AppGUI::LoadScene(util::String name, bool autosave)
+{
+    std::replace(name.begin(), name.end(), '\\', '/');
+    if (!autosave)
+        FileInfo::GetInstancePtr()->SetFileName(name);
+    SceneLoader(MakeLongFileName(name)).Do();
+    physics::Simulation::GetInstancePtr()->m_running = true;
+}
+
+void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
+{
+    if (!autosave)
+        FileInfo::GetInstancePtr()->SetFileName(name);
+    const util::String path = MakeLongFileName(name);
+    try
+    {
+        util::FileSystem::GetInstancePtr()->WriteFile(
+            path, Serializer::GetInstancePtr()->SerializeScene());
+        if (!autosave)
+            Log(logging::LogVerbose, "Scene saved to " + path);
+        return;
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogInfo, util::String("Error: ") + e.what() + "\n");
+    }
+    catch (...)
+    {
+        CatchException(QUIB_LOCATION);
+        Log(logging::LogInfo, "Fail\n");
+    }
+    // The line above reaches the log file only. Who saved by name hears of the loss.
+    if (!autosave)
+        Log(logging::LogError, "Failed to save scene to " + path);
+}
+
+void AppGUI::Rebuild()
+{
+    RemoveAllComponents();
+}
+
+void AppGUI::PostponeAutosave()
+{
+    m_lastAutosave = util::Timer::GetCurrentTime();
+}
+
+util::String MakeLongFileName(util::String name)
+{
+    if (!util::iends_with(name, ".qib"))
+        name += ".qib";
+    if (name.find('/') == util::String::npos)
+        name = util::FileSystem::GetInstancePtr()->SceneDir() + name;
+    return name;
+}
+}

@@ -1,0 +1,149 @@
+#include "app/Camera.h"
+
+#include "app/Scene.h"
+#include "gui/GUI.h"
+
+#include <algorithm>
+
+using math::Mat3;
+using math::Vec2;
+
+namespace app
+{
+Camera::Camera()
+    : Reflected("Camera")
+    , m_panAttrib(this, "pan", Vec2(), &Camera::GetPan, &Camera::SetPanAttrib)
+    , m_zoomAttrib(this, "zoom", GetDefaultZoom(), &Camera::GetZoom, &Camera::SetZoomAttrib)
+{
+}
+
+void Camera::SetPan(const Vec2& pan)
+{
+    if (!math::IsFinite(pan))
+        return;
+    m_pan = pan;
+    OnChange();
+}
+
+void Camera::SetZoom(float zoom)
+{
+    if (!math::IsFinite(zoom))
+        return;
+    m_zoom = zoom;
+    OnChange();
+}
+
+// The border to scripts: a script must not be able to lock the user out of the view, and is told.
+
+void Camera::SetPanAttrib(Vec2 pan)
+{
+    if (!math::IsFinite(pan))
+        QUIB_THROW(BadDataException("The pan must be finite"));
+    SetPan(pan);
+}
+
+void Camera::SetZoomAttrib(float zoom)
+{
+    if (!math::IsFinite(zoom))
+        QUIB_THROW(BadDataException("The zoom must be finite"));
+    SetZoom(zoom);
+}
+
+void Camera::OnChange()
+{
+    m_zoom = std::clamp(m_zoom, GetMinZoom(), GetMaxZoom());
+    // A write replaces a formula that a script has bound: the last writer wins. Our own getters make
+    // the value known already, so nothing comes back here.
+    m_panAttrib = m_pan;
+    m_zoomAttrib = m_zoom;
+}
+
+void Camera::SetWorldToGUI(const Mat3& m)
+{
+    if (m.Determinant() == 0)
+        return;
+    SetGUIToWorld(Inverted(m));
+}
+
+void Camera::SetGUIToWorld(const Mat3& m)
+{
+    const float zoom = 1 / m[0][0];
+    const Vec2 pan = TransformCoordinate(m, gui::GUI::GetInstancePtr()->GetSize() * 0.5f);
+    if (!math::IsFinite(zoom) || !math::IsFinite(pan))
+        return;
+    m_zoom = zoom;
+    m_pan = pan;
+    OnChange();
+}
+
+void Camera::Reset()
+{
+    m_zoom = GetDefaultZoom();
+    m_pan = Vec2();
+    SetTrackedGroup(nullptr);
+    OnChange();
+}
+
+void Camera::PanView(const Vec2& delta)
+{
+    SetPan(m_pan - GUIToWorldNormal(delta));
+}
+
+Mat3 Camera::WorldToGUI() const
+{
+    const Vec2 middle = gui::GUI::GetInstancePtr()->GetSize() * 0.5f;
+    return Mat3(m_zoom, 0, middle.x - m_zoom * m_pan.x,  //
+                0, -m_zoom, middle.y + m_zoom * m_pan.y, //
+                0, 0, 1);
+}
+
+Mat3 Camera::GUIToWorld() const
+{
+    const Vec2 middle = gui::GUI::GetInstancePtr()->GetSize() * 0.5f;
+    const float s = 1 / m_zoom;
+    return Mat3(s, 0, m_pan.x - s * middle.x,  //
+                0, -s, m_pan.y + s * middle.y, //
+                0, 0, 1);
+}
+
+Vec2 Camera::GUIToWorld(const Vec2& pos) const
+{
+    return TransformCoordinate(GUIToWorld(), pos);
+}
+
+Vec2 Camera::WorldToGUI(const Vec2& pos) const
+{
+    return TransformCoordinate(WorldToGUI(), pos);
+}
+
+Vec2 Camera::GUIToWorldNormal(const Vec2& v) const
+{
+    return Vec2(v.x / m_zoom, -v.y / m_zoom);
+}
+
+void Camera::SetTrackedGroup(const GroupPtr& group)
+{
+    if (group == m_trackedGroup)
+        return;
+    const GroupPtr old = m_trackedGroup;
+    m_trackedGroup = group;
+    m_lastTrackedCenter = GetGroupCenter(group);
+    if (old && old->GetName() == TrackedName)
+        Scene::GetInstancePtr()->RemoveGroup(old);
+}
+
+void Camera::Update(float)
+{
+    m_zoom = std::clamp(m_zoom, GetMinZoom(), GetMaxZoom());
+    if (!m_trackedGroup)
+        return;
+    const Vec2 center = GetGroupCenter(m_trackedGroup);
+    if (!math::IsFinite(center))
+    {
+        SetTrackedGroup(nullptr);
+        return;
+    }
+    SetPan(m_pan + (center - m_lastTrackedCenter));
+    m_lastTrackedCenter = center;
+}
+}

@@ -1,0 +1,384 @@
+#include "app/Serializer.h"
+
+#include "app/App.h"
+#include "app/Background.h"
+#include "app/Camera.h"
+#include "app/EntitySerializer.h"
+#include "app/FileInfo.h"
+#include "app/Scene.h"
+#include "app/entities/BoxEntity.h"
+#include "app/entities/CircleEntity.h"
+#include "app/entities/PlaneEntity.h"
+#include "app/entities/PolyEntity.h"
+#include "physics/Box.h"
+#include "physics/Circle.h"
+#include "physics/Plane.h"
+#include "physics/Polygon.h"
+#include "physics/Simulation.h"
+#include "physics/WorldGeom.h"
+#include "script/Parser.h"
+#include "util/FileSystem.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+using math::Vec2;
+using math::Vec3;
+
+namespace app
+{
+namespace
+{
+// Files from before scenes were programs begin with this, and are not run.
+const char* const OldFileStart = "version = ";
+
+template<typename T>
+bool IsKind(const Entity& entity)
+{
+    return dynamic_cast<const T*>(&entity) != nullptr;
+}
+
+/// The assignment that sets the variable to what it is now.
+void AddSetting(script::CodeBlock& block, const script::ClassObject& owner, const char* name)
+{
+    block.Add(owner.GetVariable(name)->ToExpression());
+}
+
+/// The function's variables once it has run.
+EntitySerializer CallBlock(script::Function& function)
+{
+    function.Call({});
+    return EntitySerializer(*function.GetCallClosure());
+}
+
+bool IsOnBox(const Vec2& p, const Vec2& half)
+{
+    const float tolerance = 1e-7f;
+    const float dx = std::fabs(p.x) - half.x, dy = std::fabs(p.y) - half.y;
+    return (std::fabs(dx) <= tolerance && dy <= tolerance) ||
+           (std::fabs(dy) <= tolerance && dx <= tolerance);
+}
+
+/// Boxes once were polygons with rounded corners. True when this is one, and then its "size" is set.
+bool PolygonAsBox(EntitySerializer& serializer)
+{
+    const math::Vec2List vecs = serializer.Get<math::Vec2List>("vecs");
+    if (vecs.size() != 12 && vecs.size() != 16)
+        return false;
+    const Vec2 half(std::fabs(vecs.back().x), std::fabs(vecs.back().y));
+    for (const Vec2& p : vecs)
+        if (!IsOnBox(p, half))
+            return false;
+    serializer.Set("size", half * 2.0f);
+    return true;
+}
+}
+
+const std::vector<Serializer::Kind>& Serializer::GetKinds()
+{
+    static const std::vector<Kind>* kinds = new std::vector<Kind>{
+        {"addPlane", &Serializer::AddPlane, &IsKind<PlaneEntity>},
+        {"addCircle", &Serializer::AddCircle, &IsKind<CircleEntity>},
+        {"addPolygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
+        {"addBox", &Serializer::AddBox, &IsKind<BoxEntity>},
+        {"addGroup", &Serializer::AddGroup, nullptr},
+    };
+    return *kinds;
+}
+
+Serializer::Serializer()
+    : m_loadedGroup(QUIB_NEW Group)
+{
+    ForgetIDs();
+    Scene* scene = Scene::GetInstancePtr();
+    scene->AddToRoot();
+    for (const Kind& kind : GetKinds())
+        scene->AddCmd1(kind.command, [this, &kind](script::ObjectPtr argument)
+                       { return Helper(kind, argument); });
+}
+
+Serializer::~Serializer() = default;
+
+script::ObjectPtr Serializer::Helper(const Kind& kind, const script::ObjectPtr& argument)
+{
+    auto* function = dynamic_cast<script::Function*>(argument.get());
+    if (!function || function->GetArgCount() != 0)
+        QUIB_THROW(script::ParseException("Bad argument to scene creator function, must be an "
+                                          "inline function with zero arguments "
+                                          "(i.e.: {...} )"));
+    (this->*kind.handler)(CallBlock(*function));
+    return QUIB_NEW script::Void;
+}
+
+void Serializer::ForgetIDs()
+{
+    m_entities.clear();
+    m_geoms.clear();
+    const physics::WorldGeomPtr world = physics::Simulation::GetInstancePtr()->GetWorldGeom();
+    m_geoms[world->GetID()] = world;
+}
+
+// Reading.
+
+GroupPtr Serializer::Deserialize(const util::String& text)
+{
+    m_loadedGroup->Clear();
+    // Ids relate what stands in one text. Those of an earlier text mean nothing in this one.
+    ForgetIDs();
+    script::Parser* parser = script::Parser::GetInstancePtr();
+    const script::CodeBlockPtr program = parser->Parse(text);
+    if (!program)
+        QUIB_THROW(BadDataException("The text is not a valid scene or Quiblet"));
+    if (util::starts_with(text, OldFileStart))
+    {
+        Log(logging::LogVerbose, "Old (pre beta 4) file type detected");
+        DeserializeOld(*program);
+    }
+    else
+        parser->Execute(program);
+    Scene::GetInstancePtr()->SortByDepth();
+    return m_loadedGroup;
+}
+
+void Serializer::AddPlane(const EntitySerializer& serializer)
+{
+    const Vec2 normal = serializer.Has("normal") ? serializer.Get<Vec2>("normal") : Vec2(0, 1);
+    const float dist = serializer.Has("dist") ? serializer.Get<float>("dist") : 0;
+    if (!math::IsFinite(normal) || normal == Vec2())
+        QUIB_THROW(BadDataException("Bad normal: it must have a direction"));
+    if (!math::IsFinite(dist))
+        QUIB_THROW(BadDataException("Bad dist"));
+    const physics::PlanePtr geom = QUIB_NEW physics::Plane(math::Plane2D(normal, dist));
+    AddGeomEntity(serializer, QUIB_NEW PlaneEntity(geom));
+}
+
+void Serializer::AddCircle(const EntitySerializer& serializer)
+{
+    const physics::CirclePtr geom = QUIB_NEW physics::Circle(Vec2(), 1);
+    AddGeomEntity(serializer, QUIB_NEW CircleEntity(geom));
+}
+
+void Serializer::AddPolygon(const EntitySerializer& serializer)
+{
+    const math::Vec2List vecs = serializer.Get<math::Vec2List>("vecs");
+    if (!std::all_of(vecs.begin(), vecs.end(), [](const Vec2& v) { return math::IsFinite(v); }))
+        QUIB_THROW(BadDataException("Bad polygon"));
+    const physics::PolygonPtr geom = QUIB_NEW physics::Polygon(vecs);
+    AddGeomEntity(serializer, QUIB_NEW PolyEntity(geom));
+}
+
+void Serializer::AddBox(const EntitySerializer& serializer)
+{
+    const physics::BoxPtr geom = QUIB_NEW physics::Box(Vec2(1, 1), Vec2());
+    AddGeomEntity(serializer, QUIB_NEW BoxEntity(geom));
+}
+
+void Serializer::AddGroup(const EntitySerializer& serializer)
+{
+    const GroupPtr group = QUIB_NEW Group;
+    group->Deserialize(serializer);
+    if (serializer.Has("entityIDs"))
+        for (unsigned long id : serializer.Get<std::vector<unsigned long>>("entityIDs"))
+        {
+            const auto found = m_entities.find(id);
+            if (found != m_entities.end())
+                group->Add(found->second);
+        }
+    Scene::GetInstancePtr()->AddGroup(group);
+}
+
+void Serializer::AddGeomEntity(const EntitySerializer& serializer,
+                               const util::SharedPtr<GeomEntity>& entity)
+{
+    if (serializer.Has("collide") && !serializer.Get<bool>("collide"))
+        entity->SetCollideSet(0);
+    const char* const idKey = serializer.Has("geomID") ? "geomID" : "id";
+    const bool hasID = serializer.Has(idKey);
+    const unsigned long id = hasID ? serializer.Get<unsigned long>(idKey) : 0;
+    AddEntity(serializer, entity);
+    if (hasID)
+        m_geoms[id] = entity->GetGeom();
+}
+
+void Serializer::AddEntity(const EntitySerializer& serializer, const EntityPtr& entity)
+{
+    const bool hasID = serializer.Has("entityID");
+    const unsigned long id = hasID ? serializer.Get<unsigned long>("entityID") : 0;
+    entity->Deserialize(serializer);
+    Scene::GetInstancePtr()->AddEntity(entity);
+    if (hasID)
+        m_entities[id] = entity;
+    m_loadedGroup->Add(entity);
+}
+
+std::map<const Entity*, unsigned long> Serializer::GetFileEntityIDs() const
+{
+    std::map<const Entity*, unsigned long> ids;
+    for (const auto& entity : m_entities)
+        ids[entity.second.get()] = entity.first;
+    return ids;
+}
+
+std::map<const physics::Geom*, unsigned long> Serializer::GetFileGeomIDs() const
+{
+    std::map<const physics::Geom*, unsigned long> ids;
+    for (const auto& geom : m_geoms)
+        ids[geom.second.get()] = geom.first;
+    return ids;
+}
+
+// Reading files from before scenes were programs: named blocks that each tell their type, and are
+// called here one by one. Nothing else in them runs.
+
+void Serializer::DeserializeOld(const script::CodeBlock& program)
+{
+    FileInfo::GetInstancePtr()->SetVersion(0);
+    const script::ClosurePtr closure = QUIB_NEW script::Closure(
+        "Deserialize_closure", script::Parser::GetInstancePtr()->GetRootClosure());
+    std::vector<EntitySerializer> geoms, others;
+    for (const script::ExpressionPtr& statement : program.GetElements())
+    {
+        try
+        {
+            const script::Assignment* assignment = statement->AsAssignment();
+            const script::ExpressionPtr value = assignment ? assignment->GetValue() : statement;
+            if (dynamic_cast<const script::FunctionDeclaration*>(value.get()))
+            {
+                const auto function = util::DynamicCast<script::Function>(value->Evaluate(closure));
+                const EntitySerializer serializer = CallBlock(*function);
+                const bool isGroup = serializer.Get<util::String>("type") == "group";
+                (isGroup ? others : geoms).push_back(serializer);
+            }
+            else if (assignment && assignment->GetTarget()->GetName() == "version")
+                FileInfo::GetInstancePtr()->SetVersion(
+                    script::ObjectToValue<int>(value->Evaluate(closure)));
+            else if (assignment)
+                Log(logging::LogWarning, "Unknown constant declared in scene file: " +
+                                             assignment->GetTarget()->GetName());
+            else
+                Log(logging::LogWarning,
+                    "Unknown garbage found in scene file: " + statement->ToCode());
+        }
+        catch (std::exception& e)
+        {
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogWarning,
+                util::String("An error occurred while deserializing: ") + e.what());
+        }
+    }
+    // Groups name entities, which must be there by then.
+    for (const EntitySerializer& serializer : geoms)
+        DeserializeOldEntity(serializer);
+    for (const EntitySerializer& serializer : others)
+        DeserializeOldEntity(serializer);
+}
+
+void Serializer::DeserializeOldEntity(EntitySerializer serializer)
+{
+    try
+    {
+        util::String type = serializer.Get<util::String>("type");
+        if (type == "polygon" && PolygonAsBox(serializer))
+            type = "box";
+        for (const Kind& kind : GetKinds())
+            if (util::iequals(kind.command, "add" + type))
+            {
+                (this->*kind.handler)(serializer);
+                return;
+            }
+        Log(logging::LogWarning, "Unknown type: " + type);
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogWarning,
+            util::String("An error occurred while deserializing: ") + e.what());
+    }
+}
+
+// Writing.
+
+util::String Serializer::SerializeScene()
+{
+    const Scene* scene = Scene::GetInstancePtr();
+    script::CodeBlock block;
+    SerializeMetaVars(block);
+    SerializeSettings(block);
+    SerializeEntities(block, scene->GetEntities());
+    for (const GroupPtr& group : scene->GetGroups())
+        SerializeGroup(block, group);
+    return "// Quib scene created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
+           "\n\n" + block.ToCode();
+}
+
+void Serializer::SerializeMetaVars(script::CodeBlock& block)
+{
+    FileInfo* info = FileInfo::GetInstancePtr();
+    const Scene* scene = Scene::GetInstancePtr();
+    if (info->GetTitle().empty())
+        info->SetTitle(scene->GetTitle());
+    if (info->GetAuthor().empty())
+        info->SetAuthor(scene->GetAuthor());
+    if (info->GetDescription().empty())
+        info->SetDescription(scene->GetDescription());
+    if (!info->GetTitle().empty())
+        AddSetting(block, *info, "title");
+    if (!info->GetAuthor().empty())
+        AddSetting(block, *info, "author");
+    if (!info->GetDescription().empty())
+        AddSetting(block, *info, "description");
+    info->SetVersion(FileInfo::LATEST_VERSION);
+    AddSetting(block, *info, "version");
+}
+
+void Serializer::SerializeSettings(script::CodeBlock& block)
+{
+    const physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    const App* app = App::GetInstancePtr();
+    const Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
+    const Background* background = app->GetBackground().get();
+    for (const char* name :
+         {"gravity", "gravitySwitch", "airSwitch", "airFrictionLinear", "airFrictionQuadratic",
+          "rotFrictionLinear", "airDensity", "timeFactor"})
+        AddSetting(block, *simulation, name);
+    AddSetting(block, *app, "borders");
+    AddSetting(block, *app, "waterColor");
+    AddSetting(block, *camera, "pan");
+    AddSetting(block, *camera, "zoom");
+    AddSetting(block, *background, "cloudOpacity");
+    AddSetting(block, *background, "drawClouds");
+    AddSetting(block, *background, "skyColor");
+    AddSetting(block, *app, "fadeColor");
+    if (app->GetFadeColor() != Vec3(0, 0, 0))
+        for (const char* name : {"fadeScale", "fadeTranslate", "fadeRotate"})
+            AddSetting(block, *app, name);
+}
+
+void Serializer::SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities)
+{
+    Scene::GetInstancePtr()->DepthTagEntities();
+    for (const EntityPtr& entity : entities)
+    {
+        const auto kind =
+            std::find_if(GetKinds().begin(), GetKinds().end(),
+                         [&entity](const Kind& k) { return k.isKind && k.isKind(*entity); });
+        if (kind == GetKinds().end())
+        {
+            Log(logging::LogWarning, "Bad Entity");
+            continue;
+        }
+        EntitySerializer serializer;
+        entity->SerializeTo(serializer);
+        block.Add(serializer.ToFunctionCall(util::String("Scene.") + kind->command));
+    }
+}
+
+void Serializer::SerializeGroup(script::CodeBlock& block, const GroupPtr& group)
+{
+    EntitySerializer serializer;
+    group->SerializeTo(serializer);
+    serializer.Set("entityIDs", group->GetEnityIDs());
+    block.Add(serializer.ToFunctionCall("Scene.addGroup"));
+}
+}

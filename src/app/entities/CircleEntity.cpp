@@ -1,0 +1,166 @@
+#include "app/entities/CircleEntity.h"
+
+#include "app/App.h"
+#include "app/EntitySerializer.h"
+#include "math/Mat2D.h"
+#include "physics/Circle.h"
+#include "rendering/Renderer.h"
+#include "rendering/Texture.h"
+#include "util/ScopeProfiler.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+const int TextureSize = 1024;
+const float SquareScale = 1.2f; // the textured square is larger than the circle
+const float CakeSize = 0.0625f; // half angle of the wedge that shows the rotation, in parts of pi
+const int OutlineSteps = 128;
+
+/// 0 to 1 around x = 0, over the width w.
+float Smooth(float w, float x)
+{
+    return std::clamp(x / w + 0.5f, 0.0f, 1.0f);
+}
+
+rendering::ImageFloatPtr MakeCircleImage(bool cake)
+{
+    rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(TextureSize, TextureSize);
+    const float pixel = 2 * SquareScale / TextureSize;
+    for (int y = 0; y < TextureSize; ++y)
+        for (int x = 0; x < TextureSize; ++x)
+        {
+            const float u = (float(x) + 0.5f) * pixel - SquareScale;
+            const float v = (float(y) + 0.5f) * pixel - SquareScale;
+            const float d = std::sqrt(u * u + v * v);
+            float coverage = Smooth(pixel, 1 - d);
+            if (cake)
+                coverage *= Smooth(pixel / d, std::fabs(std::atan2(v, u)) - CakeSize * math::PIf);
+            (*image)(x, y) = coverage;
+        }
+    return image;
+}
+
+// Made at the first use and never destroyed: all circles share them.
+const rendering::Texture& GetCircleTex(bool cake)
+{
+    static rendering::TexturePtr* textures = new rendering::TexturePtr[2];
+    rendering::TexturePtr& texture = textures[cake];
+    if (!texture)
+        texture =
+            QUIB_NEW rendering::Texture([cake] { return MakeCircleImage(cake); }, {GL_ALPHA, true});
+    return *texture;
+}
+
+void DrawRect(float r)
+{
+    if (r > 0)
+        rendering::Renderer::GetInstancePtr()->DrawRect(Vec2(), 2 * SquareScale * r);
+}
+
+/// n + 1 unit vectors, from (1, 0) all around to it.
+std::vector<Vec2> CalcVecs(int n)
+{
+    std::vector<Vec2> vecs;
+    for (int i = 0; i < n; ++i)
+    {
+        const float angle = -math::TwoPIf * float(i) / float(n);
+        vecs.push_back(Vec2(std::cos(angle), std::sin(angle)));
+    }
+    vecs.push_back(vecs.front());
+    return vecs;
+}
+
+void DrawCircle(float r, bool cake)
+{
+    if (r <= 0)
+        return;
+    static const std::vector<Vec2>* vecs = new std::vector<Vec2>(CalcVecs(OutlineSteps));
+    const int open = cake ? int(std::floor(CakeSize * OutlineSteps * 0.5f + 0.5f)) : 0;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    glBegin(GL_TRIANGLE_FAN);
+    renderer->Vertex(Vec2());
+    for (int i = open; i <= OutlineSteps - open; ++i)
+        renderer->Vertex((*vecs)[i] * r);
+    glEnd();
+}
+}
+
+CircleEntity::CircleEntity(const util::SharedPtr<physics::Circle>& geom)
+    : FiniteGeomEntity(geom)
+{
+}
+
+physics::Circle& CircleEntity::GetCircle() const
+{
+    return static_cast<physics::Circle&>(*GetGeom());
+}
+
+void CircleEntity::Draw() const
+{
+    util::ScopeProfiler profile("Circle::Draw");
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const float r = GetCircle().GetRadius();
+    const float inside = r - GetBorderWidth();
+    // The texture's pixels would show.
+    const bool isBig = 2 * r / App::GetInstancePtr()->GetPixelSize() > TextureSize;
+
+    glPushMatrix();
+    GetGeom()->GetPose().MultToGL();
+    if (isBig || GetColor4().w != 1)
+    {
+        // The inside comes first and keeps the border behind it from the same pixels, so that neither
+        // shines through the other.
+        glDisable(GL_TEXTURE_2D);
+        renderer->SetColor4(GetColor4());
+        DrawCircle(inside, true);
+        renderer->SetColor4(GetBorderColor());
+        DrawCircle(r, false);
+        glEnable(GL_TEXTURE_2D);
+    }
+    else
+    {
+        glDisable(GL_BLEND);
+        glEnable(GL_ALPHA_TEST);
+        glAlphaFunc(GL_GREATER, 0.5f);
+        renderer->SetColor4(GetBorderColor());
+        GetCircleTex(false).Bind();
+        DrawRect(r);
+        glDepthFunc(GL_LEQUAL);
+        renderer->SetColor4(GetColor4());
+        GetCircleTex(true).Bind();
+        DrawRect(inside);
+        GetCircleTex(true).Unbind();
+        glDepthFunc(GL_LESS);
+        glDisable(GL_ALPHA_TEST);
+        glEnable(GL_BLEND);
+    }
+    glPopMatrix();
+}
+
+void CircleEntity::SerializeTo(EntitySerializer& serializer) const
+{
+    FiniteGeomEntity::SerializeTo(serializer);
+    serializer.Set("radius", GetCircle().GetRadius());
+}
+
+void CircleEntity::Deserialize(const EntitySerializer& serializer)
+{
+    if (serializer.Has("radius"))
+    {
+        const float radius = serializer.Get<float>("radius");
+        if (!math::IsFinite(radius) || !(radius > 0))
+            QUIB_THROW(BadDataException("Bad radius: it must be above 0"));
+        GetCircle().SetRadius(radius);
+    }
+    FiniteGeomEntity::Deserialize(serializer);
+}
+}

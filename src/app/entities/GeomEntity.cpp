@@ -1,0 +1,154 @@
+#include "app/entities/GeomEntity.h"
+
+#include "app/App.h"
+#include "app/EntitySerializer.h"
+#include "physics/Body.h"
+#include "physics/Geom.h"
+#include "physics/Simulation.h"
+#include "util/Callback.h"
+
+#include <cmath>
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+/// The angle of the pose, such that its cosine and sine are those of the pose to the bit where there
+/// is such a float: a scene that is loaded and saved again and again must not turn bit by bit.
+float CalcAngle(const math::Mat2D& pose)
+{
+    const float angle = pose.GetAngle();
+    float below = angle, above = angle;
+    for (int i = 0; i < 3; ++i)
+    {
+        for (float a : {below, above})
+            if (std::cos(a) == pose.cos && std::sin(a) == pose.sin)
+                return a;
+        below = std::nextafter(below, -4.0f);
+        above = std::nextafter(above, 4.0f);
+    }
+    return angle;
+}
+}
+
+GeomEntity::GeomEntity(const util::SharedPtr<physics::Geom>& geom)
+    : m_geom(geom)
+    , m_friction(this, "friction", geom->GetFriction())
+    , m_restitution(this, "restitution", geom->GetRestitution())
+    , m_collideWater(this, "collideWater", true)
+    , m_collideSet(this, "collideSet", geom->GetCollideSet())
+{
+    PushToGeom(m_friction, &physics::Geom::SetFriction);
+    PushToGeom(m_restitution, &physics::Geom::SetRestitution);
+    PushToGeom(m_collideWater, &physics::Geom::SetWaterCollide);
+    PushToGeom(m_collideSet, &physics::Geom::SetCollideSet);
+}
+
+GeomEntity::~GeomEntity()
+{
+    // A body that is not in the simulation would be kept alive by its geometries, and they by it.
+    if (!physics::Simulation::Exists())
+        return;
+    const util::SharedPtr<physics::Body> body = GetBody();
+    if (body && !physics::Simulation::GetInstancePtr()->HasBody(body))
+        body->RemoveGeom(m_geom);
+}
+
+util::SharedPtr<physics::Body> GeomEntity::GetBody() const
+{
+    return m_geom->GetBodyBody();
+}
+
+bool GeomEntity::IsOnEntity(const Vec2& pos) const
+{
+    return m_geom->DistanceWorld(pos) <= 0;
+}
+
+void GeomEntity::AddToSimulation()
+{
+    util::SharedPtr<physics::Body> body = GetBody();
+    if (!body)
+    {
+        body = QUIB_NEW physics::Body;
+        body->SetGeom(m_geom);
+    }
+    body->SetSuspended(false);
+    physics::Simulation::GetInstancePtr()->AddBody(body);
+}
+
+void GeomEntity::RemoveFromSimulation()
+{
+    const util::SharedPtr<physics::Body> body = GetBody();
+    if (!body)
+        return;
+    physics::GeomSet geoms = body->GetGeoms();
+    CODE_ASSERT(geoms.count(m_geom));
+    geoms.erase(m_geom);
+    body->SetGeoms(geoms);
+    // Otherwise the body stays with what it was fixed to.
+    if (geoms.empty())
+        physics::Simulation::GetInstancePtr()->RemoveBody(body);
+}
+
+bool GeomEntity::IsAlive() const
+{
+    const util::SharedPtr<physics::Body> body = GetBody();
+    return body && physics::Simulation::GetInstancePtr()->HasBody(body);
+}
+
+void GeomEntity::SerializeTo(EntitySerializer& serializer) const
+{
+    Entity::SerializeTo(serializer);
+    serializer.Set("geomID", static_cast<unsigned long>(m_geom->GetID()));
+    serializer.Set("pos", m_geom->GetCenter());
+    serializer.Set("angle", CalcAngle(m_geom->GetPose()));
+}
+
+void GeomEntity::Deserialize(const EntitySerializer& serializer)
+{
+    if (serializer.Has("pos") || serializer.Has("angle"))
+    {
+        const Vec2 pos = serializer.Has("pos") ? serializer.Get<Vec2>("pos") : m_geom->GetCenter();
+        const float angle = serializer.Has("angle") ? serializer.Get<float>("angle") : 0;
+        if (!math::IsFinite(pos))
+            QUIB_THROW(BadDataException("Bad pos"));
+        if (!math::IsFinite(angle))
+            QUIB_THROW(BadDataException("Bad angle"));
+        m_geom->SetWorldPose(math::Mat2D::TranslationRotation(pos, angle));
+        if (GetBody())
+            GetBody()->OnGeomChange();
+    }
+    Entity::Deserialize(serializer);
+}
+
+math::BoundingBox GeomEntity::GetAABB() const
+{
+    return m_geom->GetAABBWorld();
+}
+
+void GeomEntity::Check() const
+{
+    if (!math::IsFinite(m_friction))
+        QUIB_THROW(BadDataException("Bad friction"));
+    if (!math::IsFinite(m_restitution))
+        QUIB_THROW(BadDataException("Bad restitution"));
+    if (!math::IsFinite(m_geom->GetCenter()))
+        QUIB_THROW(BadDataException("Bad geometry: its place is not finite"));
+    // Written so that a NaN fails.
+    if (!(m_geom->Mass() > 0) || !(m_geom->Area() > 0) || !(m_geom->Inertia() > 0))
+        QUIB_THROW(BadDataException("Bad geometry: mass, area and inertia must be above 0"));
+}
+
+math::Vec4 GeomEntity::GetBorderColor() const
+{
+    return App::GetInstancePtr()->GetBorderColor(this);
+}
+
+float GeomEntity::GetBorderWidth() const
+{
+    const App* app = App::GetInstancePtr();
+    return app->GetBorders() || IsMouseOver() || IsSelected() ? app->GetObjectBorderWidth() : 0;
+}
+}

@@ -1,0 +1,70 @@
+#include "rendering/Texture.h"
+
+#include "rendering/Renderer.h"
+
+#include <GL/glew.h>
+
+namespace rendering
+{
+Texture::Texture(Source source, const ImageType& type)
+    : m_source(std::move(source))
+    , m_type(type)
+{
+    Load();
+}
+
+Texture::~Texture()
+{
+    Unload();
+}
+
+void Texture::Load()
+{
+    if (m_name || !HasGLLoaded())
+        return;
+    const ImageFloatPtr image = m_source();
+    m_size = math::Vec2i(int(image->GetWidth()), int(image->GetHeight()));
+    glGenTextures(1, &m_name);
+    glBindTexture(GL_TEXTURE_2D, m_name);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    if (m_type.mipmaps)
+        gluBuild2DMipmaps(GL_TEXTURE_2D, int(m_type.format), m_size.x, m_size.y, GL_ALPHA, GL_FLOAT,
+                          image->data());
+    else
+        glTexImage2D(GL_TEXTURE_2D, 0, int(m_type.format), m_size.x, m_size.y, 0, GL_ALPHA,
+                     GL_FLOAT, image->data());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+                    m_type.mipmaps ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Texture::Unload()
+{
+    if (!m_name)
+        return;
+    glDeleteTextures(1, &m_name);
+    m_name = 0;
+}
+
+unsigned long Texture::MemoryUsage() const
+{
+    if (!m_name)
+        return 0;
+    const unsigned long bytesPerPixel = m_type.format == GL_ALPHA16 ? 2 : 1;
+    const unsigned long bytes = static_cast<unsigned long>(m_size.x) * m_size.y * bytesPerPixel;
+    return m_type.mipmaps ? bytes * 4 / 3 : bytes;
+}
+
+void Texture::Bind() const
+{
+    glBindTexture(GL_TEXTURE_2D, m_name);
+}
+
+void Texture::Unbind() const
+{
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+}
