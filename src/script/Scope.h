@@ -34,7 +34,11 @@ public:
     static bool HasWordlessInfix();
 
 private:
-    std::unique_ptr<std::vector<InfixPtr>> m_infixes; // made at the first AddInfix
+    struct InfixTable;
+
+    const Scope* GetSuperscope() const;
+
+    std::unique_ptr<InfixTable> m_infixes; // made at the first AddInfix
 };
 
 // The variables of one activation of a function, or of the whole program. What keeps an enclosing

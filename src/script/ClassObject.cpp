@@ -1,0 +1,211 @@
+#include "script/ClassObject.h"
+
+#include "script/Expressions.h"
+
+namespace script
+{
+namespace
+{
+// No chain of owners in use is as long; only objects stored in one another could make such.
+const int MaxOwnerSteps = 100;
+
+// Marks an object as being printed for as long as it lives.
+class PrintMark
+{
+public:
+    explicit PrintMark(bool& flag)
+        : m_flag(flag)
+    {
+        m_flag = true;
+    }
+    ~PrintMark() { m_flag = false; }
+    PrintMark(const PrintMark&) = delete;
+    PrintMark& operator=(const PrintMark&) = delete;
+
+private:
+    bool& m_flag;
+};
+}
+
+Variable::Variable(util::String name, ObjectPtr object, bool constant)
+    : m_name(std::move(name))
+    , m_object(std::move(object))
+    , m_constant(constant)
+{
+    if (m_object)
+        m_owner = m_object->GetOwner();
+}
+
+Variable::~Variable() = default;
+
+void Variable::SetObject(ObjectPtr object)
+{
+    if (m_object && m_object->GetOwner() == m_owner)
+        m_object->SetOwner(util::WeakPtr<ClassObject>());
+    // The end of the old object may run anything, so that it comes last.
+    const ObjectPtr old = std::move(m_object);
+    m_object = std::move(object);
+    if (m_object)
+        m_object->SetOwner(m_owner);
+}
+
+void Variable::SetOwner(const util::WeakPtr<ClassObject>& owner)
+{
+    m_owner = owner;
+    if (m_object)
+        m_object->SetOwner(owner);
+}
+
+ExpressionPtr Variable::ToExpression() const
+{
+    const util::LockPtr<ClassObject> owner(m_owner);
+    return ToExpression(owner ? owner->AsIdentifier() : IdentifierPtr());
+}
+
+ExpressionPtr Variable::ToExpression(const IdentifierPtr& owner) const
+{
+    if (!m_object)
+        return ExpressionPtr();
+    if (m_object->GetKind() == ObjectKind::Class)
+        return m_object->ToExpression();
+    // Statistics and commands are no settings.
+    if (m_constant)
+        return ExpressionPtr();
+    const ExpressionPtr value = m_object->ToExpression();
+    if (!value)
+        return ExpressionPtr();
+    return QUIB_NEW Assignment(QUIB_NEW Identifier(owner, m_name), value);
+}
+
+bool ClassObject::NameLess::operator()(const VariablePtr& a, const VariablePtr& b) const
+{
+    return a->GetName() < b->GetName();
+}
+
+bool ClassObject::NameLess::operator()(const VariablePtr& a, const util::String& b) const
+{
+    return a->GetName() < b;
+}
+
+bool ClassObject::NameLess::operator()(const util::String& a, const VariablePtr& b) const
+{
+    return a < b->GetName();
+}
+
+ClassObject::ClassObject()
+    : Object(ObjectKind::Class)
+{
+}
+
+ClassObject::~ClassObject() = default;
+
+ExpressionPtr ClassObject::ToExpression() const
+{
+    // Two objects can hold each other.
+    if (m_isPrinting)
+        return ExpressionPtr();
+    const PrintMark mark(m_isPrinting);
+
+    CodeBlockPtr block = QUIB_NEW CodeBlock;
+    const IdentifierPtr self = AsIdentifier();
+    for (const VariablePtr& variable : GetVariables())
+        block->Add(variable->ToExpression(self));
+    return block;
+}
+
+util::String ClassObject::ToText() const
+{
+    return "ClassObject";
+}
+
+void ClassObject::SetOwner(const util::WeakPtr<ClassObject>& owner)
+{
+    for (const ClassObject* o = owner.GetUnlocked(); o; o = o->GetOwner().GetUnlocked())
+        if (o == this)
+            return;
+    Object::SetOwner(owner);
+}
+
+Variable* ClassObject::FindVariable(const util::String& name) const
+{
+    const auto it = m_variables.find(name);
+    return it == m_variables.end() ? nullptr : it->get();
+}
+
+VariablePtr ClassObject::GetVariable(const util::String& name) const
+{
+    return VariablePtr(FindVariable(name));
+}
+
+ObjectPtr ClassObject::GetObject(const util::String& name) const
+{
+    const Variable* variable = FindVariable(name);
+    return variable ? variable->GetObject() : ObjectPtr();
+}
+
+VariablePtr ClassObject::LookupVariable(const util::String& name) const
+{
+    for (const ClassObject* o = this; o; o = o->GetOwner().GetUnlocked())
+        if (Variable* variable = o->FindVariable(name))
+            return VariablePtr(variable);
+    QUIB_THROW(ScriptException(name + " not found in scope"));
+}
+
+ObjectPtr ClassObject::LookupObject(const util::String& name) const
+{
+    return LookupVariable(name)->GetObject();
+}
+
+void ClassObject::AddVariable(VariablePtr var)
+{
+    const bool isNew = m_variables.insert(var).second;
+    if (!isNew)
+        CODE_ASSERT(!HasVariable(var->GetName()));
+    var->SetOwner(util::WeakPtr<ClassObject>(this));
+}
+
+void ClassObject::AddVariable2(const util::String& name, ObjectPtr object)
+{
+    AddVariable(QUIB_NEW Variable(name, std::move(object), false));
+}
+
+void ClassObject::RemoveVariable(const util::String& name)
+{
+    const auto it = m_variables.find(name);
+    if (it == m_variables.end())
+        return;
+    const VariablePtr variable = *it;
+    if (variable->GetOwner().GetUnlocked() == this)
+        variable->SetOwner(util::WeakPtr<ClassObject>());
+    m_variables.erase(it);
+}
+
+std::vector<VariablePtr> ClassObject::GetVariables() const
+{
+    return std::vector<VariablePtr>(m_variables.begin(), m_variables.end());
+}
+
+VariablePtr ClassObject::GetVariableByObject(const ObjectPtr& object) const
+{
+    for (const VariablePtr& variable : m_variables)
+        if (variable->GetObject() == object)
+            return variable;
+    return VariablePtr();
+}
+
+IdentifierPtr ClassObject::AsIdentifier() const
+{
+    return AsIdentifierAt(0);
+}
+
+IdentifierPtr ClassObject::AsIdentifierAt(int depth) const
+{
+    const ClassObject* owner = GetOwner().GetUnlocked();
+    if (!owner || depth >= MaxOwnerSteps)
+        return IdentifierPtr();
+    for (const VariablePtr& variable : owner->m_variables)
+        if (variable->GetObject().get() == this)
+            return QUIB_NEW Identifier(owner->AsIdentifierAt(depth + 1), variable->GetName());
+    return IdentifierPtr();
+}
+}

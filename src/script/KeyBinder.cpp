@@ -1,0 +1,9 @@
+#include "script/KeyBinder.h"
+
+namespace script
+{
+KeyBinder::KeyBinder()
+    : Reflected("Keys")
+{
+}
+}

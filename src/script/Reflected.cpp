@@ -1,0 +1,116 @@
+#include "script/Reflected.h"
+
+#include "script/Parser.h"
+
+namespace script
+{
+const char* const Reflected::RootName = "[ROOT]";
+
+namespace
+{
+void AddConstant(ClassObject& owner, const util::String& name, ObjectPtr object)
+{
+    owner.AddVariable(QUIB_NEW Variable(name, std::move(object), true));
+}
+
+ObjectPtr VoidWrapper(const boost::function<void()>& function)
+{
+    function();
+    return QUIB_NEW Void;
+}
+}
+
+Reflected::Reflected(util::String name)
+    : m_name(std::move(name))
+{
+}
+
+Reflected::~Reflected() = default;
+
+util::String Reflected::ToText() const
+{
+    return m_name;
+}
+
+void Reflected::SetReflectedName(const util::String& name)
+{
+    CODE_ASSERT(GetOwner().IsNull());
+    m_name = name;
+}
+
+void Reflected::AddCmd(const util::String& name, boost::function<ObjectPtr()> function)
+{
+    AddConstant(*this, name, QUIB_NEW IntrinsicCmd(std::move(function)));
+}
+
+void Reflected::AddVoidCmd(const util::String& name, boost::function<void()> function)
+{
+    AddConstant(
+        *this, name,
+        QUIB_NEW IntrinsicCmd([function = std::move(function)] { return VoidWrapper(function); }));
+}
+
+void Reflected::AddCmd1(const util::String& name, boost::function<ObjectPtr(ObjectPtr)> function)
+{
+    AddConstant(*this, name, QUIB_NEW IntrinsicCmd1(std::move(function)));
+}
+
+void Reflected::AddCmd2(const util::String& name,
+                        boost::function<ObjectPtr(ObjectPtr, ObjectPtr)> function)
+{
+    AddConstant(*this, name, QUIB_NEW IntrinsicCmd2(std::move(function)));
+}
+
+void Reflected::AddVoidCmd2(const util::String& name,
+                            boost::function<void(ObjectPtr, ObjectPtr)> function)
+{
+    AddConstant(*this, name,
+                QUIB_NEW IntrinsicCmd2(
+                    [function = std::move(function)](ObjectPtr a, ObjectPtr b)
+                    {
+                        function(std::move(a), std::move(b));
+                        return ObjectPtr(QUIB_NEW Void);
+                    }));
+}
+
+void Reflected::AddReflectedChild(util::SharedPtr<Reflected> child)
+{
+    if (ClassObject* owner = child->GetOwner().GetUnlocked())
+    {
+        owner->RemoveVariable(child->GetReflectedName());
+        // Under another name it may still be there; it belongs here from now on.
+        child->SetOwner(util::WeakPtr<ClassObject>());
+    }
+
+    const util::String base = child->GetReflectedName();
+    util::String name = base;
+    for (int n = 2; HasVariable(name); ++n)
+        name = base + "_" + util::ToString(n);
+    child->SetReflectedName(name);
+    AddConstant(*this, name, child);
+}
+
+void Reflected::RemoveReflectedChild(util::SharedPtr<Reflected> child)
+{
+    RemoveVariable(child->GetReflectedName());
+}
+
+void Reflected::AddToRoot()
+{
+    Parser::GetInstancePtr()->GetRootClosure()->AddReflectedChild(this);
+}
+
+template<typename T>
+void Reflected::Report(const util::String& name, const T& value)
+{
+    ObjectPtr object = ValueToObject(value);
+    // Constants are protected from scripts, not from us.
+    if (const VariablePtr variable = GetVariable(name))
+        variable->SetObject(std::move(object));
+    else
+        AddConstant(*this, name, std::move(object));
+}
+
+template void Reflected::Report(const util::String&, const float&);
+template void Reflected::Report(const util::String&, const util::String&);
+}
