@@ -17,7 +17,6 @@
 
 namespace physics
 {
-class Collider;
 class Contact;
 class ContactCache;
 class RowSolver;
@@ -139,7 +138,6 @@ private:
     BodyPtr m_worldBody;
     BodyList m_bodies;
     AbstractBodyList m_allBodies; // rebuilt in every step
-    std::unique_ptr<Collider> m_collider;
     ContactPool m_contactPool;
     util::VectorPOD<Contact*> m_foundContacts; // the same as m_contacts, as the collider gives them
     ContactList m_contacts;                    // of the current step

@@ -1,0 +1,331 @@
+#include "physics/Simulation.h"
+
+#include "logging/Log.h"
+#include "physics/Collider.h"
+#include "physics/Contact.h"
+#include "physics/ContactCache.h"
+#include "physics/Geom.h"
+#include "physics/RowSolver.h"
+#include "physics/WorldGeom.h"
+#include "util/Failures.h"
+#include "util/ScopeProfiler.h"
+#include "util/Timer.h"
+
+#include <boost/format.hpp>
+
+#include <algorithm>
+#include <limits>
+
+namespace physics
+{
+using math::Vec2;
+
+Simulation::Simulation()
+    : Reflected("unnamed")
+    , m_running(this, "running", true)
+    , m_timeFactor(this, "timeFactor", 1.0f)
+    , m_timeDelta(this, "timeDelta", 0.01f)
+    , m_gravity(this, "gravity", Vec2(0.0f, -9.8f))
+    , m_gravitySwitch(this, "gravitySwitch", true)
+    , m_airSwitch(this, "airSwitch", true)
+    , m_airFrictionLinear(this, "airFrictionLinear", 0.01f)
+    , m_airFrictionQuadratic(this, "airFrictionQuadratic", 0.0f)
+    , m_rotFrictionLinear(this, "rotFrictionLinear", 0.01f)
+    , m_airDensity(this, "airDensity", 0.01f)
+    , m_springForce(this, "springForce", 1000.0f)
+    , m_defaultBodyDensity(this, "defaultBodyDensity", 2.0f)
+    , m_defaultBodyFriction(this, "defaultBodyFriction", 0.5f)
+    , m_defaultBodyRestitution(this, "defaultBodyRestitution", 0.5f)
+    , m_fallLimit(this, "fallLimit", 1000.0f)
+    , m_prioritizedSolver(this, "prioritizedSolver", false)
+    , m_targetPenetration(this, "targetPenetration", 0.001f)
+    , m_solveIter(this, "solveIter", 30)
+    , m_solveConstant(this, "solveConstant", 1e8f)
+    , m_solveDcontacts(this, "solveDcontacts", 5.0f)
+    , m_solveDconstraints(this, "solveDconstraints", 5.0f)
+    , m_solvePenetrationDamping(this, "solvePenetrationDamping", false)
+    , m_solveDistFactor(this, "solveDistFactor", 1.0f)
+    , m_solveVelFactor(this, "solveVelFactor", 1.0f)
+    , m_solveAccFactor(this, "solveAccFactor", 1.0f)
+    , m_solveRegularizationFactor(this, "solveRegularizationFactor", 1.0f)
+    , m_solvePreSortConstraints(this, "solvePreSortConstraints", true)
+    , m_leapFrog(this, "leapFrog", true)
+    , m_adHocSolver(this, "adHocSolver", false)
+    , m_warmStart(this, "warmStart", true)
+    , m_warmStartFactor(this, "warmStartFactor", 0.5f)
+    , m_maxPositionCorrection(this, "maxPositionCorrection", std::numeric_limits<float>::infinity())
+    , m_contactCache(new ContactCache)
+    , m_rowSolver(new RowSolver)
+{
+    SetReflectedName("Sim");
+    m_worldGeom = QUIB_NEW WorldGeom;
+    m_worldBody = QUIB_NEW Body;
+    m_worldBody->SetGeom(m_worldGeom);
+    CODE_ASSERT(m_worldGeom->GetID() == 0);
+    CODE_ASSERT(m_worldBody->GetID() == 0);
+    Clear();
+}
+
+Simulation::~Simulation() = default;
+
+void Simulation::CheckWorldInvariants() const
+{
+    CODE_ASSERT(m_worldBody->GetID() == 0);
+    CODE_ASSERT(m_worldGeom->GetID() == 0);
+    CODE_ASSERT(m_worldBody->GetGeoms().count(m_worldGeom) == 1);
+    CODE_ASSERT(m_worldGeom->GetBody() == m_worldBody);
+}
+
+BodyPtr Simulation::GetWorldBody() const
+{
+    CheckWorldInvariants();
+    return m_worldBody;
+}
+
+WorldGeomPtr Simulation::GetWorldGeom() const
+{
+    CheckWorldInvariants();
+    return m_worldGeom;
+}
+
+Vec2 Simulation::GetGravity() const
+{
+    return m_gravitySwitch ? Vec2(m_gravity) : Vec2();
+}
+
+void Simulation::Clear()
+{
+    CheckWorldInvariants();
+    for (const BodyPtr& body : m_bodies)
+        body->m_isInSimulation = false;
+    m_bodies.clear();
+    m_allBodies.clear();
+    m_foundContacts.clear();
+    m_contacts.clear();
+    m_contactCache->clear();
+    m_contactPool.Reclaim();
+    m_matchedContacts = 0;
+    m_timeDebt = 0;
+    m_worldBody->SetGeom(m_worldGeom);
+    AddBody(m_worldBody);
+    CheckWorldInvariants();
+}
+
+void Simulation::AddBody(BodyPtr body)
+{
+    CODE_ASSERT(body);
+    if (body->m_isInSimulation)
+        return;
+    body->ApplyPoseChange();
+    m_bodies.push_back(body);
+    body->m_isInSimulation = true;
+}
+
+void Simulation::RemoveBody(BodyPtr body)
+{
+    if (!body || body == m_worldBody || !body->m_isInSimulation)
+        return;
+    body->SetGeoms(GeomSet());
+    m_bodies.erase(std::find(m_bodies.begin(), m_bodies.end(), body));
+    body->m_isInSimulation = false;
+}
+
+bool Simulation::HasBody(const util::SharedPtr<AbstractBody>& body) const
+{
+    return body && body->m_isInSimulation;
+}
+
+void Simulation::Update(double dt)
+{
+    util::ScopeProfiler profile("Simulation::Update");
+    m_statusText.clear();
+
+    // A setting that is not finite must not stop the world for good.
+    if (!math::IsFinite(m_timeDebt))
+        m_timeDebt = 0;
+
+    // In this form a NaN gives 0. Written back always: a formula bound to it lasts until here.
+    m_timeFactor = m_timeFactor > 0 ? float(m_timeFactor) : 0.0f;
+    const float timeFactor = m_timeFactor;
+
+    if (!m_running || math::IsZero(timeFactor))
+    {
+        m_statusText += "Frozen\n";
+        Step(false);
+    }
+    else
+        RunSteps(dt, timeFactor);
+
+    FlushBadBodies();
+    AppendStatistics();
+}
+
+void Simulation::RunSteps(double dt, float timeFactor)
+{
+    const double total = timeFactor * dt + m_timeDebt;
+    m_timeDebt = total;
+    const double start = util::Timer::GetCurrentTime();
+    const float h = m_timeDelta;
+    const double oldSimTime = m_simTime;
+    int steps = 0;
+    while (m_timeDebt > 0)
+    {
+        const double t1 = util::Timer::GetCurrentTime();
+        Step(m_running);
+        const double t2 = util::Timer::GetCurrentTime();
+        m_timeDebt -= h;
+        m_simTime += h;
+        if (++steps == m_stepLimit)
+            break;
+        // The frame's own time, what was spent here, and one more step must fit the budget.
+        const double t3 = util::Timer::GetCurrentTime();
+        if (dt + (t3 - start) + (t2 - t1) > m_frameBudget)
+            break;
+    }
+    if (!math::IsFinite(m_simTime))
+        m_simTime = oldSimTime;
+
+    if (!(m_timeDebt > 0))
+    {
+        // A negative rest stays: the simulation runs up to one step ahead and pays back next frame.
+        m_realtimeFraction = 1;
+        m_statusText += "100% realtime.\n";
+    }
+    else
+    {
+        // The missing time is dropped: the simulation slows down instead of spiralling.
+        m_realtimeFraction = static_cast<float>((total - m_timeDebt) / total);
+        m_timeDebt = 0;
+        const float percent = m_realtimeFraction * 100;
+        const bool isPrintable =
+            std::fabs(percent) < 1e9f; // not with a time step gone wild, or NaN
+        m_statusText +=
+            (boost::format("%3d%% realtime\n") % (isPrintable ? static_cast<int>(percent) : 0))
+                .str();
+    }
+}
+
+void Simulation::AppendStatistics()
+{
+    size_t geoms = 0;
+    for (const BodyPtr& body : m_bodies)
+        geoms += body->GetGeoms().size();
+    // Geometries welded to the world make the world count as a body.
+    const size_t bodies = m_bodies.size() - (m_worldBody->GetGeoms().size() == 1 ? 1 : 0);
+
+    m_statusText += util::ToString(bodies) + " bodies\n";
+    m_statusText += util::ToString(geoms - 1) + " geometries\n";
+    m_statusText += "0 particles\n"; // nothing makes any yet, and so with springs and hinges
+    m_statusText += util::ToString(m_contacts.size()) + " contacts\n";
+    m_statusText += "0 springs\n0 hinges\n";
+    m_statusText += "Running at " + util::ToString(1 / m_timeDelta) + " Hz\n";
+}
+
+void Simulation::Step(bool integrate)
+{
+    util::ScopeProfiler profile("Simu::Step");
+    const float timeDelta = m_timeDelta;
+
+    FlushBadBodies();
+
+    m_allBodies.clear();
+    for (const BodyPtr& body : m_bodies)
+        m_allBodies.append(body.get());
+
+    if (integrate)
+        CalcForces();
+    // Without integration too, so that contacts are current in a paused world.
+    CalcContacts();
+
+    if (integrate)
+    {
+        if (m_leapFrog)
+        {
+            IntegrateVelocity(timeDelta * 0.5f);
+            RunSolver();
+            IntegrateVelocity(timeDelta * 0.5f);
+        }
+        else
+        {
+            RunSolver();
+            IntegrateVelocity(timeDelta);
+        }
+        IntegratePosition(timeDelta);
+    }
+
+    // Deliberate: in a paused world forces stay until the next running step.
+    if (m_running)
+        for (AbstractBody* body : m_allBodies)
+            body->ClearForces();
+
+    // Deliberate: in paused steps too.
+    m_onStep.CallAll(timeDelta);
+}
+
+void Simulation::IntegrateVelocity(float dt)
+{
+    util::ScopeProfiler profile("IntegrateVelocity");
+    for (AbstractBody* body : m_allBodies)
+        body->IntegrateVelocity(dt);
+}
+
+void Simulation::IntegratePosition(float dt)
+{
+    util::ScopeProfiler profile("IntegratePosition");
+    for (AbstractBody* body : m_allBodies)
+        body->IntegratePosition(dt);
+}
+
+void Simulation::FlushBadBodies()
+{
+    const float fallLimit = m_fallLimit;
+    const Vec2 down = math::Normalized(GetGravity());
+
+    BodyList bad;
+    for (const BodyPtr& body : m_bodies)
+        if (body->IsBad() || Dot(down, body->GetPos()) > fallLimit)
+            bad.push_back(body);
+    for (const BodyPtr& body : bad)
+    {
+        // The world body may come along here. RemoveBody leaves it in place.
+        Log(logging::LogInfo, "Removing bad object");
+        RemoveBody(body);
+    }
+}
+
+void Simulation::CalcContacts()
+{
+    util::ScopeProfiler profile("Sim::CalcContacts");
+    {
+        util::ScopeProfiler profileFinding("Finding contacts");
+        m_foundContacts.clear();
+        Collider collider;
+        collider.AssignBodies(m_bodies);
+        collider.Collide(m_contactPool, m_foundContacts);
+
+        m_lastContacts.swap(m_contacts);
+        m_contacts.clear();
+        m_contacts.reserve(m_foundContacts.size());
+        for (Contact* contact : m_foundContacts)
+            m_contacts.emplace_back(contact);
+    }
+    {
+        util::ScopeProfiler profileMatching("Matching cache");
+        m_matchedContacts = 0;
+        for (Contact* contact : m_foundContacts)
+            if (const Contact* old = (*m_contactCache)[contact->GetContactID()])
+            {
+                contact->ReadFrom(*old);
+                ++m_matchedContacts;
+            }
+    }
+    {
+        util::ScopeProfiler profileUpdate("Update cache");
+        m_contactCache->clear();
+        for (Contact* contact : m_foundContacts)
+            (*m_contactCache)[contact->GetContactID()] = contact;
+        m_lastContacts.clear();
+        m_contactPool.Reclaim();
+    }
+}
+}
