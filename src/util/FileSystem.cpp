@@ -132,7 +132,7 @@ void FileSystem::WriteFile(const String& path, const String& text)
     bool good;
     if (exists && !S_ISREG(old.st_mode))
         good = WriteAndClose(std::fopen(path.c_str(), "wb"), text, false);  // a device or a pipe
-    else if (exists && ::access(path.c_str(), W_OK) != 0)
+    else if (exists && ::euidaccess(path.c_str(), W_OK) != 0)
         good = false;  // write-protected; a rename would not ask
     else
     {

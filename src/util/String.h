@@ -1,5 +1,5 @@
-// The byte string of the program and what is done with it. Text is Latin-1. Conversions to and from
-// text never depend on the locale.
+// The byte string of the program and what is done with it. Text is Latin-1. Numbers are written in
+// the classic locale, and read in it too: the program sets no other.
 #pragma once
 
 #include <string>

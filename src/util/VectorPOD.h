@@ -3,8 +3,10 @@
 
 #include "util/Failures.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -129,7 +131,7 @@ private:
     {
         if (n == 0)
             return nullptr;
-        if (n > static_cast<size_t>(-1) / sizeof(T))
+        if (n > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T))
             QUIB_THROW(std::bad_alloc());
         void* block = std::malloc(n * sizeof(T));
         if (!block)

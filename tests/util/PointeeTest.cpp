@@ -111,9 +111,10 @@ TEST(Pointee, CopyIsAnObjectOfItsOwn)
 
 TEST(Pointee, RemembersWhereItWasAllocated)
 {
+    const int line = __LINE__ + 1;
     SharedPtr<Plain> p = QUIB_NEW Plain;
     const std::string expected =
-        std::string(__FILE__) + ":" + std::to_string(__LINE__ - 1) + ": " + __PRETTY_FUNCTION__;
+        std::string(__FILE__) + ":" + std::to_string(line) + ": " + __PRETTY_FUNCTION__;
     EXPECT_EQ(expected, p->GetContext());
     EXPECT_STREQ("", Plain().GetContext());
 }
