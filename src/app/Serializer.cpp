@@ -91,8 +91,8 @@ Serializer::Serializer()
     : m_loadedGroup(QUIB_NEW Group)
 {
     ForgetIDs();
+    FileInfo::GetInstancePtr()->AddToRoot();
     Scene* scene = Scene::GetInstancePtr();
-    scene->AddToRoot();
     for (const Kind& kind : GetKinds())
         scene->AddCmd1(kind.command, [this, &kind](script::ObjectPtr argument)
                        { return Helper(kind, argument); });

@@ -15,10 +15,10 @@ using math::Vec2;
 using util::LockPtr;
 using util::WeakPtr;
 
-Body::BodyPart::BodyPart(GeomPtr geom_, TMat2D<float> bodyToGeom_)
+Body::BodyPart::BodyPart(GeomPtr geom_, TMat2D<float> geomToBody_)
     : geom(std::move(geom_))
-    , bodyToGeom(bodyToGeom_)
-    , geomToBody(Inverted(bodyToGeom_))
+    , bodyToGeom(Inverted(geomToBody_))
+    , geomToBody(geomToBody_)
 {
 }
 
@@ -133,7 +133,10 @@ void Body::SetGeoms(const GeomSet& newSet)
     for (const GeomPtr& geom : kept)
     {
         m_inertia += geom->Inertia() + geom->Mass() * math::DistanceSq(geom->GetCenter(), m_pos);
-        m_parts.emplace_back(geom, geom->GetPoseInv() * m_pose);
+        // This way round the pose of a geometry comes back to the bit when the body is posed, as the
+        // body is not turned. By way of the inverses a scene that is loaded and saved again and again
+        // would creep.
+        m_parts.emplace_back(geom, m_poseInv * geom->GetPose());
         Body* other = geom->GetBodyBodyPtr();
         if (other && other != this)
             other->RemoveGeom(geom);

@@ -20,8 +20,8 @@ public:
     // One attached geometry, and where it sits.
     struct BodyPart
     {
-        /// @param bodyToGeom  body space to geometry space
-        BodyPart(GeomPtr geom, math::TMat2D<float> bodyToGeom);
+        /// @param geomToBody  geometry space to body space
+        BodyPart(GeomPtr geom, math::TMat2D<float> geomToBody);
         BodyPart(const BodyPart& o);
         BodyPart& operator=(const BodyPart& o);
         ~BodyPart();

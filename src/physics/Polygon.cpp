@@ -87,13 +87,21 @@ Vec2 Polygon::CalcAttribs()
         sumY += a * (y0 + y1);
     }
     const double area = sum / 2;
-    const Vec2 center(static_cast<float>(sumX / (6 * area)), static_cast<float>(sumY / (6 * area)));
+    Vec2 center(static_cast<float>(sumX / (6 * area)), static_cast<float>(sumY / (6 * area)));
     m_area = static_cast<float>(area);
     if (m_area < 0)
     {
         m_area = -m_area;
         std::reverse(m_vertices.begin(), m_vertices.end());
     }
+    // A ring around its centroid, but for the rounding of its coordinates, stays as it is. Otherwise a
+    // polygon that is saved and loaded again and again would creep from bit to bit.
+    float size = 0;
+    for (const Vec2& v : m_vertices)
+        size = std::max({size, std::fabs(v.x), std::fabs(v.y)});
+    if (std::max(std::fabs(center.x), std::fabs(center.y)) <=
+        size * std::numeric_limits<float>::epsilon())
+        center = Vec2();
     for (Vec2& v : m_vertices)
         v -= center;
 
