@@ -13,7 +13,7 @@ class Variable;
 using IdentifierPtr = util::SharedPtr<Identifier>;
 using VariablePtr = util::SharedPtr<Variable>;
 
-class Variable : public util::Pointee
+class Variable : public util::Pointee, public util::InSmallBlocks
 {
 public:
     /// The owner starts as the object's owner.

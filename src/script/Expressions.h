@@ -18,7 +18,7 @@ using ExpressionIt = ExpressionList::const_iterator;
 using BlockPtr = util::SharedPtr<Block>;
 using CodeBlockPtr = util::SharedPtr<CodeBlock>;
 
-class Expression : public util::Pointee
+class Expression : public util::Pointee, public util::InSmallBlocks
 {
 public:
     ~Expression() override;

@@ -6,6 +6,7 @@
 
 #include "script/Exceptions.h"
 #include "util/SharedPtr.h"
+#include "util/SmallBlocks.h"
 #include "util/String.h"
 
 #include <boost/function.hpp>
@@ -57,7 +58,7 @@ enum class ObjectKind : unsigned char
     List
 };
 
-class Object : public util::Pointee
+class Object : public util::Pointee, public util::InSmallBlocks
 {
 public:
     explicit Object(ObjectKind kind = ObjectKind::Other)

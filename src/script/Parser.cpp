@@ -24,6 +24,8 @@ void ParserAssert(bool condition, const char* message)
         QUIB_THROW(ParseException(message));
 }
 
+const util::String s_infix = KeywordInfix;
+
 // Deliberate: tokens are compared by text and not by kind, so that the string ";" ends a statement.
 
 bool IsChar(const Token& token, char c)
@@ -286,6 +288,13 @@ CodeBlockPtr Parser::Parse(const TokenList& tokens)
     return block;
 }
 
+void Parser::SwallowToken(TokenIt& it, char text)
+{
+    if (it == m_end || !IsChar(*it, text))
+        QUIB_THROW(ParseException(util::String("Missing ") + text));
+    ++it;
+}
+
 void Parser::SwallowToken(TokenIt& it, const char* text)
 {
     if (it == m_end || it->text != text)
@@ -300,7 +309,7 @@ CodeBlockPtr Parser::ParseCodeBlock(const ScopePtr& scope, TokenIt& it)
     {
         block->Add(ParseExpression(scope, it));
         if (it != m_end && !IsBlockEnder(*it))
-            SwallowToken(it, ";");
+            SwallowToken(it, ';');
     }
     return block;
 }
@@ -312,7 +321,7 @@ ExpressionList Parser::ParseExpressionList(const ScopePtr& scope, TokenIt& it)
     {
         list.push_back(ParseExpression(scope, it));
         if (it != m_end && !IsBlockEnder(*it))
-            SwallowToken(it, ",");
+            SwallowToken(it, ',');
     }
     return list;
 }
@@ -320,18 +329,18 @@ ExpressionList Parser::ParseExpressionList(const ScopePtr& scope, TokenIt& it)
 ExpressionPtr Parser::ParseBlock(const ScopePtr& scope, TokenIt& it)
 {
     DepthGuard guard(*this);
-    SwallowToken(it, "(");
+    SwallowToken(it, '(');
     BlockPtr block = QUIB_NEW Block(ParseExpressionList(scope, it));
-    SwallowToken(it, ")");
+    SwallowToken(it, ')');
     return block;
 }
 
 ExpressionPtr Parser::ParseListDeclaration(const ScopePtr& scope, TokenIt& it)
 {
     DepthGuard guard(*this);
-    SwallowToken(it, "[");
+    SwallowToken(it, '[');
     ExpressionPtr list = QUIB_NEW ListDeclaration(ParseExpressionList(scope, it));
-    SwallowToken(it, "]");
+    SwallowToken(it, ']');
     return list;
 }
 
@@ -346,7 +355,7 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
     {
         if (it == m_end)
             QUIB_THROW(ParseException("Unexpected end of expression"));
-        if (it->text == KeywordInfix)
+        if (it->text == s_infix)
         {
             result = ParseInfixDeclaration(scope, it);
             break;
@@ -416,7 +425,7 @@ ExpressionPtr Parser::ParseFunctionDeclaration(const ScopePtr& scope, TokenIt& i
     std::vector<util::String> names;
     if (IsChar(*it, '('))
     {
-        SwallowToken(it, "(");
+        SwallowToken(it, '(');
         while (m_end - it >= 2 && !IsChar(*it, ')'))
         {
             ParserAssert(it->IsIdentifier(), "Argument list must consist of Identifiers");
@@ -427,12 +436,12 @@ ExpressionPtr Parser::ParseFunctionDeclaration(const ScopePtr& scope, TokenIt& i
                 break;
             ++it;
         }
-        SwallowToken(it, ")");
+        SwallowToken(it, ')');
         SwallowToken(it, "=>");
     }
-    SwallowToken(it, "{");
+    SwallowToken(it, '{');
     CodeBlockPtr body = ParseCodeBlock(inner, it);
-    SwallowToken(it, "}");
+    SwallowToken(it, '}');
     return QUIB_NEW FunctionDeclaration(std::move(names), std::move(body));
 }
 
@@ -451,7 +460,7 @@ ExpressionPtr Parser::ParseInfixDeclaration(const ScopePtr& scope, TokenIt& it)
     ParserAssert(isLeft || it->text == "right", "Bad infix function");
     ++it;
     expectToken();
-    SwallowToken(it, ":");
+    SwallowToken(it, ':');
 
     std::vector<util::String> pattern;
     for (; it != m_end && it->text != "=>"; ++it)

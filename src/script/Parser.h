@@ -62,6 +62,7 @@ private:
     ExpressionList ParseExpressionList(const ScopePtr& scope, TokenIt& it);
     ExpressionPtr ParseListDeclaration(const ScopePtr& scope, TokenIt& it);
     ExpressionPtr ParseBlock(const ScopePtr& scope, TokenIt& it);
+    void SwallowToken(TokenIt& it, char text);
     void SwallowToken(TokenIt& it, const char* text);
     bool IsFunctionDeclaration(TokenIt it);
 

@@ -17,7 +17,7 @@ enum CharClass : unsigned char
 // Of the C locale, whatever the locale in force. Bytes from 0x80 on belong to no class.
 struct CharTable
 {
-    CharTable()
+    constexpr CharTable()
     {
         for (const char* p = " \t\n\v\f\r"; *p; ++p)
             classes[static_cast<unsigned char>(*p)] = CharClass_White;
@@ -37,7 +37,7 @@ struct CharTable
 
 bool Is(char c, int charClass)
 {
-    static const CharTable s_table;
+    static constexpr CharTable s_table;
     return s_table.classes[static_cast<unsigned char>(c)] & charClass;
 }
 

@@ -4,6 +4,7 @@
 
 #include <boost/lexical_cast.hpp>
 
+#include <charconv>
 #include <locale>
 #include <sstream>
 
@@ -32,10 +33,49 @@ String Stream(T value)
     return out.str();
 }
 
+// The plain forms of numbers, read exactly and without a stream: a scene has a hundred thousand of them.
+// False, with no verdict, for all other texts.
+bool ReadPlain(const String& text, int& value)
+{
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+template<typename T>
+bool ReadPlainFloat(const String& text, T& value)
+{
+    // No "inf", no "nan" and what else the library takes: a digit first, and last.
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const size_t first = !text.empty() && text[0] == '-' ? 1 : 0;
+    if (text.size() <= first || !isDigit(text[first]) || !isDigit(text.back()))
+        return false;
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+bool ReadPlain(const String& text, float& value)
+{
+    return ReadPlainFloat(text, value);
+}
+bool ReadPlain(const String& text, double& value)
+{
+    return ReadPlainFloat(text, value);
+}
+
+template<typename T>
+bool ReadPlain(const String&, T&)
+{
+    return false;
+}
+
 template<typename T>
 T Cast(const String& text)
 {
     T value;
+    if (ReadPlain(text, value))
+        return value;
     if (!boost::conversion::try_lexical_convert(text, value))
         QUIB_THROW(BadDataException("Bad lexical cast: \"" + text + "\""));
     return value;
