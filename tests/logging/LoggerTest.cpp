@@ -3,6 +3,8 @@
 #include "TestSupport.h"
 #include "util/FileSystem.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <iostream>
 

@@ -2,6 +2,8 @@
 
 #include "TestSupport.h"
 
+#include <gtest/gtest.h>
+
 #include <SDL.h>
 
 namespace fs = boost::filesystem;

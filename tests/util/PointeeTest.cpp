@@ -4,6 +4,8 @@
 #include "util/SafeDelete.h"
 #include "util/SharedPtr.h"
 
+#include <gtest/gtest.h>
+
 #include <typeinfo>
 
 using util::LockPtr;
