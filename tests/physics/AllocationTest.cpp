@@ -1,0 +1,141 @@
+// A world in which nothing is added or removed and all touches persist asks for no memory.
+
+#include "SimulationFixture.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+// Every way to the heap is counted: operator new ends in malloc or aligned_alloc. Under the address
+// sanitizer, which has its own malloc, its hook counts.
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/allocator_interface.h>
+
+namespace
+{
+size_t g_allocations = 0;
+const int g_installed = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, size_t) { ++g_allocations; }, [](const volatile void*) {});
+}
+#else
+namespace
+{
+size_t g_allocations = 0;
+}
+
+extern "C"
+{
+    void* __libc_malloc(size_t);
+    void* __libc_calloc(size_t, size_t);
+    void* __libc_realloc(void*, size_t);
+    void* __libc_memalign(size_t, size_t);
+
+    void* malloc(size_t size)
+    {
+        ++g_allocations;
+        return __libc_malloc(size);
+    }
+    void* calloc(size_t count, size_t size)
+    {
+        ++g_allocations;
+        return __libc_calloc(count, size);
+    }
+    void* realloc(void* block, size_t size)
+    {
+        ++g_allocations;
+        return __libc_realloc(block, size);
+    }
+    void* memalign(size_t alignment, size_t size)
+    {
+        ++g_allocations;
+        return __libc_memalign(alignment, size);
+    }
+    void* aligned_alloc(size_t alignment, size_t size)
+    {
+        ++g_allocations;
+        return __libc_memalign(alignment, size);
+    }
+    int posix_memalign(void** out, size_t alignment, size_t size)
+    {
+        ++g_allocations;
+        *out = __libc_memalign(alignment, size);
+        return *out ? 0 : ENOMEM;
+    }
+}
+#endif
+
+namespace physics
+{
+using math::Vec2;
+
+class AllocationTest : public SimulationFixture
+{
+protected:
+    size_t CountAllocations(int steps)
+    {
+        const size_t before = g_allocations;
+        Steps(steps);
+        return g_allocations - before;
+    }
+};
+
+TEST_F(AllocationTest, TheCounterCounts)
+{
+    const size_t before = g_allocations;
+    int* volatile a = new int(1);
+    void* volatile b = std::malloc(10);
+    EXPECT_EQ(before + 2, g_allocations);
+    delete a;
+    std::free(b);
+}
+
+TEST_F(AllocationTest, ASettledStackAllocatesNothing)
+{
+    AddPyramid(10);
+    Steps(300);
+    const size_t contacts = sim.GetContacts().size();
+    EXPECT_EQ(0u, CountAllocations(200));
+    EXPECT_EQ(contacts, sim.GetContacts().size());
+    EXPECT_EQ(contacts, sim.GetMatchedContacts());
+}
+
+TEST_F(AllocationTest, ASettledHeapOfAllShapesAllocatesNothing)
+{
+    AddFloor();
+    AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(1, 0), 4)));
+    AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(-1, 0), 4)));
+    for (int i = 0; i < 60; ++i)
+    {
+        const Vec2 p(1.2f * (i % 6) - 3, 0.6f + 1.1f * (i / 6));
+        if (i % 3 == 0)
+            AddBox(Vec2(0.8f, 0.6f), p);
+        else if (i % 3 == 1)
+            AddCircle(p, 0.4f);
+        else
+            AddBodyWith(QUIB_NEW Polygon({p + Vec2(-0.4f, -0.3f), p + Vec2(0.4f, -0.3f),
+                                          p + Vec2(0.1f, 0), p + Vec2(0.3f, 0.4f)}));
+    }
+    // Touches come and go while it settles: capacities reach what the heap ever needs.
+    Steps(1500);
+    EXPECT_EQ(0u, CountAllocations(200));
+}
+
+TEST_F(AllocationTest, ThePrioritisedSolverKeepsItsMemory)
+{
+    sim.m_prioritizedSolver = true;
+    AddFloor();
+    AddBox(Vec2(1, 1), Vec2(0, 0.5f));
+    AddBox(Vec2(1, 1), Vec2(0, 1.5f));
+    Steps(100);
+    EXPECT_EQ(0u, CountAllocations(100));
+}
+
+TEST_F(AllocationTest, APausedWorldAllocatesNothing)
+{
+    AddPyramid(5);
+    Steps(100);
+    const size_t before = g_allocations;
+    for (int i = 0; i < 100; ++i)
+        sim.Step(false);
+    EXPECT_EQ(before, g_allocations);
+}
+}

@@ -1,0 +1,329 @@
+// The solver over flat rows against the plain sweep that defines its results.
+
+#include "physics/RowSolver.h"
+
+#include "SimulationFixture.h"
+#include "util/Random.h"
+
+#include <algorithm>
+
+namespace physics
+{
+using math::Vec2;
+
+namespace
+{
+// Holds two points together along one direction: any constraint that is no contact.
+class Tie : public Constraint
+{
+public:
+    Tie(AbstractBody* a, AbstractBody* b, Vec2 point, Vec2 dir)
+        : m_dir(dir)
+    {
+        m_bodies[0] = a;
+        m_bodies[1] = b;
+        m_r[0] = point - a->GetPos();
+        m_r[1] = point - b->GetPos();
+        m_mass = CombinedMass(*a, m_r[0], *b, m_r[1], dir);
+    }
+
+    bool SolveInit() override { return true; }
+    void CalcDesiredImpulse() override
+    {
+        const Vec2 w =
+            (m_bodies[1]->GetVelChange() + Cross(m_bodies[1]->GetAngVelChange(), m_r[1])) -
+            (m_bodies[0]->GetVelChange() + Cross(m_bodies[0]->GetAngVelChange(), m_r[0]));
+        m_delta = -m_mass * (Dot(w, m_dir) + 0.1f);
+        m_priority = m_delta * m_delta;
+    }
+    void ApplyImpulse() override
+    {
+        Constraint::ApplyImpulse(m_delta * m_dir);
+        m_total += m_delta;
+    }
+    void SolveExit() override {}
+
+    float m_total = 0;
+
+private:
+    Vec2 m_dir;
+    float m_mass;
+    float m_delta = 0;
+};
+
+// What the sweeps are defined to do.
+void PlainSweeps(ConstraintList constraints, int iterations, bool preSort)
+{
+    if (preSort)
+    {
+        for (Constraint* constraint : constraints)
+            constraint->CalcDesiredImpulse();
+        std::stable_sort(constraints.begin(), constraints.end(), ConstraintComparer());
+    }
+    for (int i = 0; i < iterations; ++i)
+        for (Constraint* constraint : constraints)
+        {
+            constraint->CalcDesiredImpulse();
+            constraint->ApplyImpulse();
+        }
+}
+}
+
+class RowSolverTest : public SimulationFixture
+{
+protected:
+    struct State
+    {
+        std::vector<Vec2> vel;
+        std::vector<float> angVel;
+        std::vector<float> totals;
+    };
+
+    /// The present contacts in the order of a solve, warm-started.
+    ConstraintList InitContacts()
+    {
+        sim.SetupSolver();
+        for (const BodyPtr& body : sim.GetBodies())
+            body->SetVelChange(Vec2(), 0);
+        ConstraintList list;
+        for (const ContactPtr& contact : sim.GetContacts())
+            if (contact->SolveInit())
+                list.append(contact.get());
+        return list;
+    }
+
+    State Save(const ConstraintList& constraints) const
+    {
+        State state;
+        for (const BodyPtr& body : sim.GetBodies())
+        {
+            state.vel.push_back(body->GetVelChange());
+            state.angVel.push_back(body->GetAngVelChange());
+        }
+        for (Constraint* constraint : constraints)
+            if (constraint->IsContact())
+            {
+                state.totals.push_back(static_cast<Contact*>(constraint)->GetTotalN());
+                state.totals.push_back(static_cast<Contact*>(constraint)->GetTotalT());
+            }
+            else
+                state.totals.push_back(static_cast<Tie*>(constraint)->m_total);
+        return state;
+    }
+
+    /// Solves the constraints both ways, from the same start.
+    /// @return how many constraints were at work
+    size_t Compare(const ConstraintList& constraints)
+    {
+        std::vector<Contact> contacts;
+        std::vector<float> ties;
+        for (Constraint* constraint : constraints)
+            if (constraint->IsContact())
+                contacts.push_back(*static_cast<Contact*>(constraint));
+            else
+                ties.push_back(static_cast<Tie*>(constraint)->m_total);
+        const State start = Save(constraints);
+
+        sim.GaussSeidelSolver(constraints);
+        const State rows = Save(constraints);
+
+        for (size_t i = 0; i < sim.GetBodies().size(); ++i)
+            sim.GetBodies()[i]->SetVelChange(start.vel[i], start.angVel[i]);
+        size_t contact = 0, tie = 0;
+        for (Constraint* constraint : constraints)
+            if (constraint->IsContact())
+                *static_cast<Contact*>(constraint) = contacts[contact++];
+            else
+                static_cast<Tie*>(constraint)->m_total = ties[tie++];
+
+        PlainSweeps(constraints, sim.m_solveIter, sim.m_solvePreSortConstraints);
+        const State plain = Save(constraints);
+
+        for (size_t i = 0; i < plain.vel.size(); ++i)
+        {
+            EXPECT_EQ(Bits(plain.vel[i].x), Bits(rows.vel[i].x)) << "body " << i;
+            EXPECT_EQ(Bits(plain.vel[i].y), Bits(rows.vel[i].y)) << "body " << i;
+            EXPECT_EQ(Bits(plain.angVel[i]), Bits(rows.angVel[i])) << "body " << i;
+        }
+        for (size_t i = 0; i < plain.totals.size(); ++i)
+            EXPECT_EQ(Bits(plain.totals[i]), Bits(rows.totals[i])) << "total " << i;
+        return constraints.size();
+    }
+
+    void AddBasin()
+    {
+        AddFloor();
+        AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(0.6f, 0.8f), 3)));
+        AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(-0.6f, 0.8f), 3)));
+    }
+
+    void AddRandomBodies(util::Random& random, int count)
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            const Vec2 pos(random.GetUniform(-3, 3), 1 + 0.15f * i);
+            BodyPtr body;
+            switch (i % 3)
+            {
+            case 0:
+                body = AddBox(Vec2(random.GetUniform(0.2f, 1), random.GetUniform(0.2f, 1)), pos);
+                break;
+            case 1:
+                body = AddCircle(pos, random.GetUniform(0.1f, 0.5f));
+                break;
+            default:
+                body = AddBodyWith(QUIB_NEW Polygon(
+                    {pos + Vec2(-0.4f, -0.3f), pos + Vec2(0.4f, -0.3f), pos + Vec2(0.1f, 0),
+                     pos + Vec2(0.3f, 0.4f), pos + Vec2(-0.3f, 0.4f)}));
+            }
+            GeomOf(body)->SetFriction(random.GetUniform(0, 1));
+            GeomOf(body)->SetRestitution(random.GetUniform(0, 1));
+            GeomOf(body)->SetDensity(random.GetUniform(0.1f, 10));
+            body->SetVel(random.GetUniformVec2());
+            body->SetAngVel(random.GetUniform(-2, 2));
+        }
+    }
+};
+
+TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepOnRandomWorlds)
+{
+    util::Random random;
+    size_t solved = 0;
+    for (int world = 0; world < 6; ++world)
+    {
+        Reset();
+        sim.m_solvePreSortConstraints = world % 3 != 2;
+        sim.m_warmStart = world % 4 != 3;
+        sim.m_leapFrog = world != 4;
+        sim.m_adHocSolver = world == 5;
+        AddBasin();
+        AddRandomBodies(random, 60);
+        for (int step = 0; step < 120; ++step)
+        {
+            sim.Step(true);
+            sim.CalcContacts();
+            solved += Compare(InitContacts());
+            if (HasFailure())
+                FAIL() << "world " << world << ", step " << step;
+        }
+    }
+    EXPECT_GT(solved, 20000u);
+}
+
+TEST_F(RowSolverTest, KeepsOtherConstraintsInTheirPlace)
+{
+    util::Random random;
+    AddBasin();
+    AddRandomBodies(random, 40);
+    for (int step = 0; step < 100; ++step)
+    {
+        sim.Step(true);
+        sim.CalcContacts();
+        ConstraintList list = InitContacts();
+        // Between neighbours, and to the world: some early and some late in the sorted order.
+        std::vector<util::SharedPtr<Tie>> ties;
+        const BodyList& bodies = sim.GetBodies();
+        for (size_t i = 4; i + 1 < bodies.size(); i += 3)
+        {
+            const Vec2 middle = (bodies[i]->GetPos() + bodies[i + 1]->GetPos()) * 0.5f;
+            ties.push_back(QUIB_NEW Tie(bodies[i].get(), bodies[i + 1].get(), middle,
+                                        math::Normalized(random.GetUniformVec2())));
+            ties.push_back(QUIB_NEW Tie(bodies[i].get(), bodies[0].get(), middle,
+                                        math::Normalized(random.GetUniformVec2())));
+        }
+        for (const auto& tie : ties)
+            list.append(tie.get());
+        sim.m_solvePreSortConstraints = step % 2 == 0;
+        Compare(list);
+        if (HasFailure())
+            FAIL() << "step " << step;
+    }
+}
+
+TEST_F(RowSolverTest, LeavesSuspendedBodiesAlone)
+{
+    util::Random random;
+    AddBasin();
+    AddRandomBodies(random, 40);
+    for (int step = 0; step < 100; ++step)
+    {
+        for (size_t i = 4; i < sim.GetBodies().size(); ++i)
+            sim.GetBodies()[i]->SetSuspended((i + step / 10) % 5 == 0);
+        sim.Step(true);
+        sim.CalcContacts();
+        Compare(InitContacts());
+        for (const BodyPtr& body : sim.GetBodies())
+            if (body->IsSuspended())
+            {
+                EXPECT_EQ(Vec2(), body->GetVelChange());
+                EXPECT_EQ(0, body->GetAngVelChange());
+            }
+        if (HasFailure())
+            FAIL() << "step " << step;
+    }
+}
+
+TEST_F(RowSolverTest, SolvesAContactOfABodyWithItself)
+{
+    const BodyPtr box = AddBox(Vec2(1, 1), Vec2(0, 5));
+    const BodyPtr other = AddBox(Vec2(1, 1), Vec2(0, 6));
+    box->SetVel(Vec2(0, 1));
+    box->SetAngVel(2);
+    sim.SetupSolver();
+    const ContactPtr self = QUIB_NEW Contact(GeomOf(box).get(), GeomOf(box).get(), 0,
+                                             Vec2(0.5f, 5.2f), Vec2(0, 1), 0.1f);
+    const ContactPtr pair = QUIB_NEW Contact(GeomOf(box).get(), GeomOf(other).get(), 0,
+                                             Vec2(0.2f, 5.5f), Vec2(0, 1), 0.1f);
+    ConstraintList list;
+    for (const ContactPtr& contact : {self, pair})
+    {
+        ASSERT_TRUE(contact->SolveInit());
+        list.append(contact.get());
+    }
+    Compare(list);
+}
+
+TEST_F(RowSolverTest, SweepsContactsOfOneBodyOneAfterTheOther)
+{
+    // A star: every contact shares the body in the middle, so that no two fit a batch.
+    const BodyPtr middle = AddCircle(Vec2(0, 10), 1);
+    ConstraintList list;
+    std::vector<ContactPtr> contacts;
+    sim.SetupSolver();
+    for (int i = 0; i < 40; ++i)
+    {
+        const float a = 0.15f * i;
+        const Vec2 n(std::cos(a), std::sin(a));
+        const BodyPtr satellite = AddCircle(Vec2(0, 10) + 1.2f * n, 0.2f);
+        satellite->SetVel(-(1 + 0.1f * i) * n);
+        contacts.push_back(QUIB_NEW Contact(GeomOf(middle).get(), GeomOf(satellite).get(), 0,
+                                            Vec2(0, 10) + n, n, 0.01f));
+        ASSERT_TRUE(contacts.back()->SolveInit());
+        list.append(contacts.back().get());
+    }
+    Compare(list);
+    EXPECT_NE(Vec2(), middle->GetVelChange());
+}
+
+TEST_F(RowSolverTest, SolvesNothingWithoutIterationsOrConstraints)
+{
+    const BodyPtr body = AddBox(Vec2(1, 1), Vec2(0, 5));
+    body->SetVelChange(Vec2(1, 2), 3);
+    sim.GaussSeidelSolver(ConstraintList());
+    EXPECT_EQ(Vec2(1, 2), body->GetVelChange());
+
+    AddBasin();
+    AddBox(Vec2(1, 1), Vec2(0, 0.49f));
+    sim.CalcContacts();
+    const ConstraintList list = InitContacts();
+    for (int iterations : {0, -5})
+    {
+        sim.m_solveIter = iterations;
+        const State before = Save(list);
+        sim.GaussSeidelSolver(list);
+        const State after = Save(list);
+        EXPECT_EQ(before.totals, after.totals);
+        EXPECT_EQ(before.angVel, after.angVel);
+    }
+}
+}
