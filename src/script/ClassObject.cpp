@@ -109,7 +109,18 @@ ExpressionPtr ClassObject::ToExpression() const
     CodeBlockPtr block = QUIB_NEW CodeBlock;
     const IdentifierPtr self = AsIdentifier();
     for (const VariablePtr& variable : GetVariables())
-        block->Add(variable->ToExpression(self));
+    {
+        try
+        {
+            block->Add(variable->ToExpression(self));
+        }
+        catch (std::exception& e)
+        {
+            // One value that is too long to print costs the others nothing.
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogWarning, "Failed to print " + variable->GetName() + ": " + e.what());
+        }
+    }
     return block;
 }
 

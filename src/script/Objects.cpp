@@ -205,19 +205,31 @@ List::List(ObjectList elements)
 
 ExpressionPtr List::ToExpression() const
 {
-    return ToExpressionAt(1);
+    size_t textLength = 0;
+    return ToExpressionAt(1, textLength);
 }
 
-ExpressionPtr List::ToExpressionAt(int depth) const
+ExpressionPtr List::ToExpressionAt(int depth, size_t& textLength) const
 {
     CheckStack();
     if (depth > MaxPrintDepth)
         return ExpressionPtr();
     util::SharedPtr<ListDeclaration> declaration = QUIB_NEW ListDeclaration;
     for (const ObjectPtr& element : m_elements)
-        declaration->Add(element->GetKind() == ObjectKind::List
-                             ? static_cast<const List&>(*element).ToExpressionAt(depth + 1)
-                             : element->ToExpression());
+    {
+        if (element->GetKind() == ObjectKind::List)
+        {
+            const List& list = static_cast<const List&>(*element);
+            declaration->Add(list.ToExpressionAt(depth + 1, textLength));
+            continue;
+        }
+        // One string that stands in a list a thousand times is a thousand strings in the tree.
+        if (element->GetKind() == ObjectKind::String)
+            textLength += static_cast<const Value<util::String>&>(*element).GetValue().size();
+        if (textLength > MaxStringLength)
+            QUIB_THROW(ScriptException("String too long"));
+        declaration->Add(element->ToExpression());
+    }
     return declaration;
 }
 

@@ -231,7 +231,7 @@ public:
     size_t GetDeepSize() const { return m_deepSize; }
 
 private:
-    ExpressionPtr ToExpressionAt(int depth) const;
+    ExpressionPtr ToExpressionAt(int depth, size_t& textLength) const;
     void AppendText(util::String& text, int depth) const;
 
     ObjectList m_elements;
