@@ -11,6 +11,18 @@ using math::OBB2D;
 using math::Vec2;
 using math::Vec2List;
 
+namespace
+{
+LinesegmentList LinesOf(const Vec2List& ring)
+{
+    LinesegmentList lines;
+    lines.reserve(ring.size());
+    for (size_t i = 0; i < ring.size(); ++i)
+        lines.emplace_back(ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]);
+    return lines;
+}
+}
+
 Polygon::Polygon(const Vec2List& points)
     : Geom(GeomKind::Polygon)
 {
@@ -30,9 +42,7 @@ Polygon::Polygon(const Vec2List& points)
     const Vec2 center = CalcAttribs();
 
     const size_t n = m_vertices.size();
-    m_lines.reserve(n);
-    for (size_t i = 0; i < n; ++i)
-        m_lines.emplace_back(m_vertices[i], m_vertices[i + 1 < n ? i + 1 : 0]);
+    m_lines = LinesOf(m_vertices);
     if (AnyIntersect(m_lines))
         QUIB_THROW(BadDataException("Self-intersecting polygon"));
 
@@ -102,6 +112,7 @@ Vec2 Polygon::CalcAttribs()
     if (std::max(std::fabs(center.x), std::fabs(center.y)) <=
         size * std::numeric_limits<float>::epsilon())
         center = Vec2();
+    const LinesegmentList givenLines = LinesOf(m_vertices);
     for (Vec2& v : m_vertices)
         v -= center;
 
@@ -114,7 +125,10 @@ Vec2 Polygon::CalcAttribs()
             (x0 * y1 - y0 * x1) * (x0 * x0 + y0 * y0 + x0 * x1 + y0 * y1 + x1 * x1 + y1 * y1);
     }
     m_inertiaSansMass = static_cast<float>(inertia / (12 * std::fabs(area)));
-    // Fails for an outline without area, whose centroid is not a number.
+    // Fails for an outline without area, whose centroid is not a number. One whose loops cancel is
+    // told what is wrong with it.
+    if (!(m_inertiaSansMass > 0) && AnyIntersect(givenLines))
+        QUIB_THROW(BadDataException("Self-intersecting polygon"));
     DATA_ASSERT(m_inertiaSansMass > 0);
     if (!math::IsFinite(m_area) || !math::IsFinite(m_inertiaSansMass) || !math::IsFinite(center))
         QUIB_THROW(BadDataException("Bad polygon"));
