@@ -18,12 +18,4 @@ void Constraint::ApplyImpulse(const Vec2& impulse)
         b.SetVelChange(b.GetVelChange() + b.GetMassInv() * impulse,
                        b.GetAngVelChange() + b.GetInertiaInv() * Cross(m_r[1], impulse));
 }
-
-float CombinedMass(const AbstractBody& a, Vec2 ra, const AbstractBody& b, Vec2 rb, Vec2 dir)
-{
-    const float ca = Cross(ra, dir);
-    const float cb = Cross(rb, dir);
-    return 1 / (a.GetSolverMassInv() + b.GetSolverMassInv() + a.GetSolverInertiaInv() * ca * ca +
-                b.GetSolverInertiaInv() * cb * cb);
-}
 }

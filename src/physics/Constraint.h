@@ -67,6 +67,12 @@ struct ConstraintComparer
 
 /// The mass that an impulse along dir meets, when it acts at the arms ra and rb of two bodies.
 /// Suspended bodies are infinitely heavy.
-float CombinedMass(const AbstractBody& a, math::Vec2 ra, const AbstractBody& b, math::Vec2 rb,
-                   math::Vec2 dir);
+inline float CombinedMass(const AbstractBody& a, math::Vec2 ra, const AbstractBody& b,
+                          math::Vec2 rb, math::Vec2 dir)
+{
+    const float ca = Cross(ra, dir);
+    const float cb = Cross(rb, dir);
+    return 1 / (a.GetSolverMassInv() + b.GetSolverMassInv() + a.GetSolverInertiaInv() * ca * ca +
+                b.GetSolverInertiaInv() * cb * cb);
+}
 }

@@ -28,23 +28,22 @@ namespace avx2
 #pragma GCC pop_options
 #endif
 
-using SweepFunction = void (*)(RowBatch*, RowBatch*, VelChange*);
-
-SweepFunction ChooseSweep()
+auto ChooseSweep(RowSolver::Instructions instructions)
 {
 #ifdef QUIB_HAS_AVX2_SWEEP
-    if (__builtin_cpu_supports("avx2"))
+    if (instructions == RowSolver::Instructions::Best && __builtin_cpu_supports("avx2"))
         return avx2::SweepBatches;
 #endif
+    static_cast<void>(instructions);
     return baseline::SweepBatches;
 }
-
-// A row keeps this distance from the batches that it depends on, where there is room elsewhere, so that
-// the processor can work on several batches at a time.
-const uint32_t Spacing = 4;
 }
 
-RowSolver::RowSolver() = default;
+RowSolver::RowSolver(Instructions instructions)
+    : m_sweep(ChooseSweep(instructions))
+{
+}
+
 RowSolver::~RowSolver() = default;
 
 void RowSolver::Solve(const ConstraintList& constraints, int iterations, bool preSort)
@@ -186,8 +185,10 @@ void RowSolver::Schedule(const ConstraintList& constraints)
             continue;
         }
 
+        // Tried and dropped: to keep some batches between a row and those that it depends on, for the
+        // sake of the processor. First fit spreads them well enough (bench/step, pyramid and wall).
         const uint32_t after = firstFree[a] > firstFree[b] ? firstFree[a] : firstFree[b];
-        const uint32_t index = FindBatch(after ? after + (Spacing - 1) : 0);
+        const uint32_t index = FindBatch(after);
         RowBatch& batch = m_batches[index];
         const int lane = m_fill.data()[index]++;
         if (lane == RowBatch::Lanes - 1)
@@ -215,8 +216,7 @@ void RowSolver::Schedule(const ConstraintList& constraints)
     }
 }
 
-// The first batch with room from that index on. A new one comes after all there are, hence after those
-// that the row depends on, be it nearer to them than wished.
+// The first batch with room from that index on.
 uint32_t RowSolver::FindBatch(uint32_t earliest)
 {
     const uint64_t* open = m_open.data();
@@ -249,7 +249,6 @@ uint32_t RowSolver::AddBatch()
 
 void RowSolver::Sweep(int iterations)
 {
-    static const SweepFunction sweep = ChooseSweep();
     Constraint* const* singles = m_singles.data();
     RowBatch* batches = m_batches.data();
     VelChange* accum = m_accum.data();
@@ -259,7 +258,7 @@ void RowSolver::Sweep(int iterations)
             uint32_t end = begin;
             while (end < m_batchCount && !singles[end])
                 ++end;
-            sweep(batches + begin, batches + end, accum);
+            m_sweep(batches + begin, batches + end, accum);
             if (end < m_batchCount)
                 SolveSingle(end);
             begin = end + 1;

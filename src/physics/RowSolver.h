@@ -45,7 +45,14 @@ struct alignas(64) RowBatch
 class RowSolver
 {
 public:
-    RowSolver();
+    // Which instructions the sweeps use. The results are the same.
+    enum class Instructions
+    {
+        Best,    // that this machine has
+        Baseline // that every machine has
+    };
+
+    explicit RowSolver(Instructions instructions = Instructions::Best);
     ~RowSolver();
 
     /// @param preSort  work in order of the first desired impulse, largest first and equal ones in the
@@ -53,6 +60,8 @@ public:
     void Solve(const ConstraintList& constraints, int iterations, bool preSort);
 
 private:
+    using SweepFunction = void (*)(RowBatch* begin, RowBatch* end, VelChange* accum);
+
     // A constraint before it has its place in a batch. One cache line.
     struct Row
     {
@@ -82,6 +91,8 @@ private:
     void Sweep(int iterations);
     void SolveSingle(uint32_t batch);
     void WriteBack(const ConstraintList& constraints);
+
+    const SweepFunction m_sweep;
 
     util::VectorPOD<AbstractBody*> m_bodies; // [0] is null
     std::vector<VelChange> m_accum;          // by index in m_bodies

@@ -72,6 +72,8 @@ void PlainSweeps(ConstraintList constraints, int iterations, bool preSort)
 class RowSolverTest : public SimulationFixture
 {
 protected:
+    RowSolver baseline{RowSolver::Instructions::Baseline};
+
     struct State
     {
         std::vector<Vec2> vel;
@@ -111,7 +113,7 @@ protected:
         return state;
     }
 
-    /// Solves the constraints both ways, from the same start.
+    /// Solves the constraints by rows, with either set of instructions, and plainly, from the same start.
     /// @return how many constraints were at work
     size_t Compare(const ConstraintList& constraints)
     {
@@ -124,21 +126,34 @@ protected:
                 ties.push_back(static_cast<Tie*>(constraint)->m_total);
         const State start = Save(constraints);
 
+        const auto restart = [&]
+        {
+            for (size_t i = 0; i < sim.GetBodies().size(); ++i)
+                sim.GetBodies()[i]->SetVelChange(start.vel[i], start.angVel[i]);
+            size_t contact = 0, tie = 0;
+            for (Constraint* constraint : constraints)
+                if (constraint->IsContact())
+                    *static_cast<Contact*>(constraint) = contacts[contact++];
+                else
+                    static_cast<Tie*>(constraint)->m_total = ties[tie++];
+        };
+
         sim.GaussSeidelSolver(constraints);
         const State rows = Save(constraints);
-
-        for (size_t i = 0; i < sim.GetBodies().size(); ++i)
-            sim.GetBodies()[i]->SetVelChange(start.vel[i], start.angVel[i]);
-        size_t contact = 0, tie = 0;
-        for (Constraint* constraint : constraints)
-            if (constraint->IsContact())
-                *static_cast<Contact*>(constraint) = contacts[contact++];
-            else
-                static_cast<Tie*>(constraint)->m_total = ties[tie++];
-
+        restart();
+        baseline.Solve(constraints, sim.m_solveIter, sim.m_solvePreSortConstraints);
+        const State baselineRows = Save(constraints);
+        restart();
         PlainSweeps(constraints, sim.m_solveIter, sim.m_solvePreSortConstraints);
         const State plain = Save(constraints);
 
+        ExpectSameBits(plain, rows);
+        ExpectSameBits(plain, baselineRows);
+        return constraints.size();
+    }
+
+    static void ExpectSameBits(const State& plain, const State& rows)
+    {
         for (size_t i = 0; i < plain.vel.size(); ++i)
         {
             EXPECT_EQ(Bits(plain.vel[i].x), Bits(rows.vel[i].x)) << "body " << i;
@@ -147,7 +162,6 @@ protected:
         }
         for (size_t i = 0; i < plain.totals.size(); ++i)
             EXPECT_EQ(Bits(plain.totals[i]), Bits(rows.totals[i])) << "total " << i;
-        return constraints.size();
     }
 
     void AddBasin()
