@@ -89,7 +89,7 @@ void App::OnShutdown()
 {
     m_appGUI->SaveSceneAs(Scene_Last, true);
     util::FileSystem* files = util::FileSystem::GetInstancePtr();
-    files->EraseFile(files->SceneDir() + Scene_Autosave);
+    files->EraseFileIfPossible(files->SceneDir() + Scene_Autosave);
 }
 
 void App::SetFirstTimeRunning()

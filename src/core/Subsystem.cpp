@@ -188,7 +188,8 @@ Subsystem::~Subsystem()
 template<typename T>
 void Subsystem::AddPoker(const util::String& name, T* remote)
 {
-    AddVariable(QUIB_NEW script::AttribRemotePoker<T>(name, remote));
+    m_pokers.push_back(QUIB_NEW script::AttribRemotePoker<T>(name, remote));
+    AddVariable(m_pokers.back());
 }
 
 void Subsystem::SetTitle(const util::String& title)
@@ -200,6 +201,9 @@ void Subsystem::SetParams(const WindowParams& params)
 {
     m_windowParams = params;
     m_configParams = params;
+    // At once, and not in the next frame only: this may be the last, and the settings are saved.
+    for (const auto& poker : m_pokers)
+        poker->CalcValue();
 }
 
 void Subsystem::CreateWindow(WindowParams params)

@@ -7,6 +7,8 @@
 #include "script/Attributes.h"
 #include "util/Singleton.h"
 
+#include <vector>
+
 namespace core
 {
 class Subsystem : public input::InputListener, public util::Singleton<Subsystem>
@@ -67,6 +69,7 @@ private:
     script::AttribWrapper<float> m_minFPS; // below it the physics stops catching up
     script::AttribWrapper<float> m_maxFPS;
     script::AttribWrapper<bool> m_vSync;
+    std::vector<util::SharedPtr<script::AbstractAttrib>> m_pokers; // on m_configParams
     bool m_screenshotAdded = false;
     bool m_screenshotWished = false;
     int m_frameCount = 0; // since the last measurement of the rate

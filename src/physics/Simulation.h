@@ -63,6 +63,7 @@ public:
     void SetSimTime(double seconds) { m_simTime = seconds; }
     /// Seconds of a frame that catching up may fill.
     void SetFrameBudget(float seconds) { m_frameBudget = seconds; }
+    float GetFrameBudget() const { return m_frameBudget; }
     /// At most that many steps per Update; 0 means no limit.
     void SetStepLimit(int steps) { m_stepLimit = steps; }
     /// Forgets the simulated time still owed, or taken ahead.

@@ -54,6 +54,14 @@ bool FileSystem::FileExists(const String& path) { return fs::exists(path); }
 
 void FileSystem::EraseFile(const String& path) { fs::remove(path); }
 
+void FileSystem::EraseFileIfPossible(const String& path)
+{
+    boost::system::error_code error;
+    fs::remove(path, error);
+    if (error)
+        Log(logging::LogWarning, "Failed to erase \"" + path + "\": " + error.message());
+}
+
 void FileSystem::RenameFile(const String& from, const String& to)
 {
     try

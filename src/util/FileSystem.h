@@ -55,6 +55,8 @@ public:
 
     bool FileExists(const String& path);
     void EraseFile(const String& path);
+    /// A failure is logged and goes no further.
+    void EraseFileIfPossible(const String& path);
     /// Refuses when the target exists. A failure is logged and goes no further.
     void RenameFile(const String& from, const String& to);
     long GetFileSize(const String& path);

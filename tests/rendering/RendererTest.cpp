@@ -1,15 +1,13 @@
 #include "rendering/Renderer.h"
 
+#include "TestSupport.h"
 #include "rendering/Pushers.h"
 #include "rendering/RecordedGL.h"
-#include "util/FileSystem.h"
 
 #include <GL/gl.h>
-#include <boost/filesystem.hpp>
+#include <gtest/gtest.h>
 
 #include <ctime>
-#include <fstream>
-#include <gtest/gtest.h>
 
 using math::Vec2;
 using math::Vec3;
@@ -36,30 +34,9 @@ protected:
     Renderer* r = Renderer::GetInstancePtr();
 };
 
-// A folder of its own, gone at the end.
 class ScreenShotTest : public RendererTest
 {
 protected:
-    void SetUp() override
-    {
-        RendererTest::SetUp();
-        m_before = fs::current_path();
-        m_dir = fs::temp_directory_path() / fs::unique_path("quib-%%%%%%%%");
-        fs::create_directories(m_dir);
-        fs::current_path(m_dir);
-    }
-    void TearDown() override
-    {
-        fs::current_path(m_before);
-        fs::permissions(m_dir, fs::owner_all);
-        fs::remove_all(m_dir);
-    }
-
-    std::string Read(const std::string& file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
     std::string Today()
     {
         char date[16];
@@ -68,7 +45,8 @@ protected:
         return date;
     }
 
-    fs::path m_before, m_dir;
+    test::TempDir m_dir;
+    test::InDirectory m_in{m_dir.Path()};
 };
 }
 
@@ -242,7 +220,7 @@ TEST_F(ScreenShotTest, WritesAnUncompressedTGA)
     recorded::GL().height = 2;
     r->ScreenShotToFile("a.tga");
 
-    const std::string file = Read("a.tga");
+    const std::string file = test::Slurp("a.tga");
     ASSERT_EQ(18u + 300 * 2 * 3, file.size());
     const unsigned char expected[18] = {0, 0, 2, 0,          0,        0, 0, 0,  0,
                                         0, 0, 0, 300 & 0xFF, 300 >> 8, 2, 0, 24, 0};
@@ -256,7 +234,7 @@ TEST_F(ScreenShotTest, RowsOfAnOddWidthFollowWithoutAGap)
     recorded::GL().width = 3;
     recorded::GL().height = 2;
     r->ScreenShotToFile("a.tga");
-    const std::string file = Read("a.tga");
+    const std::string file = test::Slurp("a.tga");
     ASSERT_EQ(18u + 18, file.size());
     const unsigned char pixels[18] = {0, 0, 200, 1, 0, 200, 2, 0, 200,
                                       0, 1, 200, 1, 1, 200, 2, 1, 200};
@@ -294,24 +272,24 @@ TEST_F(ScreenShotTest, AfterTenThousandOnADayOneFileIsWrittenOverAndOver)
     ASSERT_TRUE(fs::exists("to_many_screenshots.tga"));
     recorded::GL().width = 10;
     r->ScreenShot("quib");
-    EXPECT_EQ(10, Read("to_many_screenshots.tga")[12]);
+    EXPECT_EQ(10, test::Slurp("to_many_screenshots.tga")[12]);
 }
 
 TEST_F(ScreenShotTest, APictureThatCannotBeWrittenThrowsAndLeavesTheOldOneWhole)
 {
-    std::ofstream("a.tga") << "old";
+    test::Spit("a.tga", "old");
     fs::create_directory("a.tga.tmp"); // stands in the way of what is written beside
     EXPECT_THROW(r->ScreenShotToFile("a.tga"), Exception);
-    EXPECT_EQ("old", Read("a.tga"));
+    EXPECT_EQ("old", test::Slurp("a.tga"));
 }
 
 TEST_F(ScreenShotTest, AFullDiskThrowsAndLeavesTheOldPictureWhole)
 {
     if (!fs::exists("/dev/full"))
         GTEST_SKIP() << "no /dev/full here";
-    std::ofstream("a.tga") << "old";
+    test::Spit("a.tga", "old");
     fs::create_symlink("/dev/full", "a.tga.tmp");
     EXPECT_THROW(r->ScreenShotToFile("a.tga"), Exception);
-    EXPECT_EQ("old", Read("a.tga"));
+    EXPECT_EQ("old", test::Slurp("a.tga"));
     EXPECT_FALSE(fs::exists(fs::symlink_status("a.tga.tmp")));
 }

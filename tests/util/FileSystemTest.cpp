@@ -340,6 +340,22 @@ TEST(FileSystem, FindsMeasuresAndErasesFiles)
               WhatOf<FileReadException>([&] { Files().GetFileSize(dir / "a"); }));
 }
 
+TEST(FileSystem, ErasesIfPossibleAndLogsWhenNot)
+{
+    test::TempDir dir;
+    test::Spit(dir / "a", "");
+    test::LogCapture log(logging::LogWarning);
+    Files().EraseFileIfPossible(dir / "a");
+    Files().EraseFileIfPossible(dir / "a");
+    EXPECT_FALSE(Files().FileExists(dir / "a"));
+    EXPECT_EQ("", log.Text()) << "a file that is not there is no failure";
+
+    fs::create_directory(dir / "full");
+    test::Spit(dir / "full/x", "");
+    EXPECT_NO_THROW(Files().EraseFileIfPossible(dir / "full"));
+    EXPECT_TRUE(log.Has("Failed to erase \"" + (dir / "full") + "\": ")) << log.Text();
+}
+
 TEST(FileSystem, ListsFilesByPatternSortedIgnoringCase)
 {
     test::TempDir dir;

@@ -1,0 +1,248 @@
+#include "app/Startup.h"
+
+#include "app/App.h"
+#include "app/AppGUI.h"
+#include "app/Constants.h"
+#include "app/FileInfo.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
+#include "core/ResourceManager.h"
+#include "core/Subsystem.h"
+#include "gui/GUI.h"
+#include "logging/Logger.h"
+#include "os/Platform.h"
+#include "physics/SPH.h"
+#include "physics/Simulation.h"
+#include "script/Parser.h"
+#include "util/FileSystem.h"
+
+#include <GL/gl.h>
+#include <SDL.h>
+#include <boost/filesystem.hpp>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace app
+{
+namespace
+{
+util::FileSystem* Files()
+{
+    return util::FileSystem::GetInstancePtr();
+}
+
+bool AsksForVersion(int argc, char** argv)
+{
+    // Deliberate: anywhere in any argument, so that "x/version" asks too.
+    return std::any_of(argv + 1, argv + argc,
+                       [](const util::String& argument)
+                       {
+                           return argument.find("-version") != util::String::npos ||
+                                  argument.find("/version") != util::String::npos;
+                       });
+}
+
+void WarnOfSecondCopy()
+{
+    if (!os::TryLock(Files()->WorkDir() + "quib.lock"))
+        Log(logging::LogWarning,
+            "Another Quib runs in this directory: the two will overwrite each other's settings and "
+            "scenes");
+}
+
+/// @return false on the first run of all
+bool LoadConfiguration()
+{
+    script::Parser* parser = script::Parser::GetInstancePtr();
+    parser->LoadConfig(Files()->ConfigDir() + CONFIG_AUTOEXEC);
+
+    // Its presence means that the last run did not end in order.
+    if (Files()->FileExists(Files()->ConfigDir() + CONFIG_AUTOSAVE))
+    {
+        Log(logging::LogVerbose,
+            util::String("Recovering ") + CONFIG_AUTOSAVE + " from previous crash");
+        parser->LoadConfig(Files()->ConfigDir() + CONFIG_AUTOSAVE);
+        return true;
+    }
+    if (!Files()->FileExists(Files()->ConfigDir() + CONFIG_FILE))
+        return false;
+    parser->LoadConfig(Files()->ConfigDir() + CONFIG_FILE);
+    return true;
+}
+
+core::WindowParams FirstWindowParams()
+{
+    core::WindowParams params;
+    math::TVector2<int> display;
+    if (os::GetDisplaySize(display))
+    {
+        // Room for the window's frame and the desktop's bars.
+        params.size.x = std::min(params.size.x, display.x - 64);
+        params.size.y = std::min(params.size.y, display.y - 64);
+    }
+    return params;
+}
+
+void OpenWindow(bool isFirstRun)
+{
+    core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
+    if (isFirstRun)
+    {
+        App::GetInstancePtr()->SetFirstTimeRunning();
+        subsystem->SetParams(FirstWindowParams());
+    }
+    subsystem->ApplyParserConfig();
+    if (const GLubyte* extensions = glGetString(GL_EXTENSIONS))
+        Log(logging::LogInfo, util::String("Available OpenGL extensions: ") +
+                                  reinterpret_cast<const char*>(extensions));
+}
+
+void LoadFirstScene(int argc, char** argv)
+{
+    const util::String path = ScenePathFromArguments(argc, argv);
+    if (path.empty())
+    {
+        LoadScene();
+        return;
+    }
+    Log(logging::LogVerbose, "Loading argument " + path);
+    App::GetInstancePtr()->GetAppGUI()->LoadScene(path, true);
+}
+
+void ShutDown()
+{
+    Log(logging::LogInfo, "Subsystem::Run returned, saving config...");
+    script::Parser::GetInstancePtr()->SaveConfig(Files()->ConfigDir() + CONFIG_FILE);
+    // From here on the next start sees an orderly end.
+    Files()->EraseFileIfPossible(Files()->ConfigDir() + CONFIG_AUTOSAVE);
+    App::GetInstancePtr()->OnShutdown();
+
+    Log(logging::LogInfo, "Destroying subsystem");
+    script::Parser::Destroy();
+    core::Subsystem::Destroy();
+    Log(logging::LogInfo, "Returning 0 from main");
+    logging::Logger::Destroy();
+}
+
+void RunProgram(int argc, char** argv)
+{
+    CreateServices();
+    WarnOfSecondCopy();
+    PrepareSceneDir();
+    Log(logging::LogInfo, "Application created");
+
+    const bool isFirstRun = !LoadConfiguration();
+    OpenWindow(isFirstRun);
+    App::GetInstancePtr()->CreateGUI();
+    LoadFirstScene(argc, argv);
+
+    Log(logging::LogVerbose, "Running program...");
+    core::Subsystem::GetInstancePtr()->Run();
+    ShutDown();
+}
+}
+
+void CreateServices()
+{
+    core::Subsystem::Create();
+    core::Subsystem::GetInstancePtr()->SetTitle(Files()->NameAndVersion() + " by Aldo Vesk");
+
+    // Each of these is made by being named here.
+    core::Subsystem::GetInstancePtr()->AddToRoot();
+    core::ResourceManager::GetInstancePtr()->AddToRoot();
+    physics::Simulation::GetInstancePtr()->AddToRoot();
+    physics::SPH::GetInstancePtr()->AddToRoot();
+    gui::GUI::GetInstancePtr()->AddToRoot();
+
+    // The one singleton made by new: it is a component, and the GUI's tree is what updates and draws
+    // it.
+    const util::SharedPtr<App> application = QUIB_NEW App;
+    gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(application);
+    application->AddToRoot();
+    Scene::GetInstancePtr()->AddToRoot();
+
+    Serializer::Create();
+    FileInfo::Create();
+}
+
+void PrepareSceneDir()
+{
+    boost::system::error_code error;
+    boost::filesystem::create_directories(Files()->QuibletDir(), error);
+    if (error)
+        Log(logging::LogWarning,
+            "Failed to make the folder " + Files()->QuibletDir() + ": " + error.message());
+
+    const std::vector<util::String> old = Files()->FilesInDir(Files()->SceneDir(), "*.cfg");
+    if (old.empty())
+        return;
+    Log(logging::LogVerbose, "Renaming old .cfg files to .qib...");
+    for (const util::String& name : old)
+        Files()->RenameFile(Files()->SceneDir() + name,
+                            Files()->SceneDir() + name.substr(0, name.size() - 3) + "qib");
+}
+
+void LoadScene()
+{
+    for (const char* name : {Scene_Autosave, Scene_Last, Scene_Welcome})
+        if (Files()->FileExists(Files()->SceneDir() + name))
+        {
+            App::GetInstancePtr()->GetAppGUI()->LoadScene(name, true);
+            return;
+        }
+}
+
+util::String ScenePathFromArguments(int argc, char** argv)
+{
+    if (argc < 2 || !util::iends_with(argv[argc - 1], ".qib"))
+        return "";
+    // Deliberate: all of them. A shell has split a path with blanks.
+    const util::String path = util::Join(std::vector<util::String>(argv + 1, argv + argc), " ");
+    // A bare name means the scene folder to everything below, but the current one to whoever typed it.
+    if (path.find('/') == util::String::npos && Files()->FileExists("./" + path))
+        return "./" + path;
+    return path;
+}
+
+void EndAfterFailure(const util::String& title, const util::String& message, PopupFunction popup)
+{
+    // Deliberate: "Cancel" throws on and leaves a debugger at the place, "Debug" ends in silence.
+    if (popup(title, message))
+        throw;
+    SDL_Quit(); // a full-screen mode must not outlive us
+    _exit(1);
+}
+}
+
+int SDL_main(int argc, char** argv)
+{
+    util::FileSystem::GetInstancePtr()->CalcWorkDir(argc > 0 ? argv[0] : "");
+    if (app::AsksForVersion(argc, argv))
+    {
+        std::cout << util::FileSystem::GetInstancePtr()->NameAndVersion() << std::endl;
+        std::exit(0);
+    }
+
+    core::Subsystem::HandleSignals();
+    try
+    {
+        app::RunProgram(argc, argv);
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("Exception caught in main: ") + e.what());
+        app::EndAfterFailure("Exception caught", e.what(), os::ShowErrorPopup);
+    }
+    catch (...)
+    {
+        CatchException(QUIB_LOCATION);
+        Log(logging::LogError, "Unknown exception caught in main.");
+        app::EndAfterFailure("Unknown exception caught", "Badness", os::ShowErrorPopup);
+    }
+    // Deliberate: most services are never torn down, and no static destructor may meet them.
+    _exit(0);
+}

@@ -1,0 +1,261 @@
+#include "input/Input.h"
+
+#include "TestSupport.h"
+#include "input/ListenersForTest.h"
+
+#include <SDL.h>
+
+#include <gtest/gtest.h>
+
+using namespace input;
+
+namespace
+{
+using Notes = std::vector<std::string>;
+
+SDL_Event Key(Uint8 type, SDLKey key)
+{
+    SDL_Event event = {};
+    event.type = type;
+    event.key.keysym.sym = key;
+    return event;
+}
+
+SDL_Event Button(Uint8 type, Uint8 button, Uint16 x = 0, Uint16 y = 0)
+{
+    SDL_Event event = {};
+    event.type = type;
+    event.button.button = button;
+    event.button.x = x;
+    event.button.y = y;
+    return event;
+}
+
+SDL_Event Resize(int w, int h)
+{
+    SDL_Event event = {};
+    event.type = SDL_VIDEORESIZE;
+    event.resize.w = w;
+    event.resize.h = h;
+    return event;
+}
+
+// Keeps what it last got.
+class KeepingListener : public InputListener
+{
+public:
+    KeepingListener()
+        : InputListener(50)
+    {
+    }
+    void OnKeyEvent(const KeyEvent& event) override
+    {
+        InputListener::OnKeyEvent(event);
+        keys.push_back(event);
+    }
+    void OnMouseMove(const MouseEvent& event) override { moves.push_back(event); }
+    void OnOtherEvent(const InputEvent& event) override { others.push_back(event.GetEvent()); }
+
+    std::vector<KeyEvent> keys;
+    std::vector<MouseEvent> moves;
+    std::vector<SDL_Event> others;
+};
+
+class InputTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        setenv("SDL_VIDEODRIVER", "dummy", 1);
+        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
+        // The dummy driver has a mouse only once it has a screen.
+        ASSERT_TRUE(SDL_SetVideoMode(640, 480, 0, SDL_SWSURFACE)) << SDL_GetError();
+        Input::GetInstancePtr()->InitializeSDL();
+    }
+    static void TearDownTestSuite() { SDL_Quit(); }
+
+    void SetUp() override
+    {
+        SDL_Event event;
+        while (SDL_PollEvent(&event))
+            ;
+        input->AddListener(util::WeakPtr<InputListener>(listener.get()));
+    }
+
+    Input* input = Input::GetInstancePtr();
+    util::SharedPtr<KeepingListener> listener = QUIB_NEW KeepingListener;
+};
+}
+
+TEST_F(InputTest, AKeyNeverSeenIsUp)
+{
+    EXPECT_FALSE(input->IsKeyDown(SDLK_F12));
+}
+
+TEST_F(InputTest, AKeyIsDownFromPressToRelease)
+{
+    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_LEFT));
+    EXPECT_TRUE(input->IsKeyDown(SDLK_LEFT));
+    EXPECT_TRUE(listener->IsKeyDown(SDLK_LEFT));
+    input->HandleEvent(Key(SDL_KEYUP, SDLK_LEFT));
+    EXPECT_FALSE(input->IsKeyDown(SDLK_LEFT));
+    EXPECT_FALSE(listener->IsKeyDown(SDLK_LEFT));
+}
+
+TEST_F(InputTest, AKeyThatAHigherListenerTookIsNotDownForTheLower)
+{
+    Notes notes;
+    const util::SharedPtr<NotingListener> taker = QUIB_NEW NotingListener(90, "taker", &notes);
+    taker->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
+    input->AddListener(util::WeakPtr<InputListener>(taker.get()));
+
+    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_LEFT));
+    EXPECT_TRUE(input->IsKeyDown(SDLK_LEFT));
+    EXPECT_TRUE(taker->IsKeyDown(SDLK_LEFT));
+    EXPECT_FALSE(listener->IsKeyDown(SDLK_LEFT));
+    input->HandleEvent(Key(SDL_KEYUP, SDLK_LEFT));
+}
+
+TEST_F(InputTest, AReleaseThatAHigherListenerTookStillCountsAsUp)
+{
+    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_RIGHT));
+    ASSERT_TRUE(listener->IsKeyDown(SDLK_RIGHT));
+    Notes notes;
+    const util::SharedPtr<NotingListener> taker = QUIB_NEW NotingListener(90, "taker", &notes);
+    taker->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
+    input->AddListener(util::WeakPtr<InputListener>(taker.get()));
+    input->HandleEvent(Key(SDL_KEYUP, SDLK_RIGHT));
+    EXPECT_FALSE(listener->IsKeyDown(SDLK_RIGHT));
+}
+
+TEST_F(InputTest, ADelegatorKnowsTheKeysThatItsListenersLeft)
+{
+    const util::SharedPtr<InputDelegator> delegator = QUIB_NEW InputDelegator(50);
+    Notes notes;
+    const util::SharedPtr<NotingListener> child = QUIB_NEW NotingListener(50, "child", &notes);
+    delegator->AddListener(util::WeakPtr<InputListener>(child.get()));
+    input->AddListener(util::WeakPtr<InputListener>(delegator.get()));
+
+    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_UP));
+    EXPECT_TRUE(delegator->IsKeyDown(SDLK_UP));
+    child->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
+    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_DOWN));
+    EXPECT_FALSE(delegator->IsKeyDown(SDLK_DOWN));
+    input->HandleEvent(Key(SDL_KEYUP, SDLK_UP));
+    input->HandleEvent(Key(SDL_KEYUP, SDLK_DOWN));
+}
+
+TEST_F(InputTest, MouseButtonsAreKeysFrom324On)
+{
+    const struct
+    {
+        Uint8 button;
+        int key;
+    } cases[] = {{1, 324}, {2, 325}, {3, 326}, {4, 327}, {5, 328}};
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(testing::Message() << "button " << int(c.button));
+        input->HandleEvent(Button(SDL_MOUSEBUTTONDOWN, c.button));
+        EXPECT_TRUE(input->IsKeyDown(c.key));
+        input->HandleEvent(Button(SDL_MOUSEBUTTONUP, c.button));
+        EXPECT_FALSE(input->IsKeyDown(c.key));
+    }
+    EXPECT_EQ(10u, listener->keys.size());
+}
+
+TEST_F(InputTest, PositionsGoThroughTheConversionOfTheGUI)
+{
+    input->SetPosFromPixel([](int x, int y) { return math::Vec2(x / 2.0f, y / 4.0f); });
+    input->HandleEvent(Button(SDL_MOUSEBUTTONDOWN, 1, 100, 80));
+    input->HandleEvent(Button(SDL_MOUSEBUTTONUP, 1));
+    SDL_Event move = {};
+    move.type = SDL_MOUSEMOTION;
+    move.motion.state = 5;
+    move.motion.x = 10;
+    move.motion.y = 20;
+    move.motion.xrel = -2;
+    move.motion.yrel = 8;
+    input->HandleEvent(move);
+    input->SetPosFromPixel([](int x, int y) { return math::Vec2(float(x), float(y)); });
+
+    EXPECT_EQ(math::Vec2(50, 20), listener->keys.at(0).GetPosition());
+    ASSERT_EQ(1u, listener->moves.size());
+    EXPECT_EQ(math::Vec2(5, 5), listener->moves[0].GetPosition());
+    EXPECT_EQ(math::Vec2(-1, 2), listener->moves[0].GetRelative());
+    EXPECT_EQ(5, listener->moves[0].GetButtons());
+}
+
+TEST_F(InputTest, PumpingReadsTheMouse)
+{
+    SDL_WarpMouse(123, 45);
+    input->PumpEvents();
+    EXPECT_EQ(math::Vec2(123, 45), input->GetMousePos());
+}
+
+TEST_F(InputTest, OfSeveralResizesOnlyTheLastIsDeliveredAndAfterAllElse)
+{
+    SDL_Event events[] = {Resize(100, 100), Key(SDL_KEYDOWN, SDLK_a), Resize(200, 150),
+                          Key(SDL_KEYUP, SDLK_a)};
+    SDL_Event expose = {};
+    expose.type = SDL_VIDEOEXPOSE;
+    for (SDL_Event& event : events)
+        ASSERT_EQ(0, SDL_PushEvent(&event));
+    ASSERT_EQ(0, SDL_PushEvent(&expose));
+    input->PumpEvents();
+
+    EXPECT_EQ(2u, listener->keys.size());
+    ASSERT_EQ(2u, listener->others.size());
+    EXPECT_EQ(SDL_VIDEOEXPOSE, listener->others[0].type);
+    EXPECT_EQ(SDL_VIDEORESIZE, listener->others[1].type);
+    EXPECT_EQ(200, listener->others[1].resize.w);
+    EXPECT_EQ(150, listener->others[1].resize.h);
+}
+
+TEST_F(InputTest, QuitAndWindowEventsReachTheListenersRaw)
+{
+    const Uint8 types[] = {SDL_ACTIVEEVENT, SDL_QUIT,        SDL_SYSWMEVENT,
+                           SDL_VIDEORESIZE, SDL_VIDEOEXPOSE, SDL_USEREVENT};
+    for (const Uint8 type : types)
+    {
+        SDL_Event event = {};
+        event.type = type;
+        input->HandleEvent(event);
+        ASSERT_FALSE(listener->others.empty());
+        EXPECT_EQ(type, listener->others.back().type);
+    }
+}
+
+TEST_F(InputTest, AnEventOfAnUnknownTypeIsAWarning)
+{
+    test::LogCapture log(logging::LogWarning);
+    SDL_Event event = {};
+    event.type = 99;
+    input->HandleEvent(event);
+    EXPECT_EQ(Notes{"-- Warning: Unknown Event from SDL"}, log.Lines());
+}
+
+TEST_F(InputTest, TextInputTurnsKeyRepeatOnWithHalfASecondOfDelay)
+{
+    int delay = -1, interval = -1;
+    SetTextInput(true);
+    SDL_GetKeyRepeat(&delay, &interval);
+    EXPECT_EQ(500, delay);
+    EXPECT_EQ(30, interval);
+    EXPECT_EQ(1, SDL_EnableUNICODE(-1));
+
+    SetTextInput(false);
+    SDL_GetKeyRepeat(&delay, &interval);
+    EXPECT_EQ(0, delay);
+    EXPECT_EQ(0, SDL_EnableUNICODE(-1));
+    SetTextInput(true);
+}
+
+TEST_F(InputTest, WindowSystemEventsAreAskedFor)
+{
+    EXPECT_EQ(SDL_ENABLE, SDL_EventState(SDL_SYSWMEVENT, SDL_QUERY));
+}
+
+TEST_F(InputTest, AListenerIsUnnamedUntilItTakesAName)
+{
+    EXPECT_EQ("unnamed", listener->GetReflectedName());
+}
