@@ -99,7 +99,10 @@ TEST(BoundingBox, IntersectsWhatItTouches)
 {
     EXPECT_TRUE(Intersects(Box, BoundingBox(Vec2(5, 4), Vec2(9, 9)))) << "a shared corner";
     EXPECT_TRUE(Intersects(Box, BoundingBox(Vec2(1, 4), Vec2(5, 6)))) << "a shared edge";
+    EXPECT_TRUE(Intersects(BoundingBox(Vec2(5, 4), Vec2(9, 9)), Box));
+    EXPECT_TRUE(Intersects(BoundingBox(Vec2(1, 4), Vec2(5, 6)), Box));
     EXPECT_FALSE(Intersects(Box, BoundingBox(Vec2(5.001f, 2), Vec2(6, 4))));
+    EXPECT_FALSE(Intersects(BoundingBox(Vec2(5.001f, 2), Vec2(6, 4)), Box));
     EXPECT_FALSE(Intersects(Box, BoundingBox(Vec2(1, -4), Vec2(5, 1.999f))));
     EXPECT_TRUE(Intersects(Box, BoundingBox::Everything()));
     EXPECT_FALSE(Intersects(Box, BoundingBox::Empty()));
