@@ -8,7 +8,8 @@
 // Every way to the heap is counted: operator new ends in malloc or aligned_alloc. Under the address
 // sanitizer, which has its own malloc, its hook counts.
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+extern "C" int __sanitizer_install_malloc_and_free_hooks(
+    void (*onMalloc)(const volatile void*, size_t), void (*onFree)(const volatile void*));
 
 namespace
 {
