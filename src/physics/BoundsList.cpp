@@ -17,8 +17,8 @@ Bounds GrownBounds(const Vec2& center, float halfX, float halfY, float skew)
     if (!(halfX >= 0 && halfY >= 0 && size < 1e18f && skew < 0.01f))
         return Bounds::Everything();
     // The tests round some ten times, by 6e-8 of numbers no larger than size, and the least of the
-    // distances along two axes is at least 0.7 of the gap between two boxes. The constant keeps
-    // squares of gaps from vanishing.
+    // distances along two axes is at least 0.7 of the gap between two boxes. The constant is for
+    // numbers so small that rounding does not shrink with them.
     const float margin = (4e-6f + 4 * skew) * size + 1e-18f;
     const Vec2 half(halfX + margin, halfY + margin);
     return Bounds{center - half, center + half};

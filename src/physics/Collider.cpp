@@ -237,8 +237,8 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
                         { CollideCircleCircle(a, b, out); });
     }
     {
-        // A polygon's map may round a little of the polygon into the space around it, and a circle's
-        // center meets the map anywhere: so the bounds here are those of the whole map.
+        // The map alone tells whether a circle's center is inside, so the bounds here are those of the
+        // region that it covers.
         util::ScopeProfiler scope("Circle-Polygon");
         CollideTwoTypes(l.circles, l.polygons, l.polygonMaps,
                         [&](const CircleHull& c, const PolyHull& p)
