@@ -1,0 +1,304 @@
+#!/usr/bin/env python3
+"""Makes the scenes that ship: welcome.qib, pyramid.qib and rubble.qib.
+
+usage: tools/make_scenes.py [DIR]        (without DIR: scenes/ beside tools/)
+
+The text is that of Quib's own writer, to the byte: loading such a scene and saving it without a step
+gives the same file. Random choices have fixed seeds.
+"""
+
+import math
+import os
+import random
+import struct
+import sys
+
+AMBER = (0xF2, 0xA3, 0x3C)
+VERMILION = (0xE4, 0x57, 0x2E)
+SEA = (0x2E, 0x86, 0xAB)
+LEAF = (0x6B, 0xBF, 0x59)
+SAND = (0xF6, 0xE7, 0xCB)
+PLUM = (0x5B, 0x4B, 0x8A)
+TOYS = [AMBER, VERMILION, SEA, SAND, PLUM]
+
+
+def f32(x):
+    return struct.unpack("f", struct.pack("f", x))[0]
+
+
+def number(x):
+    """A float as the language prints it."""
+    text = "%.16g" % f32(x)
+    return text if "." in text else text + ".0"
+
+
+def code(value):
+    if isinstance(value, bool):
+        return "true" if value else "false"
+    if isinstance(value, int):
+        return str(value)
+    if isinstance(value, float):
+        return number(value)
+    if isinstance(value, str):
+        return '"' + value.replace("\n", "\\n").replace('"', '\\"') + '"'
+    return "[" + ", ".join(code(v) for v in value) + "]"
+
+
+def bucket(key):
+    """Where the key stands in the writer's hash table, which is the order of a block."""
+    h = 0
+    for c in key.encode():
+        h = (c + (h << 6) + (h << 16) - h) & 0xFFFFFFFF
+    return h % 23
+
+
+def block(values):
+    lines = ["    %s = %s" % (key, code(values[key])) for key in sorted(values, key=bucket)]
+    return "({\n" + ";\n".join(lines) + "\n})"
+
+
+class Scene:
+    def __init__(self, title, description, pan, zoom):
+        self.statements = [
+            "FileInfo.title = " + code(title),
+            "FileInfo.author = " + code("The Quib team"),
+            "FileInfo.description = " + code(description),
+            "FileInfo.version = 2",
+        ]
+        settings = [
+            ("Sim.gravity", (0.0, -9.8)),
+            ("Sim.gravitySwitch", True),
+            ("Sim.airSwitch", True),
+            ("Sim.airFrictionLinear", 0.01),
+            ("Sim.airFrictionQuadratic", 0.0),
+            ("Sim.rotFrictionLinear", 0.01),
+            ("Sim.airDensity", 0.01),
+            ("Sim.timeFactor", 1.0),
+            ("App.borders", True),
+            ("App.waterColor", (0.1, 0.1, 1.0, 0.7)),
+            ("Scene.Camera.pan", pan),
+            ("Scene.Camera.zoom", zoom),
+            ("App.Background.cloudOpacity", 0.9),
+            ("App.Background.drawClouds", True),
+            ("App.Background.skyColor", (0.3, 0.4, 1.0, 1.0)),
+            ("App.fadeColor", (0.0, 0.0, 0.0)),
+        ]
+        self.statements += ["%s = %s" % (name, code(value)) for name, value in settings]
+        self.count = 0
+
+    def add(self, command, color, pos, angle=0.0, **values):
+        attributes = ("airFrictionMult", "collideSet", "density", "friction", "restitution")
+        entity = {key: values[key] for key in attributes if key in values}
+        self.count += 1
+        entity["color"] = tuple(c / 255 for c in color) + (1.0,)
+        entity["entityID"] = self.count
+        entity["zDepth"] = float(self.count - 1)
+        entity["geomID"] = self.count
+        entity["pos"] = pos
+        entity["angle"] = angle
+        entity.update((key, value) for key, value in values.items() if key not in attributes)
+        self.statements.append("Scene." + command + block(entity))
+
+    def plane(self, color, point, angle, **values):
+        """Solid below the line through the point; angle 0 is level ground."""
+        self.add("addPlane", color, point, angle + math.pi / 2, **values)
+
+    def box(self, color, pos, size, angle=0.0, **values):
+        self.add("addBox", color, pos, angle, size=size, **values)
+
+    def circle(self, color, pos, radius, **values):
+        self.add("addCircle", color, pos, 0.0, radius=radius, **values)
+
+    def polygon(self, color, points, pos=None, angle=0.0, **values):
+        """Points in any place and direction; pos is where their centroid goes, if not where it is."""
+        points = counter_clockwise(points)
+        cx, cy = centroid(points)
+        local = [(f32(x - cx), f32(y - cy)) for x, y in points]
+        self.add("addPolygon", color, pos or (cx, cy), angle, vecs=local, **values)
+
+    def write(self, path):
+        group = block({"name": "selected", "entityIDs": []})
+        text = "// Quib scene created by Quib beta 4.0\n\n"
+        text += ";\n".join(self.statements + ["Scene.addGroup" + group])
+        with open(path, "w") as file:
+            file.write(text)
+        print("%s: %d entities" % (path, self.count))
+
+
+def area2(points):
+    return sum(
+        x0 * y1 - x1 * y0 for (x0, y0), (x1, y1) in zip(points, points[1:] + points[:1])
+    )
+
+
+def counter_clockwise(points):
+    return points if area2(points) > 0 else points[::-1]
+
+
+def centroid(points):
+    a = area2(points)
+    cx = cy = 0
+    for (x0, y0), (x1, y1) in zip(points, points[1:] + points[:1]):
+        cross = x0 * y1 - x1 * y0
+        cx += (x0 + x1) * cross
+        cy += (y0 + y1) * cross
+    return cx / (3 * a), cy / (3 * a)
+
+
+def arc(center, radius, start, end, steps):
+    """Points on a circle, angles in degrees, both ends included."""
+    return [
+        (
+            center[0] + radius * math.cos(math.radians(start + (end - start) * i / steps)),
+            center[1] + radius * math.sin(math.radians(start + (end - start) * i / steps)),
+        )
+        for i in range(steps + 1)
+    ]
+
+
+def star(radius, points, inner=0.5):
+    return [
+        (r * math.sin(math.pi * i / points), r * math.cos(math.pi * i / points))
+        for i, r in ((i, radius * (inner if i % 2 else 1)) for i in range(2 * points))
+    ]
+
+
+def heart(size):
+    points = []
+    for i in range(40):
+        t = 2 * math.pi * (i + 0.5) / 40
+        x = 16 * math.sin(t) ** 3
+        y = 13 * math.cos(t) - 5 * math.cos(2 * t) - 2 * math.cos(3 * t) - math.cos(4 * t)
+        points.append((size * x / 16, size * y / 16))
+    return points
+
+
+def crescent(outer, thickness):
+    """A bowl, open at the top."""
+    return arc((0, 0), outer, 190, 350, 32) + arc((0, 0), outer - thickness, 350, 190, 32)
+
+
+# Layers keep what stands behind apart from what runs in front. The lowest is everybody's.
+FRONT, BEHIND_1, BEHIND_2, BEHIND_3, BEHIND_4 = 1, 2, 4, 8, 16
+ALL_LAYERS = 31
+
+
+def shelf(x0, y0, x1, y1, lip):
+    """A slope from (x0, y0) down to (x1, y1), a hand thick, with a lip at its upper end."""
+    length = math.hypot(x1 - x0, y1 - y0)
+    ux, uy = (x1 - x0) / length, (y1 - y0) / length
+    nx, ny = (-uy, ux) if ux > 0 else (uy, -ux)
+    at = lambda along, up: (x0 + ux * along + nx * up, y0 + uy * along + ny * up)
+    w = 0.18
+    return [at(0, -w), at(length, -w), at(length, 0), at(w, 0), at(w, lip), at(0, lip)]
+
+
+def welcome(path):
+    scene = Scene(
+        "Welcome",
+        "Marbles run down the shelves and start the dominoes. Move with the arrow keys.",
+        (0.0, 0.0),
+        48.0,
+    )
+    ground = -6.0
+    scene.plane(LEAF, (0.0, ground), 0.0, collideSet=ALL_LAYERS, friction=0.7)
+
+    # Pillars first: they stand behind everything.
+    shelves = [(-9.6, 4.4, -4.6, 4.0), (-3.4, 2.6, -8.8, 2.15), (-9.6, 0.6, -4.4, 0.2)]
+    layers = [BEHIND_1, BEHIND_2, BEHIND_3]
+    for (x0, y0, x1, y1), layer in zip(shelves, layers):
+        for t in (0.18, 0.82):
+            x = x0 + (x1 - x0) * t
+            # The slope's underside at the pillar's two edges.
+            under = lambda px: y0 + (y1 - y0) * (px - x0) / (x1 - x0) - 0.181
+            l, r = x - 0.2, x + 0.2
+            points = [(l - 0.15, ground), (r + 0.15, ground), (r, under(r)), (l, under(l))]
+            scene.polygon(SAND, points, collideSet=layer, friction=1.0, restitution=0.0)
+    for (x0, y0, x1, y1), layer, color in zip(shelves, layers, (VERMILION, SEA, PLUM)):
+        scene.polygon(color, shelf(x0, y0, x1, y1, 0.5), collideSet=layer | FRONT, friction=1.0,
+                      restitution=0.2)
+
+    # The slide that turns the marbles towards the dominoes.
+    slide = [(-5.6, ground), (-0.2, ground), (-0.2, ground + 0.08)]
+    slide += arc((-0.2, ground + 5.0), 4.92, 268, 217, 24)[1:]
+    slide += [(-5.6, slide[-1][1])]
+    scene.polygon(AMBER, slide, density=8.0, friction=0.8, restitution=0.1)
+
+    for i, color in enumerate((AMBER, SEA, SAND, PLUM, VERMILION, LEAF)):
+        scene.circle(color, (-9.0 + 0.62 * i, 4.75 + 0.6 * (i % 2)), 0.22 + 0.02 * (i % 3),
+                     friction=0.8, restitution=0.3)
+
+    # Dominoes, each a little larger than the one before.
+    x, height = 0.9, 0.62
+    for i in range(13):
+        scene.box(TOYS[i % 5], (x, ground + height / 2), (height * 0.2, height), friction=0.35,
+                  restitution=0.1)
+        x += height * 0.62
+        height *= 1.1
+
+    # What the last of them finds.
+    for row in range(4):
+        for i in range(4 - row):
+            scene.box(TOYS[(row + i) % 5], (9.2 + 0.66 * (i + row / 2), ground + 0.3 + 0.6 * row),
+                      (0.6, 0.6))
+    scene.polygon(AMBER, star(0.5, 5), (10.19, ground + 2.9), density=1.0)
+
+    scene.write(path)
+
+
+def pyramid(path):
+    rows = 40
+    scene = Scene(
+        "Pyramid",
+        "820 boxes that stand. Throw something at them.",
+        (0.0, 19.0),
+        16.0,
+    )
+    scene.plane(LEAF, (0.0, 0.0), 0.0)
+    for row in range(rows):
+        for i in range(rows - row):
+            x = 1.1 * (i - (rows - row - 1) / 2)
+            scene.box(TOYS[row % 5], (x, row + 0.5), (1.0, 1.0))
+    scene.write(path)
+
+
+def rubble(path):
+    chance = random.Random(7)
+    scene = Scene(
+        "Rubble",
+        "300 stones, a third of them hollow ones, fall into a basin.",
+        (0.0, 8.0),
+        28.0,
+    )
+    scene.plane(LEAF, (0.0, 0.0), 0.0)
+    scene.plane(LEAF, (-9.0, 0.0), math.radians(-60))
+    scene.plane(LEAF, (9.0, 0.0), math.radians(60))
+    for i in range(300):
+        corners = chance.randint(5, 9)
+        radius = chance.uniform(0.35, 0.55)
+        points = []
+        for k in range(corners):
+            angle = 2 * math.pi * (k + chance.uniform(-0.25, 0.25)) / corners
+            points.append((angle, radius * chance.uniform(0.92, 1.0)))
+        if i % 3 == 0:
+            # Every second corner pulled in makes it concave.
+            points = [
+                (angle, r * (0.5 if k % 2 and k + 1 < corners else 1))
+                for k, (angle, r) in enumerate(points)
+            ]
+        outline = [(r * math.cos(angle), r * math.sin(angle)) for angle, r in points]
+        column, row = i % 15, i // 15
+        pos = (1.2 * (column - 7) + chance.uniform(-0.04, 0.04), 1.5 + 1.2 * row)
+        scene.polygon(chance.choice(TOYS), outline, pos, round(chance.uniform(-3.1, 3.1), 1))
+    scene.write(path)
+
+
+def main():
+    folder = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(__file__), "../scenes")
+    os.makedirs(folder, exist_ok=True)
+    for make in (welcome, pyramid, rubble):
+        make(os.path.join(folder, make.__name__ + ".qib"))
+
+
+if __name__ == "__main__":
+    main()
