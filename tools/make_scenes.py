@@ -289,7 +289,7 @@ def rubble(path):
         outline = [(r * math.cos(angle), r * math.sin(angle)) for angle, r in points]
         column, row = i % 15, i // 15
         pos = (1.2 * (column - 7) + chance.uniform(-0.04, 0.04), 1.5 + 1.2 * row)
-        scene.polygon(chance.choice(TOYS), outline, pos, round(chance.uniform(-3.1, 3.1), 1))
+        scene.polygon(chance.choice(TOYS), outline, pos, round(chance.uniform(-3.1, 3.1), 1) + 0.0)
     scene.write(path)
 
 

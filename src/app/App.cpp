@@ -6,6 +6,7 @@
 #include "app/Constants.h"
 #include "app/Scene.h"
 #include "app/entities/Entity.h"
+#include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
 #include "math/Matrix.h"
@@ -20,7 +21,7 @@
 #include "util/ScopeProfiler.h"
 
 #include <GL/gl.h>
-#include <SDL/SDL_keysym.h>
+#include <SDL_keysym.h>
 
 #include <cmath>
 
@@ -68,6 +69,10 @@ App::App()
     SetReflectedName("App");
     SetFillOwner(true);
     m_language->AddChangeCallback(util::MakeCallback(&App::CreateGUI, this));
+
+    // Until there is a window, and where there never is one, views are those of the window asked for.
+    const core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
+    gui::GUI::GetInstancePtr()->OnNewWindowSize(subsystem->GetWidth(), subsystem->GetHeight());
 
     m_background = QUIB_NEW Background;
     AddComponent(m_background);

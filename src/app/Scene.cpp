@@ -12,7 +12,7 @@
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
 
-#include <SDL/SDL_keysym.h>
+#include <SDL_keysym.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,0 +1,6 @@
+#include "app/HeadlessRunner.h"
+
+int main(int argc, char** argv)
+{
+    return app::RunHeadless(argc, argv);
+}

@@ -1,0 +1,222 @@
+#include "AppFixture.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+class AppGUITest : public AppFixture
+{
+protected:
+    static AppGUI* TheGUI() { return App::GetInstancePtr()->GetAppGUI().get(); }
+    static void Sleep(int milliseconds)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    }
+    static bool Exists(const std::string& name) { return boost::filesystem::exists(Dir() / name); }
+    void TearDown() override
+    {
+        Run("App.autosaveTime = 30.0");
+        AppFixture::TearDown();
+    }
+};
+
+const char* const Autosave = "scenes/_AUTOSAVE.qib";
+const char* const ConfigAutosave = "config.autosave.cfg";
+
+TEST_F(AppGUITest, SavesWhenTheAutosaveTimeIsOver)
+{
+    boost::filesystem::remove(Dir() / Autosave);
+    boost::filesystem::remove(Dir() / ConfigAutosave);
+    Run("App.autosaveTime = 0.1");
+    TheGUI()->PostponeAutosave();
+    TheGUI()->Update(0.01f);
+    EXPECT_FALSE(Exists(Autosave));
+    Sleep(150);
+    TheGUI()->Update(0.01f);
+    EXPECT_TRUE(Exists(Autosave));
+    EXPECT_TRUE(Exists(ConfigAutosave));
+    // And not again before it is over again.
+    boost::filesystem::remove(Dir() / Autosave);
+    TheGUI()->Update(0.01f);
+    EXPECT_FALSE(Exists(Autosave));
+}
+
+TEST_F(AppGUITest, SavesEveryFrameAtAnAutosaveTimeOf0)
+{
+    Run("App.autosaveTime = 0.0");
+    for (int frame = 0; frame < 3; ++frame)
+    {
+        boost::filesystem::remove(Dir() / Autosave);
+        Sleep(5);
+        TheGUI()->Update(0.01f);
+        EXPECT_TRUE(Exists(Autosave)) << frame;
+    }
+}
+
+TEST_F(AppGUITest, DoesNotTakeAnAutosaveForTheCurrentScene)
+{
+    FileInfo::GetInstancePtr()->SetFileName("mine.qib");
+    TheGUI()->SaveSceneAs("_AUTOSAVE.qib", true);
+    TheGUI()->LoadScene("_AUTOSAVE.qib", true);
+    EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
+    TheGUI()->SaveSceneAs("other", false);
+    EXPECT_EQ("other", FileInfo::GetInstancePtr()->GetFileName());
+    TheGUI()->LoadScene("mine.qib", false);
+    EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
+}
+
+TEST_F(AppGUITest, MakesLongNames)
+{
+    const std::string scenes = Dir() / "scenes/";
+    EXPECT_EQ(scenes + "a.qib", MakeLongFileName("a"));
+    EXPECT_EQ(scenes + "a.QIB", MakeLongFileName("a.QIB"));
+    EXPECT_EQ("./a.qib", MakeLongFileName("./a"));
+    EXPECT_EQ("/x/a.qib", MakeLongFileName("/x/a.qib"));
+}
+
+TEST_F(AppGUITest, SavesAndLoadsAScene)
+{
+    Add("Scene.addBox { pos = [1.0, 2.0] }");
+    {
+        test::LogCapture log(logging::LogVerbose);
+        TheGUI()->SaveSceneAs("saved", false);
+        EXPECT_TRUE(log.Has("Scene saved to " + (Dir() / "scenes/saved.qib"))) << log.Text();
+    }
+    TheScene()->ClearScene();
+    Sim()->m_running = false;
+    test::LogCapture log(logging::LogVerbose);
+    TheGUI()->LoadScene("saved.qib", false);
+    EXPECT_TRUE(log.Has("Loaded scene " + (Dir() / "scenes/saved.qib"))) << log.Text();
+    ASSERT_EQ(1u, TheScene()->GetEntities().size());
+    EXPECT_TRUE(Sim()->m_running);
+}
+
+TEST_F(AppGUITest, TakesABackslashForASlash)
+{
+    boost::filesystem::create_directories(Dir() / "deep");
+    test::Spit(Dir() / "deep/a.qib", "Scene.addBox { }");
+    util::String path = Dir() / "deep/a.qib";
+    std::replace(path.begin(), path.end(), '/', '\\');
+    TheGUI()->LoadScene(path, true);
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(AppGUITest, SaysThatASceneIsMissingAndKeepsTheOneThatIsThere)
+{
+    Add("Scene.addBox { }");
+    test::LogCapture log(logging::LogError);
+    TheGUI()->LoadScene("nowhere", true);
+    EXPECT_TRUE(log.Has("Tried to load non-existing file: " + (Dir() / "scenes/nowhere.qib")))
+        << log.Text();
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(AppGUITest, NamesAFileThatItCannotLoad)
+{
+    const struct
+    {
+        const char *name, *text;
+    } files[] = {
+        {"truncated", "Scene.addBox { pos = [1.0, 2.0"},
+        {"binary", "\x01\x02\x7f\x45\x4c\x46\xff\xfe{[("},
+        {"garbage", "))))"},
+    };
+    for (const auto& file : files)
+    {
+        SCOPED_TRACE(file.name);
+        const std::string path = Dir() / "scenes/" + file.name + ".qib";
+        test::Spit(path, file.text);
+        test::LogCapture log(logging::LogError);
+        TheGUI()->LoadScene(file.name, true);
+        EXPECT_TRUE(
+            log.Has("Exception caught while loading scene: The text is not a valid scene or "
+                    "Quiblet"))
+            << log.Text();
+        EXPECT_TRUE(log.Has(path)) << log.Text();
+        EXPECT_TRUE(TheScene()->GetEntities().empty());
+    }
+}
+
+TEST_F(AppGUITest, LoadsAnEmptyFileAsAnEmptyScene)
+{
+    test::Spit(Dir() / "scenes/empty.qib", "");
+    Add("Scene.addBox { }");
+    test::LogCapture log(logging::LogVerbose);
+    TheGUI()->LoadScene("empty", true);
+    EXPECT_TRUE(log.Has("Loaded scene " + (Dir() / "scenes/empty.qib")));
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+}
+
+TEST_F(AppGUITest, KeepsTheSceneWhenAFileCannotBeRead)
+{
+    boost::filesystem::create_directories(Dir() / "scenes/folder.qib");
+    Add("Scene.addBox { }");
+    test::LogCapture log(logging::LogError);
+    TheGUI()->LoadScene("folder", true);
+    EXPECT_TRUE(log.Has(Dir() / "scenes/folder.qib")) << log.Text();
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(AppGUITest, ZoomsToASceneWithoutAView)
+{
+    test::Spit(Dir() / "scenes/a.qib", "Scene.addBox { pos = [5.0, 5.0] }");
+    TheGUI()->LoadScene("a", true);
+    EXPECT_NEAR(5, TheCamera()->GetPan().x, 1e-3f);
+    test::Spit(Dir() / "scenes/a.qib",
+               "Scene.Camera.pan = [1.0, 0.0]; Scene.addBox { pos = [5.0, 5.0] }");
+    TheGUI()->LoadScene("a", true);
+    EXPECT_EQ(Vec2(1, 0), TheCamera()->GetPan());
+}
+
+TEST_F(AppGUITest, TakesTheTextsOfTheFileForTheScene)
+{
+    test::Spit(Dir() / "scenes/a.qib",
+               "FileInfo.title = \"T\"; FileInfo.author = \"A\"; FileInfo.description = \"D\"");
+    TheGUI()->LoadScene("a", true);
+    EXPECT_EQ("T", TheScene()->GetTitle());
+    EXPECT_EQ("A", TheScene()->GetAuthor());
+    EXPECT_EQ("D", TheScene()->GetDescription());
+    // A file without texts does not keep those of the one before.
+    test::Spit(Dir() / "scenes/a.qib", "");
+    TheGUI()->LoadScene("a", true);
+    EXPECT_EQ("", TheScene()->GetTitle());
+    EXPECT_EQ("", FileInfo::GetInstancePtr()->GetTitle());
+}
+
+TEST_F(AppGUITest, SaysThatASceneWasNotSavedAndLeavesTheOldFileWhole)
+{
+    const std::string folder = Dir() / "nofolder";
+    test::LogCapture log(logging::LogError);
+    TheGUI()->SaveSceneAs(folder + "/a", false);
+    EXPECT_TRUE(log.Has("Failed to save scene to " + folder + "/a.qib")) << log.Text();
+    log.Clear();
+    // Nobody asked for an autosave, so nobody is bothered.
+    TheGUI()->SaveSceneAs(folder + "/a", true);
+    EXPECT_TRUE(log.Lines().empty()) << log.Text();
+
+    // A folder stands where the text would be written first.
+    test::Spit(Dir() / "scenes/old.qib", "old");
+    boost::filesystem::create_directories(Dir() / "scenes/old.qib.tmp/x");
+    TheGUI()->SaveSceneAs("old", false);
+    EXPECT_EQ("old", test::Slurp(Dir() / "scenes/old.qib"));
+    EXPECT_TRUE(log.Has("Failed to save scene to " + (Dir() / "scenes/old.qib"))) << log.Text();
+    boost::filesystem::remove_all(Dir() / "scenes/old.qib.tmp");
+}
+
+TEST_F(AppGUITest, LogsWhyASaveFailedForTheFileOnly)
+{
+    test::LogCapture log(logging::LogInfo);
+    TheGUI()->SaveSceneAs(Dir() / "nofolder/a", true);
+    EXPECT_TRUE(log.Has("Error: Failed to write file \"" + (Dir() / "nofolder/a.qib") + "\""))
+        << log.Text();
+}
+}
+}

@@ -1,0 +1,206 @@
+#include "AppFixture.h"
+
+#include "app/Background.h"
+#include "input/Input.h"
+
+#include <SDL_events.h>
+
+#include <cmath>
+
+using math::Vec2;
+using math::Vec3;
+using math::Vec4;
+
+namespace app
+{
+namespace
+{
+class AppTest : public AppFixture
+{
+protected:
+    static App* TheApp() { return App::GetInstancePtr(); }
+
+    static void Press(SDLKey key, bool down)
+    {
+        SDL_Event event = {};
+        event.type = down ? SDL_KEYDOWN : SDL_KEYUP;
+        event.key.keysym.sym = key;
+        input::Input::GetInstancePtr()->HandleEvent(event);
+    }
+
+    /// How far the view moves in one frame with these keys held.
+    static Vec2 Pan(std::initializer_list<SDLKey> keys, float dt)
+    {
+        TheCamera()->Reset();
+        for (SDLKey key : keys)
+            Press(key, true);
+        TheApp()->Update(dt);
+        for (SDLKey key : keys)
+            Press(key, false);
+        return TheCamera()->GetPan();
+    }
+};
+
+TEST_F(AppTest, HasItsSettingsWithTheirDefaults)
+{
+    const struct
+    {
+        const char *name, *value;
+    } settings[] = {
+        {"DPI", "86.0"},
+        {"autosaveTime", "30.0"},
+        {"borderWidth", "0.1000000014901161"},
+        {"borders", "true"},
+        {"chainDensityFactor", "20.0"},
+        {"dragToolStrength", "0.25"},
+        {"drawBCs", "false"},
+        {"drawBodyCenters", "false"},
+        {"drawCollisions", "false"},
+        {"drawMapOBBs", "false"},
+        {"drawOBBs", "false"},
+        {"drawParticleCenters", "false"},
+        {"drawVertices", "false"},
+        {"fadeColor", "[0.0, 0.0, 0.0]"},
+        {"fadeRotate", "0.0"},
+        {"fadeScale", "[0.949999988079071, 0.949999988079071]"},
+        {"fadeTranslate", "[0.0, 0.0]"},
+        {"language", "\"English\""},
+        {"lineWidth", "4.0"},
+        {"maxPointDist", "0.5"},
+        {"maxSPHSpawn", "10000"},
+        {"maxUndo", "25"},
+        {"metaCutoff", "0.5"},
+        {"minPointDist", "0.2000000029802322"},
+        {"pointSize", "4.0"},
+        {"polyTCFactor", "[10.0, 10.0]"},
+        {"selectColor", "[1.0, 0.5, 0.5]"},
+        {"simpleWater", "false"},
+        {"waterColor", "[0.1000000014901161, 0.1000000014901161, 1.0, 0.699999988079071]"},
+        {"waterElongation", "0.05000000074505806"},
+        {"waterFanceyFactor", "10.0"},
+        {"waterMaxElongation", "2.0"},
+    };
+    size_t found = 0;
+    for (const script::VariablePtr& variable : TheApp()->GetVariables())
+        found += dynamic_cast<script::AbstractAttrib*>(variable.get()) != nullptr;
+    EXPECT_EQ(std::size(settings), found);
+    for (const auto& setting : settings)
+    {
+        const script::VariablePtr variable = TheApp()->GetVariable(setting.name);
+        ASSERT_TRUE(variable) << setting.name;
+        EXPECT_EQ(util::String("App.") + setting.name + " = " + setting.value,
+                  variable->ToExpression()->ToCode());
+    }
+}
+
+TEST_F(AppTest, ShowsBackgroundAndInterfaceBelowItself)
+{
+    EXPECT_EQ("0.9", Run("App.Background.cloudOpacity"));
+    EXPECT_EQ("true", Run("App.Background.drawClouds"));
+    EXPECT_EQ("[0.3, 0.4, 1, 1]", Run("App.Background.skyColor"));
+    EXPECT_TRUE(TheApp()->HasVariable("GUI"));
+}
+
+TEST_F(AppTest, PansWithTheArrowKeys)
+{
+    // 400 GUI units per second, at 150 to a world unit.
+    const float way = 0.1f * 400 / 150;
+    EXPECT_NEAR(way, Pan({SDLK_RIGHT}, 0.1f).x, 1e-5f);
+    EXPECT_NEAR(-way, Pan({SDLK_LEFT}, 0.1f).x, 1e-5f);
+    EXPECT_NEAR(way, Pan({SDLK_UP}, 0.1f).y, 1e-5f);
+    EXPECT_NEAR(-way, Pan({SDLK_DOWN}, 0.1f).y, 1e-5f);
+    EXPECT_EQ(Vec2(0, 0), Pan({SDLK_LEFT, SDLK_RIGHT}, 0.1f));
+    EXPECT_EQ(Vec2(0, 0), Pan({SDLK_RIGHT}, 0));
+}
+
+TEST_F(AppTest, DrivesTheSimulationTheSceneAndTheCamera)
+{
+    const auto circle = Add("Scene.addCircle { pos = [0.0, 0.0] }");
+    TheCamera()->SetTrackedGroup(QUIB_NEW Group(circle));
+    gui::GUI::GetInstancePtr()->Update(0.016f);
+    EXPECT_LT(GeomOf(circle).GetCenter().y, 0);
+    // The camera comes last and so sees the place of this frame.
+    EXPECT_EQ(GeomOf(circle).GetCenter(), TheCamera()->GetPan());
+}
+
+TEST_F(AppTest, MeasuresInScreenCentimetres)
+{
+    TheCamera()->SetZoom(100);
+    EXPECT_FLOAT_EQ(0.01f, TheApp()->GetPixelSize());
+    EXPECT_FLOAT_EQ(0.01f * 86 / 2.54f, TheApp()->GetScreenCM());
+    EXPECT_FLOAT_EQ(0.001f * 86 / 2.54f, TheApp()->GetObjectBorderWidth());
+    Run("GUI.scale = 2.0");
+    EXPECT_FLOAT_EQ(0.005f, TheApp()->GetPixelSize());
+    Run("GUI.scale = 1.0");
+}
+
+TEST_F(AppTest, ColorsBordersBySelectionAndMouse)
+{
+    const auto box = Add("Scene.addBox { color = [0.2, 0.4, 0.6, 0.5] }");
+    const struct
+    {
+        bool selected, mouseOver;
+        Vec4 color;
+    } cases[] = {
+        {false, false, Vec4(0.1f, 0.2f, 0.3f, 0.5f)},
+        {false, true, Vec4(0.2f, 0.2f, 0.2f, 1)},
+        {true, false, Vec4(1, 1, 1, 1)},
+        {true, true, Vec4(0.8f, 0.8f, 0.8f, 1)},
+    };
+    for (const auto& c : cases)
+    {
+        box->SetSelected(c.selected);
+        box->SetMouseOver(c.mouseOver);
+        EXPECT_EQ(c.color, TheApp()->GetBorderColor(box.get())) << c.selected << c.mouseOver;
+    }
+}
+
+TEST_F(AppTest, MakesColorsThatShowAgainstTheSky)
+{
+    const Vec3 sky = TheApp()->GetBackground()->GetSkyColor().XYZ();
+    int dark = 0, light = 0;
+    for (int i = 0; i < 2000; ++i)
+    {
+        const Vec4 color = TheApp()->RandomEntityColor4();
+        EXPECT_EQ(1, color.w);
+        EXPECT_GE((color.x + color.y + color.z) / 3, 0.05f);
+        EXPECT_GE(math::Distance(color.XYZ(), sky), 0.1f);
+        const float lightness =
+            (std::max({color.x, color.y, color.z}) + std::min({color.x, color.y, color.z})) / 2;
+        dark += lightness < 0.5f;
+        light += lightness > 0.5f;
+    }
+    EXPECT_NEAR(dark, light, 400);
+}
+
+TEST_F(AppTest, FindsColorsUnderASkyThatIsNoColor)
+{
+    Run("App.Background.skyColor = [math.divide(0.0, 0.0), 0.0, 0.0, 1.0]");
+    EXPECT_EQ(1, TheApp()->RandomEntityColor4().w);
+    TheApp()
+        ->GetBackground()
+        ->GetVariable("skyColor")
+        ->SetObject(script::ValueToObject(Vec4(0.3f, 0.4f, 1, 1)));
+}
+
+TEST_F(AppTest, RebuildsTheInterfaceForANewLanguage)
+{
+    const util::SharedPtr<AppGUI> before = TheApp()->GetAppGUI();
+    before->AddComponent(QUIB_NEW gui::Component);
+    Run("App.language = \"Klingon\"");
+    EXPECT_EQ(before, TheApp()->GetAppGUI());
+    EXPECT_TRUE(before->GetComponents().empty());
+    Run("App.language = \"English\"");
+}
+
+TEST_F(AppTest, SavesTheExitSceneAndForgetsTheAutosave)
+{
+    Add("Scene.addBox { }");
+    test::Spit(Dir() / "scenes/_AUTOSAVE.qib", "x");
+    TheApp()->OnShutdown();
+    EXPECT_NE(std::string::npos,
+              test::Slurp(Dir() / "scenes/_ONEXITSAVE.qib").find("Scene.addBox"));
+    EXPECT_FALSE(boost::filesystem::exists(Dir() / "scenes/_AUTOSAVE.qib"));
+}
+}
+}

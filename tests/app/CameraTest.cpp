@@ -1,0 +1,173 @@
+#include "AppFixture.h"
+
+#include <limits>
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+using CameraTest = AppFixture;
+
+const float Inf = std::numeric_limits<float>::infinity();
+
+TEST_F(CameraTest, StartsAtTheDefaultView)
+{
+    EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
+    EXPECT_EQ(150, TheCamera()->GetZoom());
+    EXPECT_EQ(1.5f, Camera::GetMinZoom());
+    EXPECT_EQ(3000, Camera::GetMaxZoom());
+}
+
+TEST_F(CameraTest, HoldsTheZoomThatAScriptSetsToItsRange)
+{
+    Run("Scene.Camera.zoom = 1.0");
+    EXPECT_EQ("1.5", Run("Scene.Camera.zoom"));
+    EXPECT_EQ(1.5f, TheCamera()->GetZoom());
+    Run("Scene.Camera.zoom = 1.0e6");
+    EXPECT_EQ("3000", Run("Scene.Camera.zoom"));
+    Run("Scene.Camera.zoom = -20.0");
+    EXPECT_EQ("1.5", Run("Scene.Camera.zoom"));
+}
+
+TEST_F(CameraTest, ShowsNativeChangesToScripts)
+{
+    TheCamera()->SetZoom(75);
+    TheCamera()->SetPan(Vec2(2, -3));
+    EXPECT_EQ("75", Run("Scene.Camera.zoom"));
+    EXPECT_EQ("[2, -3]", Run("Scene.Camera.pan"));
+}
+
+TEST_F(CameraTest, RefusesAViewFromAScriptThatIsNotFinite)
+{
+    TheCamera()->SetPan(Vec2(1, 2));
+    TheCamera()->SetZoom(100);
+    for (const char* code : {"Scene.Camera.zoom = +inf", "Scene.Camera.pan = [0.0, -inf]",
+                             "Scene.Camera.zoom = { math.divide(0.0, 0.0) }",
+                             "Scene.Camera.pan = { [math.divide(0.0, 0.0), 0.0] }"})
+    {
+        SCOPED_TRACE(code);
+        test::LogCapture log(logging::LogWarning);
+        Run(code);
+        EXPECT_TRUE(log.Has(" was bound to bad type")) << log.Text();
+        // One burst: the old value stands where the bad one was.
+        log.Clear();
+        Parser()->Update();
+        Parser()->Update();
+        EXPECT_TRUE(log.Lines().empty()) << log.Text();
+        EXPECT_EQ(Vec2(1, 2), TheCamera()->GetPan());
+        EXPECT_EQ(100, TheCamera()->GetZoom());
+    }
+}
+
+TEST_F(CameraTest, IgnoresANativeViewThatIsNotFinite)
+{
+    TheCamera()->SetPan(Vec2(1, 2));
+    TheCamera()->SetZoom(100);
+    TheCamera()->SetPan(Vec2(Inf, 0));
+    TheCamera()->SetZoom(std::numeric_limits<float>::quiet_NaN());
+    math::Mat3 bad;
+    bad[0][2] = Inf;
+    TheCamera()->SetGUIToWorld(bad);
+    TheCamera()->SetWorldToGUI(bad);
+    TheCamera()->SetWorldToGUI(math::Mat3::Scale2D(Vec2(0, 0)));
+    EXPECT_EQ(Vec2(1, 2), TheCamera()->GetPan());
+    EXPECT_EQ(100, TheCamera()->GetZoom());
+}
+
+TEST_F(CameraTest, PutsThePanInTheMiddleAndTurnsY)
+{
+    const Vec2 middle = gui::GUI::GetInstancePtr()->GetSize() * 0.5f;
+    TheCamera()->SetPan(Vec2(3, -2));
+    TheCamera()->SetZoom(100);
+    EXPECT_EQ(middle, TheCamera()->WorldToGUI(Vec2(3, -2)));
+    EXPECT_EQ(middle + Vec2(100, -200), TheCamera()->WorldToGUI(Vec2(4, 0)));
+    EXPECT_EQ(Vec2(1, -2), TheCamera()->GUIToWorldNormal(Vec2(100, 200)));
+    const Vec2 back = TheCamera()->GUIToWorld(TheCamera()->WorldToGUI(Vec2(0.5f, 0.25f)));
+    EXPECT_NEAR(0.5f, back.x, 1e-4f);
+    EXPECT_NEAR(0.25f, back.y, 1e-4f);
+}
+
+TEST_F(CameraTest, TakesItsViewFromAMatrix)
+{
+    TheCamera()->SetPan(Vec2(5, 6));
+    TheCamera()->SetZoom(64);
+    const math::Mat3 toWorld = TheCamera()->GUIToWorld(), toGUI = TheCamera()->WorldToGUI();
+    TheCamera()->Reset();
+    TheCamera()->SetGUIToWorld(toWorld);
+    EXPECT_NEAR(5, TheCamera()->GetPan().x, 1e-4f);
+    EXPECT_NEAR(6, TheCamera()->GetPan().y, 1e-4f);
+    EXPECT_NEAR(64, TheCamera()->GetZoom(), 1e-3f);
+    TheCamera()->Reset();
+    TheCamera()->SetWorldToGUI(toGUI);
+    EXPECT_NEAR(5, TheCamera()->GetPan().x, 1e-4f);
+    EXPECT_NEAR(64, TheCamera()->GetZoom(), 1e-3f);
+}
+
+TEST_F(CameraTest, MovesThePictureByThePannedDistance)
+{
+    TheCamera()->SetZoom(100);
+    const Vec2 before = TheCamera()->WorldToGUI(Vec2(0, 0));
+    TheCamera()->PanView(Vec2(30, -40));
+    const Vec2 moved = TheCamera()->WorldToGUI(Vec2(0, 0)) - before;
+    EXPECT_NEAR(30, moved.x, 1e-3f);
+    EXPECT_NEAR(-40, moved.y, 1e-3f);
+}
+
+TEST_F(CameraTest, FollowsTheTrackedGroup)
+{
+    const auto circle = Add("Scene.addCircle { pos = [1.0, 1.0] }");
+    TheCamera()->SetPan(Vec2(10, 10));
+    TheCamera()->SetTrackedGroup(QUIB_NEW Group(circle));
+    circle->GetBody()->SetPos(Vec2(3, 0));
+    circle->GetBody()->ApplyPoseChange();
+    TheCamera()->Update(0.01f);
+    EXPECT_EQ(Vec2(12, 9), TheCamera()->GetPan());
+}
+
+TEST_F(CameraTest, StopsFollowingWhatIsGone)
+{
+    const auto circle = Add("Scene.addCircle { }");
+    const GroupPtr group = QUIB_NEW Group(TrackedName);
+    group->Add(circle);
+    TheScene()->AddGroup(group);
+    EXPECT_EQ(group, TheCamera()->GetTrackedGroup());
+    TheScene()->RemoveEntity(circle);
+    TheCamera()->Update(0.01f);
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup());
+    EXPECT_FALSE(TheScene()->GetGroupByName(TrackedName));
+}
+
+TEST_F(CameraTest, TakesAReplacedTrackedGroupOutOfTheScene)
+{
+    const GroupPtr first = QUIB_NEW Group(TrackedName), second = QUIB_NEW Group(TrackedName);
+    first->Add(Add("Scene.addCircle { }"));
+    second->Add(Add("Scene.addCircle { }"));
+    TheScene()->AddGroup(first);
+    TheScene()->AddGroup(second);
+    EXPECT_EQ(second, TheCamera()->GetTrackedGroup());
+    EXPECT_EQ(second, TheScene()->GetGroupByName(TrackedName));
+    EXPECT_EQ(2u, TheScene()->GetGroups().size()); // the selection and the second
+}
+
+TEST_F(CameraTest, StopsFollowingAtAReset)
+{
+    TheCamera()->SetTrackedGroup(QUIB_NEW Group(Add("Scene.addCircle { }")));
+    TheCamera()->SetZoom(20);
+    TheCamera()->Reset();
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup());
+    EXPECT_EQ(150, TheCamera()->GetZoom());
+}
+
+TEST_F(CameraTest, ConvertsWithAScaleThatNoScriptCanBreak)
+{
+    // What was written stays, what is used does not leave 0.1 to 10.
+    Run("GUI.scale = 0.0");
+    EXPECT_TRUE(math::IsFinite(App::GetInstancePtr()->GetPixelSize()));
+    EXPECT_NO_THROW(App::GetInstancePtr()->Update(0));
+    EXPECT_EQ("0", Run("GUI.scale"));
+    Run("GUI.scale = 1.0");
+}
+}
+}

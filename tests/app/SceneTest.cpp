@@ -1,0 +1,303 @@
+#include "AppFixture.h"
+
+#include "physics/WorldGeom.h"
+
+#include <SDL_keysym.h>
+#include <SDL_video.h>
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+using SceneTest = AppFixture;
+
+size_t BodyCount()
+{
+    return physics::Simulation::GetInstancePtr()->GetBodies().size() - 1;
+}
+
+TEST_F(SceneTest, PicksTheEntityOnTop)
+{
+    const auto below = Add("Scene.addBox { size = [2.0, 2.0] }");
+    const auto above = Add("Scene.addCircle { radius = 0.5 }");
+    EXPECT_EQ(above.get(), TheScene()->GetEntityAt(Vec2(0, 0)).get());
+    EXPECT_EQ(below.get(), TheScene()->GetEntityAt(Vec2(0.9f, 0.9f)).get());
+    EXPECT_FALSE(TheScene()->GetEntityAt(Vec2(5, 5)));
+    const std::vector<EntityPtr> all = TheScene()->GetEntitiesAt(Vec2(0, 0));
+    ASSERT_EQ(2u, all.size());
+    EXPECT_EQ(above.get(), all[0].get());
+    EXPECT_EQ(below.get(), all[1].get());
+}
+
+TEST_F(SceneTest, CountsTheOutlineToTheEntity)
+{
+    Add("Scene.addBox { size = [2.0, 2.0] }");
+    EXPECT_TRUE(TheScene()->GetEntityAt(Vec2(1, 0)));
+    EXPECT_FALSE(TheScene()->GetEntityAt(Vec2(1.001f, 0)));
+}
+
+TEST_F(SceneTest, PicksAnEntityWithItsGroups)
+{
+    const auto a = Add("Scene.addBox { entityID = 1 }");
+    const auto b = Add("Scene.addBox { entityID = 2; pos = [5.0, 0.0] }");
+    const auto c = Add("Scene.addBox { entityID = 3; pos = [9.0, 0.0] }");
+    Run("Scene.addGroup { name = \"pair\"; entityIDs = [1, 2] }");
+    Run("Scene.addGroup { name = \"selected\"; entityIDs = [1, 3] }");
+    Run("Scene.addGroup { name = \"tracked\"; entityIDs = [1, 3] }");
+    const GroupPtr picked = TheScene()->GetSelectionAt(Vec2(0, 0));
+    EXPECT_TRUE(picked->Contains(a));
+    EXPECT_TRUE(picked->Contains(b));
+    // Neither the selection nor what the camera follows is a group to be picked.
+    EXPECT_FALSE(picked->Contains(c));
+    EXPECT_TRUE(TheScene()->GetSelectionAt(Vec2(-5, 0))->IsEmpty());
+}
+
+TEST_F(SceneTest, IgnoresANullEntity)
+{
+    TheScene()->AddEntity(nullptr);
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    EXPECT_FALSE(TheScene()->HasEntity(nullptr));
+}
+
+TEST_F(SceneTest, TakesARemovedEntityOutOfGroupsAndWorld)
+{
+    const auto a = Add("Scene.addBox { entityID = 1 }");
+    const auto b = Add("Scene.addBox { entityID = 2; pos = [5.0, 0.0] }");
+    Run("Scene.addGroup { name = \"pair\"; entityIDs = [1, 2] }");
+    Run("Scene.addGroup { name = \"selected\"; entityIDs = [1] }");
+    TheScene()->RemoveEntity(a);
+    EXPECT_FALSE(TheScene()->HasEntity(a));
+    EXPECT_TRUE(TheScene()->HasEntity(b));
+    EXPECT_FALSE(TheScene()->GetGroupByName("pair")->Contains(a));
+    EXPECT_FALSE(TheScene()->IsSelected(a));
+    EXPECT_FALSE(a->IsAlive());
+    EXPECT_EQ(1u, BodyCount());
+}
+
+TEST_F(SceneTest, KeepsASharedBodyForTheOtherGeometry)
+{
+    const auto a = Add("Scene.addBox { }");
+    const auto b = Add("Scene.addBox { pos = [1.0, 0.0] }");
+    a->GetBody()->AddGeom(b->GetGeom());
+    TheScene()->FlushBodies();
+    EXPECT_EQ(1u, BodyCount());
+    TheScene()->RemoveEntity(a);
+    EXPECT_EQ(1u, BodyCount());
+    EXPECT_TRUE(b->IsAlive());
+    EXPECT_EQ(1u, b->GetBody()->GetGeoms().size());
+}
+
+TEST_F(SceneTest, RemovesBodiesThatNoEntityHolds)
+{
+    Add("Scene.addBox { }");
+    physics::BodyPtr stray = QUIB_NEW physics::Body;
+    Sim()->AddBody(stray);
+    EXPECT_EQ(2u, BodyCount());
+    TheScene()->FlushBodies();
+    EXPECT_EQ(1u, BodyCount());
+    EXPECT_FALSE(Sim()->HasBody(stray));
+    EXPECT_TRUE(Sim()->HasBody(Sim()->GetWorldBody()));
+}
+
+TEST_F(SceneTest, RemovesWhatFellOutOfTheWorld)
+{
+    const auto falling = Add("Scene.addCircle { pos = [0.0, -2000.0] }");
+    Add("Scene.addCircle { }");
+    Sim()->FlushBadBodies();
+    TheScene()->Update(0.01f);
+    EXPECT_FALSE(TheScene()->HasEntity(falling));
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+// Fails in its update, as long as it is told to.
+class FailingEntity final : public Entity
+{
+public:
+    void Update(float) override
+    {
+        ++updates;
+        if (fails)
+            QUIB_THROW(BadDataException("no more"));
+    }
+    void Draw() const override {}
+    bool IsOnEntity(const Vec2&) const override { return false; }
+    void AddToSimulation() override
+    {
+        if (failsToAdd)
+            QUIB_THROW(BadDataException("not here"));
+    }
+    void RemoveFromSimulation() override {}
+    math::BoundingBox GetAABB() const override { return math::BoundingBox::Empty(); }
+
+    bool fails = false, failsToAdd = false;
+    int updates = 0;
+};
+
+TEST_F(SceneTest, LosesOnlyTheEntityWhoseUpdateFails)
+{
+    util::SharedPtr<FailingEntity> bad = QUIB_NEW FailingEntity, good = QUIB_NEW FailingEntity;
+    bad->fails = true;
+    TheScene()->AddEntity(bad);
+    TheScene()->AddEntity(good);
+    test::LogCapture log(logging::LogWarning);
+    TheScene()->Update(0.01f);
+    EXPECT_TRUE(log.Has("Entity update error:no more")) << log.Text();
+    EXPECT_FALSE(TheScene()->HasEntity(bad));
+    EXPECT_TRUE(TheScene()->HasEntity(good));
+    EXPECT_EQ(1, good->updates);
+}
+
+TEST_F(SceneTest, KeepsNothingOfAnEntityThatCannotEnterTheWorld)
+{
+    util::SharedPtr<FailingEntity> bad = QUIB_NEW FailingEntity;
+    bad->failsToAdd = true;
+    TheScene()->GetOrCreateGroupByName("g")->Add(bad);
+    EXPECT_THROW(TheScene()->AddEntity(bad), BadDataException);
+    EXPECT_FALSE(TheScene()->HasEntity(bad));
+    EXPECT_TRUE(TheScene()->GetGroupByName("g")->IsEmpty());
+}
+
+TEST_F(SceneTest, LogsAKindOfEntityThatNoFileCanHold)
+{
+    TheScene()->AddEntity(QUIB_NEW FailingEntity);
+    test::LogCapture log(logging::LogWarning);
+    const util::String text = Serializer::GetInstancePtr()->SerializeScene();
+    EXPECT_TRUE(log.Has("Bad Entity"));
+    EXPECT_EQ(util::String::npos, text.find("entityID "));
+}
+
+TEST_F(SceneTest, DropsEmptyGroupsButNotTheSelection)
+{
+    const auto box = Add("Scene.addBox { entityID = 1 }");
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [1] }");
+    TheScene()->RemoveEntity(box);
+    EXPECT_TRUE(TheScene()->GetGroupByName("g"));
+    TheScene()->Update(0.01f);
+    EXPECT_FALSE(TheScene()->GetGroupByName("g"));
+    EXPECT_EQ(TheScene()->GetSelection(), TheScene()->GetGroupByName(SelectedName));
+    TheScene()->RemoveGroup(TheScene()->GetSelection());
+    EXPECT_TRUE(TheScene()->GetGroupByName("selected"));
+}
+
+TEST_F(SceneTest, DissolvesAGroupNamedSelectedIntoTheSelection)
+{
+    const GroupPtr selection = TheScene()->GetSelection();
+    const auto box = Add("Scene.addBox { entityID = 1 }");
+    Run("Scene.addGroup { name = \"selected\"; entityIDs = [1] }");
+    EXPECT_EQ(selection, TheScene()->GetSelection());
+    EXPECT_TRUE(TheScene()->IsSelected(box));
+    EXPECT_EQ(1u, TheScene()->GetGroups().size());
+}
+
+TEST_F(SceneTest, GivesGroupsByNameAndThenByTheirLowestId)
+{
+    for (int i = 1; i <= 3; ++i)
+        Add("Scene.addBox { entityID = " + util::ToString(i) + "; pos = [0.0, " +
+            util::ToString(i * 10) + ".0] }");
+    Run("Scene.addGroup { name = \"z\"; entityIDs = [1] }");
+    Run("Scene.addGroup { name = \"a\"; entityIDs = [3] }");
+    Run("Scene.addGroup { name = \"a\"; entityIDs = [2, 3] }");
+    const std::vector<GroupPtr> groups = TheScene()->GetGroups();
+    ASSERT_EQ(4u, groups.size());
+    EXPECT_EQ("a", groups[0]->GetName());
+    EXPECT_EQ(2u, groups[0]->GetEntities().size());
+    EXPECT_EQ(1u, groups[1]->GetEntities().size());
+    EXPECT_EQ("selected", groups[2]->GetName());
+    EXPECT_EQ("z", groups[3]->GetName());
+}
+
+TEST_F(SceneTest, SortsByDepthAndKeepsTheOrderOfEqualDepths)
+{
+    std::vector<EntityPtr> boxes;
+    for (float depth : {2.0f, 1.0f, 2.0f, 1.0f})
+    {
+        boxes.push_back(Add("Scene.addBox { }"));
+        boxes.back()->SetZDepth(depth);
+    }
+    TheScene()->SortByDepth();
+    EXPECT_EQ((std::vector<EntityPtr>{boxes[1], boxes[3], boxes[0], boxes[2]}),
+              TheScene()->GetEntities());
+    TheScene()->DepthTagEntities();
+    EXPECT_EQ(0, boxes[1]->GetZDepth());
+    EXPECT_EQ(3, boxes[2]->GetZDepth());
+}
+
+TEST_F(SceneTest, ZoomsToWhatIsFinite)
+{
+    const Vec2 screen = gui::GUI::GetInstancePtr()->GetSize();
+    Add("Scene.addPlane { }");
+    Add("Scene.addBox { pos = [3.0, 2.0]; size = [10.0, 1.0] }");
+    TheScene()->ZoomToScene();
+    EXPECT_NEAR(3, TheCamera()->GetPan().x, 1e-4f);
+    EXPECT_NEAR(2, TheCamera()->GetPan().y, 1e-4f);
+    EXPECT_NEAR(screen.x / 11, TheCamera()->GetZoom(), 1e-2f);
+}
+
+TEST_F(SceneTest, ResetsTheViewWhenThereIsNothingToZoomTo)
+{
+    TheCamera()->SetPan(Vec2(4, 4));
+    TheScene()->ZoomToScene();
+    EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
+    TheCamera()->SetPan(Vec2(4, 4));
+    Add("Scene.addPlane { }");
+    TheScene()->ZoomToScene();
+    EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
+    EXPECT_EQ(150, TheCamera()->GetZoom());
+}
+
+TEST_F(SceneTest, ZoomsToSpecksAndWorldsWithinItsRange)
+{
+    const auto speck = Add("Scene.addCircle { radius = 0.00001; pos = [7.0, 0.0] }");
+    ASSERT_TRUE(speck);
+    TheScene()->ZoomToScene();
+    EXPECT_EQ(3000, TheCamera()->GetZoom());
+    EXPECT_NEAR(7, TheCamera()->GetPan().x, 1e-3f);
+    Add("Scene.addBox { size = [1.0, 1.0]; pos = [1.0e30, 1.0e30] }");
+    TheScene()->ZoomToScene();
+    EXPECT_EQ(1.5f, TheCamera()->GetZoom());
+}
+
+TEST_F(SceneTest, LeavesNothingWhenCleared)
+{
+    Add("Scene.addBox { entityID = 1 }");
+    Run("Scene.addGroup { name = \"selected\"; entityIDs = [1] }");
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [1] }");
+    Run("Scene.title = \"t\"; Scene.author = \"a\"; Scene.description = \"d\"");
+    Run("Scene.Camera.zoom = 20.0");
+    Run("Scene.Clear");
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    EXPECT_EQ(1u, TheScene()->GetGroups().size());
+    EXPECT_TRUE(TheScene()->GetSelection()->IsEmpty());
+    EXPECT_EQ("", TheScene()->GetTitle());
+    EXPECT_EQ("", TheScene()->GetAuthor());
+    EXPECT_EQ("", TheScene()->GetDescription());
+    EXPECT_EQ(150, TheCamera()->GetZoom());
+    EXPECT_EQ(0u, BodyCount());
+}
+
+TEST_F(SceneTest, LeaksNoBodyWhenCleared)
+{
+    Serializer::GetInstancePtr()->Deserialize("");
+    util::PointeeHandle::Flush();
+    const unsigned long before = util::Pointee::GetInstanceCount();
+    for (int i = 0; i < 20; ++i)
+        Add("Scene.addBox { }");
+    TheScene()->ClearScene();
+    Serializer::GetInstancePtr()->Deserialize("");
+    EXPECT_EQ(before, util::Pointee::GetInstanceCount());
+}
+
+TEST_F(SceneTest, ShowsItsTitleInTheWindow)
+{
+    char* title = nullptr;
+    Run("Scene.title = \"Door\"");
+    SDL_WM_GetCaption(&title, nullptr);
+    EXPECT_STREQ("Quib beta 4.0 - Door", title);
+    Run("Scene.title = \"\"");
+    SDL_WM_GetCaption(&title, nullptr);
+    EXPECT_STREQ("Quib beta 4.0", title);
+}
+}
+}

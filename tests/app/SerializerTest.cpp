@@ -1,0 +1,350 @@
+#include "AppFixture.h"
+
+#include "app/EntitySerializer.h"
+
+using math::Vec2;
+
+namespace app
+{
+namespace
+{
+class SerializerTest : public AppFixture
+{
+protected:
+    static Serializer* TheSerializer() { return Serializer::GetInstancePtr(); }
+    static GroupPtr Load(const util::String& text)
+    {
+        TheScene()->ClearScene();
+        return TheSerializer()->Deserialize(text);
+    }
+    static util::String Save() { return TheSerializer()->SerializeScene(); }
+
+    /// The block of the n-th statement that begins with the words.
+    static util::String Block(const util::String& text, const util::String& words, int n = 0)
+    {
+        size_t at = text.find(words);
+        while (n-- > 0 && at != util::String::npos)
+            at = text.find(words, at + 1);
+        return at == util::String::npos ? "" : text.substr(at, text.find("})", at) - at);
+    }
+    static bool Has(const util::String& text, const util::String& part)
+    {
+        return text.find(part) != util::String::npos;
+    }
+};
+
+TEST_F(SerializerTest, WritesTheEmptyScene)
+{
+    EXPECT_EQ("// Quib scene created by Quib beta 4.0\n"
+              "\n"
+              "FileInfo.version = 2;\n"
+              "Sim.gravity = [0.0, -9.800000190734863];\n"
+              "Sim.gravitySwitch = true;\n"
+              "Sim.airSwitch = true;\n"
+              "Sim.airFrictionLinear = 0.009999999776482582;\n"
+              "Sim.airFrictionQuadratic = 0.0;\n"
+              "Sim.rotFrictionLinear = 0.009999999776482582;\n"
+              "Sim.airDensity = 0.009999999776482582;\n"
+              "Sim.timeFactor = 1.0;\n"
+              "App.borders = true;\n"
+              "App.waterColor = [0.1000000014901161, 0.1000000014901161, 1.0, 0.699999988079071];\n"
+              "Scene.Camera.pan = [0.0, 0.0];\n"
+              "Scene.Camera.zoom = 150.0;\n"
+              "App.Background.cloudOpacity = 0.8999999761581421;\n"
+              "App.Background.drawClouds = true;\n"
+              "App.Background.skyColor = [0.300000011920929, 0.4000000059604645, 1.0, 1.0];\n"
+              "App.fadeColor = [0.0, 0.0, 0.0];\n"
+              "Scene.addGroup({\n"
+              "    name = \"selected\";\n"
+              "    entityIDs = []\n"
+              "})",
+              Save());
+}
+
+TEST_F(SerializerTest, WritesTheTrailOnlyWhenThereIsOne)
+{
+    EXPECT_FALSE(Has(Save(), "App.fadeScale"));
+    Run("App.fadeColor = [0.5, 0.0, 0.0]");
+    const util::String text = Save();
+    EXPECT_TRUE(Has(text, "App.fadeColor = [0.5, 0.0, 0.0];\n"
+                          "App.fadeScale = [0.949999988079071, 0.949999988079071];\n"
+                          "App.fadeTranslate = [0.0, 0.0];\n"
+                          "App.fadeRotate = 0.0;\n"));
+    Run("App.fadeColor = [0.0, 0.0, 0.0]");
+}
+
+TEST_F(SerializerTest, WritesTheTextsThatAreThere)
+{
+    Run("Scene.title = \"Door\"; FileInfo.author = \"Me\"");
+    const util::String text = Save();
+    EXPECT_TRUE(Has(text, "\n\nFileInfo.title = \"Door\";\nFileInfo.author = \"Me\";\n"
+                          "FileInfo.version = 2;\n"));
+    EXPECT_FALSE(Has(text, "FileInfo.description"));
+}
+
+TEST_F(SerializerTest, WritesOnlyTheKeysThatMakeAPlainEntity)
+{
+    Add("Scene.addBox { color = [0.5, 0.25, 0.125, 1.0]; pos = [1.0, 2.0]; angle = 0.5; "
+        "size = [3.0, 4.0] }");
+    util::String block = Block(Save(), "Scene.addBox({");
+    std::vector<util::String> keys;
+    for (const util::String& line : util::Split(block, '\n'))
+        if (line.find(" = ") != util::String::npos)
+            keys.push_back(line.substr(4, line.find(" = ") - 4));
+    std::sort(keys.begin(), keys.end());
+    EXPECT_EQ((std::vector<util::String>{"angle", "color", "entityID", "geomID", "pos", "size",
+                                         "zDepth"}),
+              keys);
+    EXPECT_TRUE(Has(block, "    color = [0.5, 0.25, 0.125, 1.0]"));
+    EXPECT_TRUE(Has(block, "    pos = [1.0, 2.0]"));
+    EXPECT_TRUE(Has(block, "    size = [3.0, 4.0]"));
+    EXPECT_TRUE(Has(block, "    zDepth = 0.0"));
+}
+
+TEST_F(SerializerTest, WritesWhatDiffersFromItsDefault)
+{
+    Add("Scene.addCircle { friction = 0.25; collideSet = 3; controllerInvertX = true; "
+        "controllerAcc = 3.0; forceController = \"arrowkeys\" }");
+    const util::String block = Block(Save(), "Scene.addCircle({");
+    for (const char* part : {"friction = 0.25", "collideSet = 3", "controllerInvertX = true",
+                             "controllerAcc = 3.0", "forceController = \"arrowkeys\""})
+        EXPECT_TRUE(Has(block, part)) << part;
+    EXPECT_FALSE(Has(block, "density"));
+}
+
+TEST_F(SerializerTest, WritesAFormulaAsItIs)
+{
+    Add("Scene.addCircle { friction = { Sim.airDensity } }");
+    EXPECT_TRUE(Has(Save(), "friction = {Sim.airDensity}"));
+}
+
+TEST_F(SerializerTest, DropsAFormulaThatGivesTheDefault)
+{
+    // Deliberate: what counts is the value, not what it comes from.
+    Add("Scene.addCircle { friction = { 0.5 } }");
+    EXPECT_FALSE(Has(Save(), "friction"));
+}
+
+TEST_F(SerializerTest, WritesAllThatBelongsToAScene)
+{
+    const char* const scene =
+        "FileInfo.title = \"T\"; FileInfo.version = 2; Sim.gravity = [1.0, -5.0]; "
+        "Sim.airSwitch = false; Scene.Camera.pan = [1.0, 2.0]; Scene.Camera.zoom = 64.0; "
+        "App.borders = true; "
+        "Scene.addPlane { entityID = 1; geomID = 1; pos = [0.3, -1.7]; angle = 1.3 };"
+        "Scene.addBox { entityID = 2; geomID = 2; pos = [0.1, 2.2]; angle = -2.1; "
+        "size = [0.7, 1.3]; friction = 0.3; density = 0.7; color = [0.1, 0.2, 0.3, 0.4] };"
+        "Scene.addCircle { entityID = 3; geomID = 3; pos = [-3.3, 2.1]; radius = 0.77; "
+        "angle = 0.9 };"
+        "Scene.addPolygon { entityID = 4; geomID = 4; pos = [5.1, 3.3]; angle = 0.123; "
+        "vecs = [[0.11, 0.07], [1.23, 0.31], [0.77, 1.91], [0.5, 0.6]] };"
+        "Scene.addGroup { name = \"pair\"; entityIDs = [2, 3] };"
+        "Scene.addGroup { name = \"selected\"; entityIDs = [4] }";
+    Load(scene);
+    const util::String first = Save();
+    Load(first);
+    const util::String second = Save();
+    Load(second);
+    // Entities and geometries go on counting in one run; all else is the same to the bit.
+    const auto withoutIDs = [](const util::String& text)
+    {
+        util::String kept;
+        for (const util::String& line : util::Split(text, '\n'))
+            if (line.find("ID") == util::String::npos)
+                kept += line + "\n";
+        return kept;
+    };
+    EXPECT_EQ(withoutIDs(first), withoutIDs(second));
+    EXPECT_EQ(withoutIDs(second), withoutIDs(Save()));
+
+    ASSERT_EQ(4u, TheScene()->GetEntities().size());
+    EXPECT_EQ(2u, TheScene()->GetGroupByName("pair")->GetEntities().size());
+    EXPECT_TRUE(TheScene()->IsSelected(TheScene()->GetEntities()[3]));
+    EXPECT_EQ(Vec2(1, 2), TheCamera()->GetPan());
+    EXPECT_EQ("[1, -5]", Run("Sim.gravity"));
+    Run("Sim.airSwitch = true");
+}
+
+TEST_F(SerializerTest, DoesNotLetAnglesCreep)
+{
+    for (int i = -300; i <= 300; ++i)
+        Add("Scene.addCircle { pos = [" + util::ToString(i * 5) +
+            ".0, 0.0]; angle = " + util::ToString(i / 97.0) + " }");
+    const auto angles = [this]
+    {
+        std::vector<util::String> lines;
+        for (const util::String& line : util::Split(Save(), '\n'))
+            if (line.find("angle") != util::String::npos)
+                lines.push_back(line);
+        return lines;
+    };
+    const auto before = angles();
+    ASSERT_EQ(601u, before.size());
+    Load(Save());
+    EXPECT_EQ(before, angles());
+}
+
+TEST_F(SerializerTest, WritesEntitiesInTheOrderOfTheScene)
+{
+    Add("Scene.addCircle { pos = [1.0, 0.0] }");
+    Add("Scene.addPlane { }");
+    Add("Scene.addBox { pos = [2.0, 0.0] }");
+    const util::String text = Save();
+    EXPECT_LT(text.find("Scene.addCircle"), text.find("Scene.addPlane"));
+    EXPECT_LT(text.find("Scene.addPlane"), text.find("Scene.addBox"));
+    EXPECT_TRUE(Has(Block(text, "Scene.addBox"), "zDepth = 2.0"));
+}
+
+TEST_F(SerializerTest, SortsWhatItReadsByDepth)
+{
+    Load("Scene.addBox { entityID = 1; zDepth = 2.0 }; "
+         "Scene.addCircle { entityID = 2; zDepth = 1.0; pos = [5.0, 0.0] }");
+    ASSERT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_EQ(1, TheScene()->GetEntities()[0]->GetZDepth());
+}
+
+TEST_F(SerializerTest, GivesWhatATextAdded)
+{
+    Add("Scene.addBox { pos = [9.0, 9.0] }");
+    const GroupPtr loaded =
+        TheSerializer()->Deserialize("Scene.addBox { }; Scene.addCircle { pos = [4.0, 0.0] }");
+    EXPECT_EQ(2u, loaded->GetEntities().size());
+    EXPECT_EQ(3u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SerializerTest, RunsNothingOfATextThatDoesNotParse)
+{
+    EXPECT_THROW(TheSerializer()->Deserialize("x17 = 1; Scene.addBox { }; }"), BadDataException);
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    EXPECT_FALSE(Parser()->GetRootClosure()->HasVariable("x17"));
+    try
+    {
+        TheSerializer()->Deserialize("(");
+        FAIL();
+    }
+    catch (BadDataException& e)
+    {
+        EXPECT_STREQ("The text is not a valid scene or Quiblet", e.what());
+    }
+}
+
+TEST_F(SerializerTest, IsAProgramThatComputesWhatItStores)
+{
+    const auto box = Add("Scene.addBox { w = 1.5; size = [w, w + 1.0]; pos = [0.0, w * 2.0] }");
+    ASSERT_TRUE(box);
+    EXPECT_EQ(Vec2(0, 3), GeomOf(box).GetCenter());
+}
+
+TEST_F(SerializerTest, SkipsUnknownMembersOfAGroup)
+{
+    const auto box = Add("Scene.addBox { entityID = 5 }");
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [4, 5, 6] }");
+    const GroupPtr group = TheScene()->GetGroupByName("g");
+    ASSERT_TRUE(group);
+    EXPECT_EQ(1u, group->GetEntities().size());
+    EXPECT_TRUE(group->Contains(box));
+}
+
+TEST_F(SerializerTest, ForgetsTheIdsOfAnEarlierText)
+{
+    Load("Scene.addBox { entityID = 5 }");
+    Load("Scene.addGroup { name = \"g\"; entityIDs = [5] }");
+    EXPECT_TRUE(TheScene()->GetGroupByName("g")->IsEmpty());
+}
+
+TEST_F(SerializerTest, KnowsTheIdsThatTheTextGave)
+{
+    Load("Scene.addBox { entityID = 500; geomID = 700 }; "
+         "Scene.addBox { id = 701; pos = [5.0, 0.0] }");
+    const auto first = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[0]);
+    const auto second = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[1]);
+    const auto entities = TheSerializer()->GetFileEntityIDs();
+    EXPECT_EQ(1u, entities.size());
+    EXPECT_EQ(500u, entities.at(first.get()));
+    const auto geoms = TheSerializer()->GetFileGeomIDs();
+    EXPECT_EQ(700u, geoms.at(first->GetGeom().get()));
+    EXPECT_EQ(701u, geoms.at(second->GetGeom().get()));
+    EXPECT_EQ(3u, geoms.size()); // and the world's
+}
+
+TEST_F(SerializerTest, WarnsOfANewerVersionAndGoesOn)
+{
+    test::LogCapture log(logging::LogError);
+    Load("FileInfo.version = 3; Scene.addBox { }");
+    EXPECT_TRUE(log.Has("Loading scene from a newer version of Quib.")) << log.Text();
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SerializerTest, DoesNotRunAnEarlierFormat)
+{
+    test::LogCapture log;
+    Load("version = 1; x18 = { type = \"box\"; size = [2.0, 2.0]; color = [0.1, 0.2, 0.3]; "
+         "entityID = 1 }; "
+         "b = { type = \"circle\"; radius = 0.5; pos = [5.0, 0.0] }; "
+         "g = { type = \"group\"; name = \"g\"; entityIDs = [1] }; "
+         "h = { type = \"hinge\" }; "
+         "odd = 3; "
+         "Scene.addBox { }");
+    EXPECT_TRUE(log.Has("Old (pre beta 4) file type detected"));
+    EXPECT_TRUE(log.Has("Unknown type: hinge"));
+    EXPECT_TRUE(log.Has("Unknown constant declared in scene file: odd"));
+    EXPECT_TRUE(log.Has("Unknown garbage found in scene file: Scene.addBox({})"));
+    EXPECT_EQ(1, FileInfo::GetInstancePtr()->GetVersion());
+    EXPECT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_EQ(1u, TheScene()->GetGroupByName("g")->GetEntities().size());
+    EXPECT_FALSE(Parser()->GetRootClosure()->HasVariable("x18"));
+}
+
+TEST_F(SerializerTest, AssumesVersion0OfAnEarlierFormatUntilToldOtherwise)
+{
+    test::LogCapture log;
+    // Read before the version is: in this format the order of statements does not matter to it.
+    Load("version = 0; b = { type = \"box\"; color = [0.1, 0.2, 0.3] }");
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+    EXPECT_EQ(0, FileInfo::GetInstancePtr()->GetVersion());
+}
+
+TEST_F(SerializerTest, LosesOnlyWhatIsBadInAnEarlierFormat)
+{
+    test::LogCapture log(logging::LogWarning);
+    Load("version = 1; a = { type = \"circle\"; radius = -1.0 }; b = { radius = 1.0 }; "
+         "c = { type = \"circle\" }");
+    EXPECT_TRUE(log.Has("An error occurred while deserializing: Bad radius")) << log.Text();
+    EXPECT_TRUE(log.Has("An error occurred while deserializing: Missing key \"type\""))
+        << log.Text();
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SerializerTest, MakesABoxOfAnEarlierRoundedBox)
+{
+    const util::String rounded =
+        "vecs = [[-2.0, -0.9], [-2.0, 0.0], [-2.0, 0.9], [-1.9, 1.0], [0.0, 1.0], [1.9, 1.0], "
+        "[2.0, 0.9], [2.0, 0.0], [2.0, -0.9], [1.9, -1.0], [0.0, -1.0], [-2.0, -1.0]]";
+    Load("version = 1; a = { type = \"polygon\"; " + rounded + " }");
+    EXPECT_TRUE(Has(Save(), "Scene.addBox({"));
+    EXPECT_TRUE(Has(Save(), "size = [4.0, 2.0]"));
+    // Only there: in this format a polygon is a polygon.
+    Load("Scene.addPolygon { " + rounded + " }");
+    EXPECT_TRUE(Has(Save(), "Scene.addPolygon({"));
+    Load("version = 1; a = { type = \"polygon\"; vecs = [[0.0, 0.0], [1.0, 0.0], [0.0, 1.0]] }");
+    EXPECT_TRUE(Has(Save(), "Scene.addPolygon({"));
+}
+
+TEST_F(SerializerTest, ConvertsTheKeysOfABlock)
+{
+    EntitySerializer serializer;
+    serializer.Set("f", 1.5f);
+    serializer.Set("v", math::Vec2List{Vec2(1, 2)});
+    serializer.Set("ids", std::vector<unsigned long>{3, 4});
+    EXPECT_TRUE(serializer.Has("f"));
+    EXPECT_FALSE(serializer.Has("g"));
+    EXPECT_EQ(1.5f, serializer.Get<float>("f"));
+    EXPECT_EQ(Vec2(1, 2), serializer.Get<math::Vec2List>("v").at(0));
+    EXPECT_EQ(4u, serializer.Get<std::vector<unsigned long>>("ids").at(1));
+    EXPECT_THROW(serializer.Get<float>("g"), BadDataException);
+    EXPECT_THROW(serializer.Get<bool>("f"), BadDataException);
+    EXPECT_EQ("a.b({\n    v = [[1.0, 2.0]];\n    ids = [3, 4];\n    f = 1.5\n})",
+              serializer.ToFunctionCall("a.b")->ToCode());
+}
+}
+}
