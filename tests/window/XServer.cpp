@@ -153,12 +153,6 @@ void XServer::AskToClose(unsigned long window)
     XFlush(x);
 }
 
-void XServer::MoveMouse(unsigned long window, int x, int y)
-{
-    XWarpPointer(X(m_connection), None, window, 0, 0, 0, 0, x, y);
-    XFlush(X(m_connection));
-}
-
 std::vector<unsigned char> XServer::ReadPixels(unsigned long window, int width, int height)
 {
     std::vector<unsigned char> pixels;

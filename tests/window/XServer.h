@@ -40,7 +40,6 @@ public:
     void Resize(unsigned long window, int width, int height);
     /// What a window manager sends when its close box is pressed.
     void AskToClose(unsigned long window);
-    void MoveMouse(unsigned long window, int x, int y);
     /// Red, green and blue of each pixel, row by row from the top.
     std::vector<unsigned char> ReadPixels(unsigned long window, int width, int height);
 

@@ -1,0 +1,313 @@
+// The frame loop with a real window and a real OpenGL, looked at from inside: what stands in the frame
+// buffer at the moment it is shown, and what of the user's hands arrives.
+#include "FreshProcess.h"
+#include "TestSupport.h"
+#include "core/Subsystem.h"
+#include "gui/GUI.h"
+#include "input/Input.h"
+#include "rendering/GraphicsResource.h"
+#include "rendering/Renderer.h"
+#include "script/Parser.h"
+#include "util/FileSystem.h"
+#include "window/XServer.h"
+
+#include <GL/glew.h>
+#include <SDL.h>
+#include <SDL_syswm.h>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <X11/Xutil.h>
+#include <X11/keysym.h>
+
+using core::Subsystem;
+using core::WindowParams;
+using math::Vec2;
+using math::Vec4;
+using rendering::Renderer;
+
+namespace
+{
+std::function<void()>& OnSwap()
+{
+    static std::function<void()> s_onSwap;
+    return s_onSwap;
+}
+}
+
+// Stands before SDL's own: the last moment at which a frame can be read.
+extern "C" void SDL_GL_SwapBuffers()
+{
+    if (OnSwap())
+        OnSwap()();
+    static const auto s_real = reinterpret_cast<void (*)()>(dlsym(RTLD_NEXT, "SDL_GL_SwapBuffers"));
+    s_real();
+}
+
+namespace
+{
+Subsystem* System()
+{
+    return Subsystem::GetInstancePtr();
+}
+
+/// As "rrggbbaa", from the top left.
+std::string Pixel(int x, int y)
+{
+    unsigned char c[4];
+    char text[12];
+    glReadPixels(x, System()->GetHeight() - 1 - y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, c);
+    std::snprintf(text, sizeof(text), "%02x%02x%02x%02x", c[0], c[1], c[2], c[3]);
+    return text;
+}
+
+class ActingComponent : public gui::Component
+{
+public:
+    void DrawComp() const override
+    {
+        if (m_onDraw)
+            m_onDraw();
+    }
+    void Update(float dt) override
+    {
+        Component::Update(dt);
+        if (m_onUpdate)
+            m_onUpdate(++m_frame);
+    }
+
+    std::function<void()> m_onDraw;
+    std::function<void(int frame)> m_onUpdate;
+
+private:
+    int m_frame = 0;
+};
+
+class SubsystemInContextTest : public testing::Test
+{
+protected:
+    void Start()
+    {
+        setenv("SDL_VIDEODRIVER", "x11", 1);
+        setenv("DISPLAY", server.Display().c_str(), 1);
+        util::FileSystem::GetInstancePtr()->SetWorkDir(dir.Path());
+        Subsystem::SetLogToStandardOutput(false);
+        Subsystem::Create();
+        System()->AddToRoot();
+        gui::GUI::GetInstancePtr()->AddToRoot();
+        WindowParams params;
+        params.size = math::TVector2<int>(200, 100);
+        System()->CreateWindow(params);
+        component = QUIB_NEW ActingComponent;
+        component->SetFillOwner(true);
+        gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(component);
+    }
+
+    /// Runs until something was looked at in the first frame that is shown.
+    void LookAtOneFrame(std::function<void()> look)
+    {
+        bool hasLooked = false;
+        OnSwap() = [&]
+        {
+            if (!hasLooked)
+                look();
+            hasLooked = true;
+            System()->Exit();
+        };
+        System()->Run();
+        EXPECT_TRUE(hasLooked);
+    }
+
+    test::XServer server{"640x480x24"};
+    test::TempDir dir;
+    util::SharedPtr<ActingComponent> component;
+};
+}
+
+TEST_F(SubsystemInContextTest, AnEmptyFrameHasTheClearColor)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        script::Parser::GetInstancePtr()->ExecuteToString(
+            "System.clearColor = [1.0, 0.0, 0.2, 0.5]");
+        LookAtOneFrame([] { EXPECT_EQ("ff0033ff", Pixel(50, 50)); });
+    });
+}
+
+TEST_F(SubsystemInContextTest, AFrameIsOpaqueWhenItIsShownHoweverItWasDrawn)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        component->m_onDraw = []
+        {
+            glDisable(GL_BLEND);
+            Renderer::GetInstancePtr()->SetColor4(0, 1, 0, 0.25f);
+            Renderer::GetInstancePtr()->DrawRect(0, 0, 100, 100, 1, 1);
+            EXPECT_EQ("00ff0040", Pixel(50, 50)) << "the window has alpha";
+        };
+        LookAtOneFrame(
+            []
+            {
+                EXPECT_EQ("00ff00ff", Pixel(50, 50));
+                EXPECT_EQ("000000ff", Pixel(150, 50));
+                GLboolean mask[4];
+                glGetBooleanv(GL_COLOR_WRITEMASK, mask);
+                EXPECT_TRUE(mask[0] && mask[1] && mask[2] && mask[3])
+                    << "colours can be drawn again";
+            });
+    });
+}
+
+TEST_F(SubsystemInContextTest, ComponentsDrawInTheirOwnCoordinatesFromTheTopLeft)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        script::Parser::GetInstancePtr()->ExecuteToString("GUI.opaqueness = 1.0");
+        const util::SharedPtr<ActingComponent> inner = QUIB_NEW ActingComponent;
+        inner->SetOuterPos(Vec2(20, 30));
+        inner->SetInnerSize(Vec2(10, 5));
+        inner->m_onDraw = [] { Renderer::GetInstancePtr()->DrawRect(0, 0, 10, 5, 1, 1); };
+        inner->SetColor(Vec4(1, 0, 0, 1));
+        component->AddComponent(inner);
+        LookAtOneFrame(
+            []
+            {
+                EXPECT_EQ("ff0000ff", Pixel(20, 30));
+                EXPECT_EQ("ff0000ff", Pixel(29, 34));
+                EXPECT_EQ("000000ff", Pixel(19, 30));
+                EXPECT_EQ("000000ff", Pixel(20, 35));
+                EXPECT_EQ("000000ff", Pixel(30, 34));
+            });
+    });
+}
+
+TEST_F(SubsystemInContextTest, TheScaleEnlargesAndTheOpaquenessPales)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        script::Parser::GetInstancePtr()->ExecuteToString("GUI.scale = 2.0; GUI.opaqueness = 0.6");
+        component->m_onDraw = [] { Renderer::GetInstancePtr()->DrawRect(10, 20, 5, 5, 1, 1); };
+        LookAtOneFrame(
+            []
+            {
+                EXPECT_EQ("999999ff", Pixel(20, 40));
+                EXPECT_EQ("999999ff", Pixel(29, 49));
+                EXPECT_EQ("000000ff", Pixel(19, 40));
+                EXPECT_EQ("000000ff", Pixel(30, 49));
+            });
+    });
+}
+
+TEST_F(SubsystemInContextTest, DrawingLeavesMatricesAndStateAsTheyWere)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        int depths[2] = {0, 0};
+        component->m_onDraw = [] { glEnable(GL_LIGHTING); };
+        LookAtOneFrame(
+            [&]
+            {
+                glGetIntegerv(GL_PROJECTION_STACK_DEPTH, &depths[0]);
+                glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depths[1]);
+                EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
+                EXPECT_FALSE(glIsEnabled(GL_BLEND));
+                Vec4 color;
+                glGetFloatv(GL_CURRENT_COLOR, &color.x);
+                EXPECT_EQ(Renderer::GetInstancePtr()->GetColor4(), color);
+            });
+        EXPECT_EQ(1, depths[0]);
+        EXPECT_EQ(1, depths[1]);
+    });
+}
+
+TEST_F(SubsystemInContextTest, ANewWindowStartsWithCacheAndGLInWhite)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        Renderer::GetInstancePtr()->SetColor4(1, 0, 0, 1);
+        WindowParams params = System()->GetConfigParams();
+        params.size = math::TVector2<int>(300, 150);
+        System()->CreateWindow(params);
+        Vec4 color;
+        glGetFloatv(GL_CURRENT_COLOR, &color.x);
+        EXPECT_EQ(Vec4(1, 1, 1, 1), color);
+        EXPECT_EQ(Vec4(1, 1, 1, 1), Renderer::GetInstancePtr()->GetColor4());
+        EXPECT_EQ(math::TVector2<int>(300, 150), Renderer::GetInstancePtr()->GetViewportSize());
+    });
+}
+
+TEST_F(SubsystemInContextTest, ResourcesAreUnloadedInTheOldContextAndLoadedInTheNew)
+{
+    class List : public rendering::GraphicsResource
+    {
+    public:
+        void Load() override
+        {
+            if (m_name == 0 && rendering::HasGLLoaded())
+                m_name = glGenLists(1);
+            glNewList(m_name, GL_COMPILE);
+            glEndList();
+        }
+        void Unload() override
+        {
+            if (m_name != 0)
+            {
+                EXPECT_TRUE(glIsList(m_name));
+                glDeleteLists(m_name, 1);
+                ++unloads;
+            }
+            m_name = 0;
+        }
+        unsigned long MemoryUsage() const override { return 0; }
+        unsigned m_name = 0;
+        int unloads = 0;
+    };
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        List list;
+        System()->ApplyParserConfig();
+        EXPECT_TRUE(glIsList(list.m_name));
+        WindowParams params = System()->GetConfigParams();
+        params.depth = 16;
+        System()->CreateWindow(params);
+        EXPECT_EQ(1, list.unloads);
+        EXPECT_TRUE(glIsList(list.m_name));
+    });
+}
+
+TEST_F(SubsystemInContextTest, TheMouseAndTheKeysArriveFromTheWindow)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        script::Parser::GetInstancePtr()->ExecuteToString("GUI.scale = 2.0");
+        bool hasArrived = false;
+        component->m_onUpdate = [&](int frame)
+        {
+            SDL_SysWMinfo info;
+            SDL_VERSION(&info.version);
+            ASSERT_EQ(1, SDL_GetWMInfo(&info));
+            if (frame == 1)
+            {
+                SDL_WarpMouse(120, 80);
+                XEvent event = {};
+                event.xkey.type = KeyPress;
+                event.xkey.display = info.info.x11.display;
+                event.xkey.window = info.info.x11.window;
+                event.xkey.root = DefaultRootWindow(event.xkey.display);
+                event.xkey.same_screen = True;
+                event.xkey.keycode = XKeysymToKeycode(event.xkey.display, XK_Left);
+                info.info.x11.lock_func();
+                XSendEvent(event.xkey.display, event.xkey.window, True, KeyPressMask, &event);
+                info.info.x11.unlock_func();
+            }
+            hasArrived = input::Input::GetInstancePtr()->GetMousePos() == Vec2(60, 40) &&
+                         component->IsKeyDown(SDLK_LEFT);
+            if (hasArrived || frame == 300)
+                System()->Exit();
+        };
+        System()->Run();
+        EXPECT_TRUE(hasArrived) << input::Input::GetInstancePtr()->GetMousePos();
+        EXPECT_TRUE(component->IsKeyDown(SDLK_LEFT));
+    });
+}
