@@ -15,6 +15,7 @@
 
 namespace
 {
+// In a program of its own: the tests of app have the services running when these start them.
 class StartupTest : public testing::Test
 {
 protected:
