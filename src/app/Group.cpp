@@ -99,7 +99,7 @@ math::Vec2 GetGroupCenter(const GroupPtr& group)
     if (!group)
         return math::Vec2(nan, nan);
     if (group->GetEntities().size() == 1)
-        if (auto geomEntity = util::DynamicCast<GeomEntity>(*group->GetEntities().begin()))
+        if (const GeomEntity* geomEntity = (*group->GetEntities().begin())->AsGeomEntity())
             return geomEntity->GetGeom()->GetCenter();
     const math::BoundingBox box = group->CalcFiniteAABB();
     if (!box.IsFinite())

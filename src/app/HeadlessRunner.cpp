@@ -503,7 +503,7 @@ private:
         const auto ids = Serializer::GetInstancePtr()->GetFileEntityIDs();
         for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
         {
-            const auto* geomEntity = dynamic_cast<const GeomEntity*>(entity.get());
+            const GeomEntity* geomEntity = entity->AsGeomEntity();
             if (!geomEntity)
                 continue;
             const auto id = ids.find(entity.get());

@@ -6,6 +6,7 @@
 #include "gui/GUI.h"
 #include "input/Input.h"
 #include "physics/Body.h"
+#include "physics/Geom.h"
 #include "physics/Simulation.h"
 #include "physics/WorldGeom.h"
 #include "util/Callback.h"
@@ -249,8 +250,8 @@ void Scene::FlushBodies()
     // Ids of the bodies that entities hold. The list keeps its capacity from frame to frame.
     m_heldBodies.clear();
     for (const EntityPtr& entity : m_entities)
-        if (const auto* geomEntity = dynamic_cast<const GeomEntity*>(entity.get()))
-            if (const physics::Body* body = geomEntity->GetBody().get())
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+            if (const physics::AbstractBody* body = geomEntity->GetGeom()->GetBodyPtr())
                 m_heldBodies.push_back(body->GetID());
     std::sort(m_heldBodies.begin(), m_heldBodies.end());
 

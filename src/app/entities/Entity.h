@@ -8,6 +8,7 @@
 namespace app
 {
 class EntitySerializer;
+class GeomEntity;
 
 class Entity : public script::Reflected
 {
@@ -17,6 +18,9 @@ public:
 
     /// Unique while the program runs. In a file it only tells which entities belong to a group.
     unsigned long GetID() const { return m_id; }
+
+    /// The entity as one with a geometry, else null. Asked of every entity in every frame.
+    virtual const GeomEntity* AsGeomEntity() const { return nullptr; }
 
     const math::Vec4& GetColor4() const { return m_color; }
     void SetColor4(const math::Vec4& color) { m_color = color; }

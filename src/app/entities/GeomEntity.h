@@ -19,6 +19,8 @@ class GeomEntity : public Entity
 public:
     ~GeomEntity() override;
 
+    const GeomEntity* AsGeomEntity() const override { return this; }
+
     const util::SharedPtr<physics::Geom>& GetGeom() const { return m_geom; }
     void SetCollideSet(int set) { m_collideSet = set; }
     /// Null before the entity is in the simulation.
