@@ -254,14 +254,3 @@ TEST_F(Limits, LongTextsTakeLinearTime)
     EXPECT_LT(SecondsFor([&] { Run(names); }), limit);
     EXPECT_LT(SecondsFor([&] { Parser().Parse("{" + infixes + "}"); }), limit);
 }
-
-TEST(Tokenizer, TakesAnyBytes)
-{
-    std::string all;
-    for (int round = 0; round < 3; ++round)
-        for (int i = 0; i < 256; ++i)
-            if (i != '"')
-                all += static_cast<char>((i * (2 * round + 1)) & 255);
-    all.erase(std::remove(all.begin(), all.end(), '"'), all.end());
-    EXPECT_FALSE(Tokenizer::Tokenize(all).empty());
-}

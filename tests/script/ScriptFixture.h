@@ -15,15 +15,17 @@ class Script : public testing::Test
 {
 protected:
     Script()
+        : m_root(NamesIn(Root()))
+        , m_math(NamesIn(Math()))
     {
-        for (const script::VariablePtr& variable : Root().GetVariables())
-            m_before.insert(variable->GetName());
     }
     ~Script() override
     {
+        RemoveAllBut(m_root, Root());
+        RemoveAllBut(m_math, Math());
+        // An object goes without an owner when a second name for it is removed.
         for (const script::VariablePtr& variable : Root().GetVariables())
-            if (!m_before.count(variable->GetName()))
-                Root().RemoveVariable(variable->GetName());
+            variable->SetOwner(util::WeakPtr<script::ClassObject>(&Root()));
     }
 
     static script::Parser& Parser() { return *script::Parser::GetInstancePtr(); }
@@ -53,6 +55,27 @@ protected:
     }
 
 private:
-    std::set<std::string> m_before;
+    using Names = std::set<std::string>;
+
+    static script::ClassObject& Math()
+    {
+        return dynamic_cast<script::ClassObject&>(*Root().GetObject("math"));
+    }
+    static Names NamesIn(const script::ClassObject& object)
+    {
+        Names names;
+        for (const script::VariablePtr& variable : object.GetVariables())
+            names.insert(variable->GetName());
+        return names;
+    }
+    static void RemoveAllBut(const Names& names, script::ClassObject& object)
+    {
+        for (const script::VariablePtr& variable : object.GetVariables())
+            if (!names.count(variable->GetName()))
+                object.RemoveVariable(variable->GetName());
+    }
+
+    const Names m_root;
+    const Names m_math;
 };
 }
