@@ -143,15 +143,18 @@ TEST_F(Limits, DeepExpressionsInDeepCallsStayOnTheStack)
 
 TEST_F(Limits, OperatorsThatAreMadeOfOperatorsStayOnTheStack)
 {
-    // Each is evaluated inside the next one, without any call.
-    std::string text = "first = (a, b) => { a }; infix 3 left: _ op0 _ => first;";
+    // Each is evaluated inside the next one, without any call. The root scope never forgets them, so
+    // that their names are new in every round.
+    static int s_round = 0;
+    const std::string op = "round" + util::ToString(++s_round) + "op";
+    std::string text = "first = (a, b) => { a }; infix 3 left: _ " + op + "0 _ => first;";
     for (int i = 1; i <= 50000; ++i)
-        text += "infix 3 left: _ op" + util::ToString(i) + " _ => (first op" +
+        text += "infix 3 left: _ " + op + util::ToString(i) + " _ => (first " + op +
                 util::ToString(i - 1) + " 2);";
     Run(text);
-    EXPECT_EQ("1", Run("1 op100 2"));
-    EXPECT_EQ("Failed to evaluate: 3 op50000 4, Script recursion too deep",
-              WarningOf("3 op50000 4"));
+    EXPECT_EQ("1", Run("1 " + op + "100 2"));
+    EXPECT_EQ("Failed to evaluate: 3 " + op + "50000 4, Script recursion too deep",
+              WarningOf("3 " + op + "50000 4"));
 }
 
 TEST_F(Limits, AFormulaThatRecursWithoutEndIsUnbound)
