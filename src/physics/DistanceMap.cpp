@@ -118,8 +118,12 @@ void Polygon::CalcDistMap()
         const unsigned x = index % w, y = index / w;
         for (unsigned ny = y > 0 ? y - 1 : 0; ny <= y + 1 && ny < h; ++ny)
             for (unsigned nx = x > 0 ? x - 1 : 0; nx <= x + 1 && nx < w; ++nx)
-                if (!cells[ny * w + nx].isDone)
+            {
+                // Mostly another neighbour has handed on the same line already.
+                const BuildCell& neighbour = cells[ny * w + nx];
+                if (!neighbour.isDone && neighbour.closest != cell.closest)
                     updateQueue(ny * w + nx, cell.closest);
+            }
     }
 
     const size_t n = m_vertices.size();

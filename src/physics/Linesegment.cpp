@@ -58,7 +58,7 @@ bool AnyIntersect(const LinesegmentList& lines)
 
     // Flat copies, padded to whole vectors. Vectors decide what is certain without a division: with
     // the very same den and numerators as above, a numerator larger than den puts the crossing
-    // outside the segment. What is left goes to the test itself. With 10,000 lines 530 -> 70 ms
+    // outside the segment. What is left goes to the test itself. With 10,000 lines 173 -> 37 ms
     // (bench/polygon).
     const size_t padded = n + 4;
     std::vector<float> flat(6 * padded);

@@ -76,7 +76,7 @@ int IntersectCount(const Linesegment& segment, const LinesegmentList& list);
 /// The sum over the first list.
 int IntersectCount(const LinesegmentList& segments, const LinesegmentList& list);
 
-/// Whether any two of the lines intersect. Quadratic in their number: about half a nanosecond per
+/// Whether any two of the lines intersect. Quadratic in their number: less than a nanosecond per
 /// pair (bench/polygon).
 bool AnyIntersect(const LinesegmentList& lines);
 }

@@ -20,7 +20,8 @@ public:
     /// How far the map reaches beyond the polygon's box at least, in world units and per step of slack.
     static constexpr float MapSlack = 0.1f;
 
-    /// The time grows with the square of the number of points: 10,000 take some tenths of a second.
+    /// Takes some 0.4 ms with 20 points, and 60 ms with 10,000, as it grows with the square of their
+    /// number (bench/polygon).
     /// @param points  3 or more, either orientation, not a closed ring, world space
     /// @throws BadDataException  "Bad polygon", "Self-intersecting polygon", or an assertion, for an
     ///                           outline without area
