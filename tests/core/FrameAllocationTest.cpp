@@ -18,30 +18,33 @@ namespace
 size_t s_allocations = 0;
 }
 
-void* operator new(size_t size)
+// Never inlined: a compiler that sees free meet a block of operator new warns of a mismatch.
+#define QUIB_NOINLINE __attribute__((noinline))
+
+QUIB_NOINLINE void* operator new(size_t size)
 {
     ++s_allocations;
     if (void* block = std::malloc(size))
         return block;
     throw std::bad_alloc();
 }
-void* operator new[](size_t size)
+QUIB_NOINLINE void* operator new[](size_t size)
 {
     return operator new(size);
 }
-void operator delete(void* block) noexcept
+QUIB_NOINLINE void operator delete(void* block) noexcept
 {
     std::free(block);
 }
-void operator delete[](void* block) noexcept
+QUIB_NOINLINE void operator delete[](void* block) noexcept
 {
     std::free(block);
 }
-void operator delete(void* block, size_t) noexcept
+QUIB_NOINLINE void operator delete(void* block, size_t) noexcept
 {
     std::free(block);
 }
-void operator delete[](void* block, size_t) noexcept
+QUIB_NOINLINE void operator delete[](void* block, size_t) noexcept
 {
     std::free(block);
 }
