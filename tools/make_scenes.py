@@ -163,14 +163,12 @@ def star(radius, points, inner=0.5):
     ]
 
 
-def heart(size):
-    points = []
-    for i in range(40):
-        t = 2 * math.pi * (i + 0.5) / 40
-        x = 16 * math.sin(t) ** 3
-        y = 13 * math.cos(t) - 5 * math.cos(2 * t) - 2 * math.cos(3 * t) - math.cos(4 * t)
-        points.append((size * x / 16, size * y / 16))
-    return points
+def flower(radius, petals):
+    return [
+        (r * math.cos(angle), r * math.sin(angle))
+        for angle in (2 * math.pi * i / 60 for i in range(60))
+        for r in [radius * (1 + 0.18 * math.cos(petals * angle))]
+    ]
 
 
 def crescent(outer, thickness):
@@ -198,50 +196,69 @@ def welcome(path):
         "Welcome",
         "Marbles run down the shelves and start the dominoes. Move with the arrow keys.",
         (0.0, 0.0),
-        48.0,
+        44.0,
     )
     ground = -6.0
     scene.plane(LEAF, (0.0, ground), 0.0, collideSet=ALL_LAYERS, friction=0.7)
 
-    # Pillars first: they stand behind everything.
-    shelves = [(-9.6, 4.4, -4.6, 4.0), (-3.4, 2.6, -8.8, 2.15), (-9.6, 0.6, -4.4, 0.2)]
+    # Pillars first: they stand behind everything. Marbles run in front of them.
+    shelves = [(-9.8, 4.6, -5.0, 4.3), (-3.2, 2.7, -7.9, 2.35), (-10.0, 0.9, -5.2, 0.55)]
     layers = [BEHIND_1, BEHIND_2, BEHIND_3]
     for (x0, y0, x1, y1), layer in zip(shelves, layers):
-        for t in (0.18, 0.82):
+        for t in (0.15, 0.85):
             x = x0 + (x1 - x0) * t
-            # The slope's underside at the pillar's two edges.
+            # The shelf's underside at the pillar's two edges.
             under = lambda px: y0 + (y1 - y0) * (px - x0) / (x1 - x0) - 0.181
             l, r = x - 0.2, x + 0.2
             points = [(l - 0.15, ground), (r + 0.15, ground), (r, under(r)), (l, under(l))]
             scene.polygon(SAND, points, collideSet=layer, friction=1.0, restitution=0.0)
     for (x0, y0, x1, y1), layer, color in zip(shelves, layers, (VERMILION, SEA, PLUM)):
-        scene.polygon(color, shelf(x0, y0, x1, y1, 0.5), collideSet=layer | FRONT, friction=1.0,
+        scene.polygon(color, shelf(x0, y0, x1, y1, 0.7), collideSet=layer | FRONT, friction=1.0,
                       restitution=0.2)
 
+    # A bowl that rocks, with a marble of its own.
+    scene.polygon(AMBER, crescent(1.3, 0.22), (-8.0, ground + 0.75), -0.5, density=3.0)
+    scene.circle(LEAF, (-8.6, ground + 1.2), 0.3, restitution=0.3)
+
     # The slide that turns the marbles towards the dominoes.
-    slide = [(-5.6, ground), (-0.2, ground), (-0.2, ground + 0.08)]
-    slide += arc((-0.2, ground + 5.0), 4.92, 268, 217, 24)[1:]
-    slide += [(-5.6, slide[-1][1])]
-    scene.polygon(AMBER, slide, density=8.0, friction=0.8, restitution=0.1)
+    slide = [(-6.0, ground), (-1.4, ground), (-1.4, ground + 0.06)]
+    slide += arc((-1.4, ground + 4.5), 4.44, 269, 222, 24)[1:]
+    slide += [(-6.0, slide[-1][1])]
+    scene.polygon(LEAF, slide, density=8.0, friction=0.8, restitution=0.1)
 
     for i, color in enumerate((AMBER, SEA, SAND, PLUM, VERMILION, LEAF)):
-        scene.circle(color, (-9.0 + 0.62 * i, 4.75 + 0.6 * (i % 2)), 0.22 + 0.02 * (i % 3),
-                     friction=0.8, restitution=0.3)
+        scene.circle(color, (-9.2 + 0.62 * i, 5.0 + 0.6 * (i % 2)), 0.24 + 0.02 * (i % 3),
+                     density=4.0, friction=0.8, restitution=0.3)
 
     # Dominoes, each a little larger than the one before.
-    x, height = 0.9, 0.62
-    for i in range(13):
-        scene.box(TOYS[i % 5], (x, ground + height / 2), (height * 0.2, height), friction=0.35,
+    x, height = -0.6, 0.62
+    for i in range(12):
+        scene.box(TOYS[i % 5], (x, ground + height / 2), (height * 0.18, height), friction=0.35,
                   restitution=0.1)
-        x += height * 0.62
+        x += height * 0.6
         height *= 1.1
 
     # What the last of them finds.
     for row in range(4):
         for i in range(4 - row):
-            scene.box(TOYS[(row + i) % 5], (9.2 + 0.66 * (i + row / 2), ground + 0.3 + 0.6 * row),
+            scene.box(TOYS[(row + i) % 5], (7.9 + 0.62 * (i + row / 2), ground + 0.3 + 0.6 * row),
                       (0.6, 0.6))
-    scene.polygon(AMBER, star(0.5, 5), (10.19, ground + 2.9), density=1.0)
+    top = ground + 2.4
+    scene.polygon(AMBER, star(0.55, 5), (8.83, top + 0.445), density=1.0)
+
+    # A table in the middle, to bounce on.
+    table = ground + 4.6
+    for x in (1.7, 5.3):
+        scene.box(SAND, (x, (ground + table - 0.2) / 2), (0.35, table - 0.2 - ground),
+                  collideSet=BEHIND_4, friction=1.0, restitution=0.0)
+    l, r, rim = 1.0, 6.0, 0.5
+    top = [(l, table - 0.2), (r, table - 0.2), (r, table + rim), (r - 0.2, table + rim)]
+    top += [(r - 0.2, table), (l + 0.2, table), (l + 0.2, table + rim), (l, table + rim)]
+    scene.polygon(SEA, top, collideSet=BEHIND_4 | FRONT, density=8.0, friction=0.8)
+    # More than the table loses, nearly.
+    scene.circle(AMBER, (2.0, table + 4.2), 0.42, restitution=1.8)
+    scene.circle(PLUM, (3.4, table + 3.0), 0.34, restitution=1.7)
+    scene.polygon(VERMILION, flower(0.5, 5), (5.1, table + 1.2), 0.2, restitution=0.2)
 
     scene.write(path)
 
@@ -267,7 +284,7 @@ def rubble(path):
     scene = Scene(
         "Rubble",
         "300 stones, a third of them hollow ones, fall into a basin.",
-        (0.0, 8.0),
+        (0.0, 12.0),
         28.0,
     )
     scene.plane(LEAF, (0.0, 0.0), 0.0)
@@ -294,6 +311,9 @@ def rubble(path):
 
 
 def main():
+    if sys.argv[1:2] in (["-h"], ["--help"]):
+        print(__doc__.strip())
+        return
     folder = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(__file__), "../scenes")
     os.makedirs(folder, exist_ok=True)
     for make in (welcome, pyramid, rubble):
