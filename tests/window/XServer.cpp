@@ -133,6 +133,12 @@ bool XServer::WaitForSize(int width, int height)
         });
 }
 
+void XServer::MovePointer(int x, int y)
+{
+    XWarpPointer(X(m_connection), None, DefaultRootWindow(X(m_connection)), 0, 0, 0, 0, x, y);
+    XSync(X(m_connection), False);
+}
+
 void XServer::Resize(unsigned long window, int width, int height)
 {
     XResizeWindow(X(m_connection), window, width, height);

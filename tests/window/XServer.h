@@ -38,6 +38,8 @@ public:
     bool WaitForSize(int width, int height);
 
     void Resize(unsigned long window, int width, int height);
+    /// Where it is over the screen.
+    void MovePointer(int x, int y);
     /// What a window manager sends when its close box is pressed.
     void AskToClose(unsigned long window);
     /// Red, green and blue of each pixel, row by row from the top.
