@@ -31,9 +31,16 @@ void AbstractCallbackSet::FlushCallbackSets()
     // A dead callback may hold the last handle to an object with sets of its own: once a set has
     // gone during the walk, each further one is looked up before it is used.
     const unsigned long destroyedBefore = s_destroyedSets;
-    for (AbstractCallbackSet* set : GetAllClassInstances())
+    // Frames run this for good: its list keeps its memory. It is taken out for the walk, which may
+    // come back here.
+    static VectorPOD<AbstractCallbackSet*>* s_spare = new VectorPOD<AbstractCallbackSet*>;
+    VectorPOD<AbstractCallbackSet*> sets;
+    sets.swap(*s_spare);
+    GetAllClassInstances(sets);
+    for (AbstractCallbackSet* set : sets)
         if (s_destroyedSets == destroyedBefore || IsClassInstance(set))
             set->Flush();
+    sets.swap(*s_spare);
 }
 
 void CallbackSet::Add(CallbackPtr callback)

@@ -15,10 +15,16 @@ public:
     static VectorPOD<T*> GetAllClassInstances()
     {
         VectorPOD<T*> all;
+        GetAllClassInstances(all);
+        return all;
+    }
+    /// The same, in the memory that all has already.
+    static void GetAllClassInstances(VectorPOD<T*>& all)
+    {
+        all.clear();
         all.reserve(Instances().size());
         for (ClassTracker* tracker : Instances())
             all.append(static_cast<T*>(tracker));
-        return all;
     }
 
     /// Whether p is in the registry. p may point at an object that is gone.

@@ -1,68 +1,7 @@
 // A world in which nothing is added or removed and all touches persist asks for no memory.
 
+#include "AllocationCounter.h"
 #include "SimulationFixture.h"
-
-#include <cerrno>
-#include <cstdlib>
-
-// Every way to the heap is counted: operator new ends in malloc or aligned_alloc. Under the address
-// sanitizer, which has its own malloc, its hook counts.
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" int __sanitizer_install_malloc_and_free_hooks(
-    void (*onMalloc)(const volatile void*, size_t), void (*onFree)(const volatile void*));
-
-namespace
-{
-size_t g_allocations = 0;
-const int g_installed = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, size_t) { ++g_allocations; }, [](const volatile void*) {});
-}
-#else
-namespace
-{
-size_t g_allocations = 0;
-}
-
-extern "C"
-{
-    void* __libc_malloc(size_t);
-    void* __libc_calloc(size_t, size_t);
-    void* __libc_realloc(void*, size_t);
-    void* __libc_memalign(size_t, size_t);
-
-    void* malloc(size_t size)
-    {
-        ++g_allocations;
-        return __libc_malloc(size);
-    }
-    void* calloc(size_t count, size_t size)
-    {
-        ++g_allocations;
-        return __libc_calloc(count, size);
-    }
-    void* realloc(void* block, size_t size)
-    {
-        ++g_allocations;
-        return __libc_realloc(block, size);
-    }
-    void* memalign(size_t alignment, size_t size)
-    {
-        ++g_allocations;
-        return __libc_memalign(alignment, size);
-    }
-    void* aligned_alloc(size_t alignment, size_t size)
-    {
-        ++g_allocations;
-        return __libc_memalign(alignment, size);
-    }
-    int posix_memalign(void** out, size_t alignment, size_t size)
-    {
-        ++g_allocations;
-        *out = __libc_memalign(alignment, size);
-        return *out ? 0 : ENOMEM;
-    }
-}
-#endif
 
 namespace physics
 {
@@ -73,18 +12,18 @@ class AllocationTest : public SimulationFixture
 protected:
     size_t CountAllocations(int steps)
     {
-        const size_t before = g_allocations;
+        const size_t before = test::g_allocations;
         Steps(steps);
-        return g_allocations - before;
+        return test::g_allocations - before;
     }
 };
 
 TEST_F(AllocationTest, TheCounterCounts)
 {
-    const size_t before = g_allocations;
+    const size_t before = test::g_allocations;
     int* volatile a = new int(1);
     void* volatile b = std::malloc(10);
-    EXPECT_EQ(before + 2, g_allocations);
+    EXPECT_EQ(before + 2, test::g_allocations);
     delete a;
     std::free(b);
 }
@@ -134,9 +73,9 @@ TEST_F(AllocationTest, APausedWorldAllocatesNothing)
 {
     AddPyramid(5);
     Steps(100);
-    const size_t before = g_allocations;
+    const size_t before = test::g_allocations;
     for (int i = 0; i < 100; ++i)
         sim.Step(false);
-    EXPECT_EQ(before, g_allocations);
+    EXPECT_EQ(before, test::g_allocations);
 }
 }
