@@ -12,7 +12,7 @@ enum LogLevel
     LogWarning = 1,
     LogCodeCheck = 2,
     LogDataCheck = 4,
-    LogError = 6,  // deliberate: both check bits
+    LogError = 6, // deliberate: both check bits
     LogInfo = 8,
     LogVerbose = 16
 };

@@ -63,7 +63,10 @@ StreamLogger::StreamLogger(LogLevel mask, std::ostream* stream)
 {
 }
 
-void StreamLogger::Log(const util::String& text) { *m_stream << text << std::endl; }
+void StreamLogger::Log(const util::String& text)
+{
+    *m_stream << text << std::endl;
+}
 
 FileLogger::FileLogger(LogLevel mask, util::String path, bool append)
     : ILogger(mask)
@@ -111,7 +114,10 @@ void FunctionLogger::Log(const util::String& text)
     }
 }
 
-void Logger::AddLogger(util::SharedPtr<ILogger> logger) { m_loggers.insert(logger); }
+void Logger::AddLogger(util::SharedPtr<ILogger> logger)
+{
+    m_loggers.insert(logger);
+}
 
 void Logger::Log(LogLevel level, const util::String& text)
 {

@@ -112,7 +112,7 @@ public:
     friend bool Intersects(const TBoundingBox& a, const TBoundingBox& b)
     {
         return a.m_min.x <= b.m_max.x && b.m_min.x <= a.m_max.x && a.m_min.y <= b.m_max.y &&
-            b.m_min.y <= a.m_max.y;
+               b.m_min.y <= a.m_max.y;
     }
     friend bool operator==(const TBoundingBox& a, const TBoundingBox& b)
     {

@@ -6,8 +6,14 @@ namespace math
 {
 namespace
 {
-void MultTransposed(const float* m) { glMultMatrixf(m); }
-void MultTransposed(const double* m) { glMultMatrixd(m); }
+void MultTransposed(const float* m)
+{
+    glMultMatrixf(m);
+}
+void MultTransposed(const double* m)
+{
+    glMultMatrixd(m);
+}
 }
 
 template<typename T>

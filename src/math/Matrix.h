@@ -64,7 +64,10 @@ struct TMatrix3
     {
         return TMatrix3(1, 0, v.x, 0, 1, v.y, 0, 0, 1);
     }
-    static TMatrix3 Scale2D(const TVector2<T>& s) { return TMatrix3(s.x, 0, 0, 0, s.y, 0, 0, 0, 1); }
+    static TMatrix3 Scale2D(const TVector2<T>& s)
+    {
+        return TMatrix3(s.x, 0, 0, 0, s.y, 0, 0, 0, 1);
+    }
 
     T* operator[](int row) { return m[row]; }
     const T* operator[](int row) const { return m[row]; }
@@ -85,17 +88,18 @@ struct TMatrix3
     /// The adjugate: the transposed cofactors.
     TMatrix3 Adj() const
     {
-        return TMatrix3(m[1][1] * m[2][2] - m[1][2] * m[2][1], m[0][2] * m[2][1] - m[0][1] * m[2][2],
-                        m[0][1] * m[1][2] - m[0][2] * m[1][1], m[1][2] * m[2][0] - m[1][0] * m[2][2],
-                        m[0][0] * m[2][2] - m[0][2] * m[2][0], m[0][2] * m[1][0] - m[0][0] * m[1][2],
-                        m[1][0] * m[2][1] - m[1][1] * m[2][0], m[0][1] * m[2][0] - m[0][0] * m[2][1],
-                        m[0][0] * m[1][1] - m[0][1] * m[1][0]);
+        return TMatrix3(
+            m[1][1] * m[2][2] - m[1][2] * m[2][1], m[0][2] * m[2][1] - m[0][1] * m[2][2],
+            m[0][1] * m[1][2] - m[0][2] * m[1][1], m[1][2] * m[2][0] - m[1][0] * m[2][2],
+            m[0][0] * m[2][2] - m[0][2] * m[2][0], m[0][2] * m[1][0] - m[0][0] * m[1][2],
+            m[1][0] * m[2][1] - m[1][1] * m[2][0], m[0][1] * m[2][0] - m[0][0] * m[2][1],
+            m[0][0] * m[1][1] - m[0][1] * m[1][0]);
     }
     T Determinant() const
     {
         return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
-            m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
-            m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+               m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+               m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
     }
 
     friend TMatrix3 operator*(const TMatrix3& a, const TMatrix3& b)

@@ -7,8 +7,14 @@
 
 namespace math
 {
-OBB2D OBB2D::Empty() { return FromCenterRad(Vec2(), -std::numeric_limits<float>::infinity()); }
-OBB2D OBB2D::Everything() { return FromCenterRad(Vec2(), std::numeric_limits<float>::infinity()); }
+OBB2D OBB2D::Empty()
+{
+    return FromCenterRad(Vec2(), -std::numeric_limits<float>::infinity());
+}
+OBB2D OBB2D::Everything()
+{
+    return FromCenterRad(Vec2(), std::numeric_limits<float>::infinity());
+}
 
 OBB2D OBB2D::Build(const Vec2* points, size_t nPoints, const Vec2& axis)
 {
@@ -48,5 +54,8 @@ Vec2 FindMainAxisSimple(const Vec2* points, size_t nPoints)
     return pair.distSq < 0 ? Vec2() : Normalized(points[pair.j] - points[pair.i]);
 }
 
-Vec2 FindMainAxisLinAlg(const Vec2* points, size_t n) { return FindMainAxisSimple(points, n); }
+Vec2 FindMainAxisLinAlg(const Vec2* points, size_t n)
+{
+    return FindMainAxisSimple(points, n);
+}
 }

@@ -54,17 +54,18 @@ public:
     float ProjectedRadius(const Vec2& axis) const
     {
         return std::fabs(Dot(axis, m_axis[0])) * m_half[0] +
-            std::fabs(Dot(axis, m_axis[1])) * m_half[1];
+               std::fabs(Dot(axis, m_axis[1])) * m_half[1];
     }
     static bool IsSeparatingAxis(const OBB2D& a, const OBB2D& b, const Vec2& axis)
     {
         return std::fabs(Dot(b.m_center - a.m_center, axis)) >
-            a.ProjectedRadius(axis) + b.ProjectedRadius(axis);
+               a.ProjectedRadius(axis) + b.ProjectedRadius(axis);
     }
     bool Contains(const Vec2& p) const
     {
         const Vec2 d = p - m_center;
-        return std::fabs(Dot(d, m_axis[0])) <= m_half[0] && std::fabs(Dot(d, m_axis[1])) <= m_half[1];
+        return std::fabs(Dot(d, m_axis[0])) <= m_half[0] &&
+               std::fabs(Dot(d, m_axis[1])) <= m_half[1];
     }
     /// Negative inside, and then the larger of the two axes' distances.
     float Distance(const Vec2& p) const
@@ -102,8 +103,9 @@ private:
 inline bool Intersects(const OBB2D& a, const OBB2D& b)
 {
     return !OBB2D::IsSeparatingAxis(a, b, a.GetAxis(0)) &&
-        !OBB2D::IsSeparatingAxis(a, b, a.GetAxis(1)) &&
-        !OBB2D::IsSeparatingAxis(a, b, b.GetAxis(0)) && !OBB2D::IsSeparatingAxis(a, b, b.GetAxis(1));
+           !OBB2D::IsSeparatingAxis(a, b, a.GetAxis(1)) &&
+           !OBB2D::IsSeparatingAxis(a, b, b.GetAxis(0)) &&
+           !OBB2D::IsSeparatingAxis(a, b, b.GetAxis(1));
 }
 
 /// The unit vector along the farthest pair of the n > 1 points, from the earlier to the later one; the

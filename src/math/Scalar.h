@@ -13,8 +13,14 @@ using real = float;
 const float PIf = 3.14159265358979323846f;
 const float TwoPIf = 6.28318530717958647692f;
 
-inline bool IsZero(float x) { return std::fabs(x) < 1e-7f; }
-inline bool IsZero(double x) { return std::fabs(x) < 1e-11; }
+inline bool IsZero(float x)
+{
+    return std::fabs(x) < 1e-7f;
+}
+inline bool IsZero(double x)
+{
+    return std::fabs(x) < 1e-11;
+}
 
 /// Tests the bits, so that no compiler option can reason it away.
 inline bool IsNaN(float x)
@@ -55,9 +61,15 @@ inline float WrapAngle(float a)
 }
 
 /// 0 at 0, 1 at 1 with a flat end.
-inline float SmoothFun(float x) { return x + x * x - x * x * x; }
+inline float SmoothFun(float x)
+{
+    return x + x * x - x * x * x;
+}
 
-inline float Sign(float x) { return x > 0 ? 1.0f : (x < 0 ? -1.0f : 0.0f); }
+inline float Sign(float x)
+{
+    return x > 0 ? 1.0f : (x < 0 ? -1.0f : 0.0f);
+}
 
 template<typename T>
 T Lerp(const T& a, const T& b, float t)

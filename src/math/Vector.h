@@ -63,11 +63,20 @@ struct TVector2
         const T r = T(1) / s;
         return TVector2(a.x * r, a.y * r);
     }
-    friend bool operator==(const TVector2& a, const TVector2& b) { return a.x == b.x && a.y == b.y; }
+    friend bool operator==(const TVector2& a, const TVector2& b)
+    {
+        return a.x == b.x && a.y == b.y;
+    }
     friend bool operator!=(const TVector2& a, const TVector2& b) { return !(a == b); }
 
-    static TVector2 Mul(const TVector2& a, const TVector2& b) { return TVector2(a.x * b.x, a.y * b.y); }
-    static TVector2 Div(const TVector2& a, const TVector2& b) { return TVector2(a.x / b.x, a.y / b.y); }
+    static TVector2 Mul(const TVector2& a, const TVector2& b)
+    {
+        return TVector2(a.x * b.x, a.y * b.y);
+    }
+    static TVector2 Div(const TVector2& a, const TVector2& b)
+    {
+        return TVector2(a.x / b.x, a.y / b.y);
+    }
     static TVector2 Max(const TVector2& a, const TVector2& b)
     {
         return TVector2(a.x > b.x ? a.x : b.x, a.y > b.y ? a.y : b.y);
@@ -115,7 +124,10 @@ struct TVector3
         return TVector3(a.x - b.x, a.y - b.y, a.z - b.z);
     }
     friend TVector3 operator-(const TVector3& a) { return TVector3(-a.x, -a.y, -a.z); }
-    friend TVector3 operator*(const TVector3& a, T s) { return TVector3(a.x * s, a.y * s, a.z * s); }
+    friend TVector3 operator*(const TVector3& a, T s)
+    {
+        return TVector3(a.x * s, a.y * s, a.z * s);
+    }
     friend TVector3 operator*(T s, const TVector3& a) { return a * s; }
     friend TVector3 operator/(const TVector3& a, T s) { return a * (T(1) / s); }
     friend bool operator==(const TVector3& a, const TVector3& b)
@@ -219,15 +231,27 @@ T Dot(const TVector3<T>& a, const TVector3<T>& b)
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-inline float Cross(const Vec2& a, const Vec2& b) { return a.x * b.y - a.y * b.x; }
+inline float Cross(const Vec2& a, const Vec2& b)
+{
+    return a.x * b.y - a.y * b.x;
+}
 /// The velocity of a point at v that turns with w radians per second.
-inline Vec2 Cross(float w, const Vec2& v) { return Vec2(-w * v.y, w * v.x); }
+inline Vec2 Cross(float w, const Vec2& v)
+{
+    return Vec2(-w * v.y, w * v.x);
+}
 inline Vec3 Cross(const Vec3& a, const Vec3& b)
 {
     return Vec3(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
 }
-inline Vec2 Rot90CCW(const Vec2& v) { return Vec2(-v.y, v.x); }
-inline Vec2 Rot90CW(const Vec2& v) { return Vec2(v.y, -v.x); }
+inline Vec2 Rot90CCW(const Vec2& v)
+{
+    return Vec2(-v.y, v.x);
+}
+inline Vec2 Rot90CW(const Vec2& v)
+{
+    return Vec2(v.y, -v.x);
+}
 
 inline Vec2 Normalized(Vec2 v)
 {
@@ -235,12 +259,27 @@ inline Vec2 Normalized(Vec2 v)
     return v;
 }
 
-inline float DistanceSq(const Vec2& a, const Vec2& b) { return (a - b).LengthSq(); }
-inline float Distance(const Vec2& a, const Vec2& b) { return (a - b).Length(); }
-inline float Distance(const Vec3& a, const Vec3& b) { return (a - b).Length(); }
+inline float DistanceSq(const Vec2& a, const Vec2& b)
+{
+    return (a - b).LengthSq();
+}
+inline float Distance(const Vec2& a, const Vec2& b)
+{
+    return (a - b).Length();
+}
+inline float Distance(const Vec3& a, const Vec3& b)
+{
+    return (a - b).Length();
+}
 
-inline bool IsFinite(const Vec2& v) { return IsFinite(v.x) && IsFinite(v.y); }
-inline bool IsFinite(const Vec3& v) { return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z); }
+inline bool IsFinite(const Vec2& v)
+{
+    return IsFinite(v.x) && IsFinite(v.y);
+}
+inline bool IsFinite(const Vec3& v)
+{
+    return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z);
+}
 inline bool IsFinite(const Vec4& v)
 {
     return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z) && IsFinite(v.w);

@@ -24,7 +24,10 @@ namespace
 unsigned long s_destroyedSets = 0;
 }
 
-AbstractCallbackSet::~AbstractCallbackSet() noexcept(false) { ++s_destroyedSets; }
+AbstractCallbackSet::~AbstractCallbackSet() noexcept(false)
+{
+    ++s_destroyedSets;
+}
 
 void AbstractCallbackSet::FlushCallbackSets()
 {
@@ -78,7 +81,8 @@ void CallbackSet::CallAll() const
     catch (std::exception& e)
     {
         CatchException(e, QUIB_LOCATION);
-        Log(logging::LogWarning, std::string("Exception caught in CallbackSet::CallAll: ") + e.what());
+        Log(logging::LogWarning,
+            std::string("Exception caught in CallbackSet::CallAll: ") + e.what());
     }
 }
 

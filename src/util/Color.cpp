@@ -30,5 +30,8 @@ math::Vec3 HSL2RGB(float hue, float saturation, float lightness)
     }
 }
 
-float RGBIntensity(const math::Vec3& rgb) { return (rgb.x + rgb.y + rgb.z) / 3; }
+float RGBIntensity(const math::Vec3& rgb)
+{
+    return (rgb.x + rgb.y + rgb.z) / 3;
+}
 }

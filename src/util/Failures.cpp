@@ -37,8 +37,9 @@ void AssertionFailed(const char* condition, bool isAssertion, bool isCode, const
 {
     // Deliberate: "inf".
     const std::string message =
-        (boost::format("%s %s failed: \"%s\" in function %s inf %s:%i") % (isCode ? "Code" : "Data") %
-         (isAssertion ? "assertion" : "check") % condition % function % file % line)
+        (boost::format("%s %s failed: \"%s\" in function %s inf %s:%i") %
+         (isCode ? "Code" : "Data") % (isAssertion ? "assertion" : "check") % condition % function %
+         file % line)
             .str();
 
     if (!isAssertion)

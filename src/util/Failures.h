@@ -88,14 +88,17 @@ private:
 
 /// The location of this line as a const char* that lives for good.
 #define QUIB_LOCATION                                                                              \
-    ([](const char* function) -> const char* {                                                     \
-        static const char* const text =                                                            \
-            ::util::internal::MakeLocationText(__FILE__, __LINE__, function);                      \
-        return text;                                                                               \
-    }(__PRETTY_FUNCTION__))
+    (                                                                                              \
+        [](const char* function) -> const char*                                                    \
+        {                                                                                          \
+            static const char* const text =                                                        \
+                ::util::internal::MakeLocationText(__FILE__, __LINE__, function);                  \
+            return text;                                                                           \
+        }(__PRETTY_FUNCTION__))
 
 /// The only form in which Quib throws: QUIB_THROW(BadDataException("...")).
-#define QUIB_THROW(exception) throw ::util::internal::ExceptionDescriber(QUIB_LOCATION) % (exception)
+#define QUIB_THROW(exception)                                                                      \
+    throw ::util::internal::ExceptionDescriber(QUIB_LOCATION) % (exception)
 
 /// Runs a statement; an exception that leaves it is logged with this place and goes on.
 #define QUIB_PASS_ON(...)                                                                          \

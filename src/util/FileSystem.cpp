@@ -48,11 +48,20 @@ void FileSystem::CalcWorkDir(String argv0)
     std::cout << "workdir =  " << m_workDir << std::endl;
 }
 
-String FileSystem::NameAndVersion() const { return "Quib beta 4.0"; }
+String FileSystem::NameAndVersion() const
+{
+    return "Quib beta 4.0";
+}
 
-bool FileSystem::FileExists(const String& path) { return fs::exists(path); }
+bool FileSystem::FileExists(const String& path)
+{
+    return fs::exists(path);
+}
 
-void FileSystem::EraseFile(const String& path) { fs::remove(path); }
+void FileSystem::EraseFile(const String& path)
+{
+    fs::remove(path);
+}
 
 void FileSystem::EraseFileIfPossible(const String& path)
 {
@@ -73,7 +82,8 @@ void FileSystem::RenameFile(const String& from, const String& to)
     catch (std::exception& e)
     {
         CatchException(e, QUIB_LOCATION);
-        Log(logging::LogWarning, "Failed to rename \"" + from + "\" to \"" + to + "\": " + e.what());
+        Log(logging::LogWarning,
+            "Failed to rename \"" + from + "\" to \"" + to + "\": " + e.what());
     }
 }
 
@@ -139,9 +149,9 @@ void FileSystem::WriteFile(const String& path, const String& text)
     const bool exists = ::stat(path.c_str(), &old) == 0;
     bool good;
     if (exists && !S_ISREG(old.st_mode))
-        good = WriteAndClose(std::fopen(path.c_str(), "wb"), text, false);  // a device or a pipe
+        good = WriteAndClose(std::fopen(path.c_str(), "wb"), text, false); // a device or a pipe
     else if (exists && ::euidaccess(path.c_str(), W_OK) != 0)
-        good = false;  // write-protected; a rename would not ask
+        good = false; // write-protected; a rename would not ask
     else
     {
         const String target = FollowLinks(path);
@@ -194,10 +204,13 @@ std::vector<String> FileSystem::DirsInDir(const String& dir)
 
 std::vector<String> FileSystem::FilesInDir(const String& dir, const String& pattern)
 {
-    return NamesInDir(dir, [&](const fs::directory_entry& e) {
-        return !IsDirectory(e) &&
-            (pattern == "*" || WildcardMatcher(e.path().filename().string(), pattern));
-    });
+    return NamesInDir(dir,
+                      [&](const fs::directory_entry& e)
+                      {
+                          return !IsDirectory(e) &&
+                                 (pattern == "*" ||
+                                  WildcardMatcher(e.path().filename().string(), pattern));
+                      });
 }
 
 bool WildcardMatcher(const String& text, const String& pattern)

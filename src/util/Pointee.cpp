@@ -51,8 +51,14 @@ std::vector<Pointee*>& WaitingForDeletion()
 
 #if defined(__SANITIZE_ADDRESS__)
 // From the general allocator, so that the use of a freed block is seen.
-void* PointeeHandle::operator new(size_t size) { return ::operator new(size); }
-void PointeeHandle::operator delete(void* p) { ::operator delete(p); }
+void* PointeeHandle::operator new(size_t size)
+{
+    return ::operator new(size);
+}
+void PointeeHandle::operator delete(void* p)
+{
+    ::operator delete(p);
+}
 #else
 void* PointeeHandle::operator new(size_t)
 {

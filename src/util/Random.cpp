@@ -34,7 +34,10 @@ Random::Random()
 
 Random::~Random() = default;
 
-float Random::GetUniform() { return m_impl->uniform(m_impl->generator); }
+float Random::GetUniform()
+{
+    return m_impl->uniform(m_impl->generator);
+}
 
 float Random::GetUniform(float a, float b)
 {

@@ -30,7 +30,8 @@ void SafeDelete(const T* p)
     catch (...)
     {
         CatchException(QUIB_LOCATION);
-        Log(logging::LogWarning, std::string("Unknown exception caught when deleting a ") + typeName);
+        Log(logging::LogWarning,
+            std::string("Unknown exception caught when deleting a ") + typeName);
     }
 }
 }

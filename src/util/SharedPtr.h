@@ -79,7 +79,7 @@ public:
         }
         catch (...)
         {
-            m_ptr = nullptr;  // not counted, so not ours: the object is at its end
+            m_ptr = nullptr; // not counted, so not ours: the object is at its end
             throw;
         }
     }

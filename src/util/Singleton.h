@@ -22,8 +22,8 @@ public:
         if (Instance())
             return;
         if (s_createCount != 0)
-            QUIB_THROW(BadCoderException(std::string("Phoenix singleton detected: ") +
-                                         typeid(T).name()));
+            QUIB_THROW(
+                BadCoderException(std::string("Phoenix singleton detected: ") + typeid(T).name()));
         s_createCount = 1;
         QUIB_NEW T;
     }

@@ -13,8 +13,14 @@ namespace util
 namespace
 {
 // The C locale's letters only: bytes from 0x80 on are left alone.
-char LowerChar(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
-char UpperChar(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
+char LowerChar(char c)
+{
+    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+}
+char UpperChar(char c)
+{
+    return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
+}
 
 bool EqualIgnoringCase(const char* a, const char* b, size_t n)
 {
@@ -133,19 +139,20 @@ bool starts_with(const String& text, const String& start)
 
 bool ends_with(const String& text, const String& end)
 {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
 bool istarts_with(const String& text, const String& start)
 {
     return text.size() >= start.size() &&
-        EqualIgnoringCase(text.data(), start.data(), start.size());
+           EqualIgnoringCase(text.data(), start.data(), start.size());
 }
 
 bool iends_with(const String& text, const String& end)
 {
     return text.size() >= end.size() &&
-        EqualIgnoringCase(text.data() + (text.size() - end.size()), end.data(), end.size());
+           EqualIgnoringCase(text.data() + (text.size() - end.size()), end.data(), end.size());
 }
 
 bool iequals(const String& a, const String& b)
@@ -153,16 +160,43 @@ bool iequals(const String& a, const String& b)
     return a.size() == b.size() && EqualIgnoringCase(a.data(), b.data(), a.size());
 }
 
-String Plural(size_t n) { return n == 1 ? "" : "s"; }
+String Plural(size_t n)
+{
+    return n == 1 ? "" : "s";
+}
 
-String ToString(bool value) { return value ? "true" : "false"; }
-String ToString(int value) { return std::to_string(value); }
-String ToString(unsigned value) { return std::to_string(value); }
-String ToString(long value) { return std::to_string(value); }
-String ToString(unsigned long value) { return std::to_string(value); }
-String ToString(float value) { return Stream(value); }
-String ToString(double value) { return Stream(value); }
-String ToString(long double value) { return Stream(value); }
+String ToString(bool value)
+{
+    return value ? "true" : "false";
+}
+String ToString(int value)
+{
+    return std::to_string(value);
+}
+String ToString(unsigned value)
+{
+    return std::to_string(value);
+}
+String ToString(long value)
+{
+    return std::to_string(value);
+}
+String ToString(unsigned long value)
+{
+    return std::to_string(value);
+}
+String ToString(float value)
+{
+    return Stream(value);
+}
+String ToString(double value)
+{
+    return Stream(value);
+}
+String ToString(long double value)
+{
+    return Stream(value);
+}
 
 template<>
 bool FromString<bool>(const String& text)

@@ -32,8 +32,14 @@ String ToString(unsigned long value);
 String ToString(float value);
 String ToString(double value);
 String ToString(long double value);
-inline String ToString(const String& value) { return value; }
-inline String ToString(const char* value) { return value; }
+inline String ToString(const String& value)
+{
+    return value;
+}
+inline String ToString(const char* value)
+{
+    return value;
+}
 
 /// T: bool, int, unsigned, long, unsigned long, float, double, String. Takes "+inf" and "-inf".
 /// @throws BadDataException  Bad lexical cast: "value"

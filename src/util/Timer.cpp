@@ -4,5 +4,8 @@
 
 namespace util
 {
-double Timer::GetCurrentTime() { return SDL_GetTicks() / 1000.0; }
+double Timer::GetCurrentTime()
+{
+    return SDL_GetTicks() / 1000.0;
+}
 }

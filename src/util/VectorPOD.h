@@ -50,7 +50,7 @@ public:
     {
         if (m_end == m_capacityEnd)
         {
-            const T copy = value;  // it may lie in our own block
+            const T copy = value; // it may lie in our own block
             private_reserve(size() + 1);
             *m_end++ = copy;
             return;

@@ -89,7 +89,7 @@ TEST(VectorPOD, ThrowsBadAllocWhenThereIsNoMemory)
     VectorPOD<int> v;
     v.append(3);
     EXPECT_THROW(v.reserve(static_cast<size_t>(-1)), std::bad_alloc);
-#if !defined(__SANITIZE_ADDRESS__)  // which ends the program instead
+#if !defined(__SANITIZE_ADDRESS__) // which ends the program instead
     EXPECT_THROW(v.reserve(size_t(1) << 60), std::bad_alloc);
 #endif
     ASSERT_EQ(1u, v.size());
