@@ -230,6 +230,15 @@ def welcome(path):
         scene.circle(color, (-9.2 + 0.62 * i, 5.0 + 0.6 * (i % 2)), 0.24 + 0.02 * (i % 3),
                      density=4.0, friction=0.8, restitution=0.3)
 
+    # A table in the middle, to bounce on, behind the dominoes.
+    table = ground + 4.6
+    for x in (1.7, 5.3):
+        scene.box(SAND, (x, (ground + table - 0.2) / 2), (0.35, table - 0.2 - ground),
+                  collideSet=BEHIND_4, friction=1.0, restitution=0.0)
+    l, r, rim = 1.0, 6.0, 0.5
+    top = [(l, table - 0.2), (r, table - 0.2), (r, table + rim), (r - 0.2, table + rim)]
+    top += [(r - 0.2, table), (l + 0.2, table), (l + 0.2, table + rim), (l, table + rim)]
+    scene.polygon(SEA, top, collideSet=BEHIND_4 | FRONT, density=8.0, friction=0.8)
     # Dominoes, each a little larger than the one before.
     x, height = -0.6, 0.62
     for i in range(12):
@@ -246,15 +255,6 @@ def welcome(path):
     top = ground + 2.4
     scene.polygon(AMBER, star(0.55, 5), (8.83, top + 0.445), density=1.0)
 
-    # A table in the middle, to bounce on.
-    table = ground + 4.6
-    for x in (1.7, 5.3):
-        scene.box(SAND, (x, (ground + table - 0.2) / 2), (0.35, table - 0.2 - ground),
-                  collideSet=BEHIND_4, friction=1.0, restitution=0.0)
-    l, r, rim = 1.0, 6.0, 0.5
-    top = [(l, table - 0.2), (r, table - 0.2), (r, table + rim), (r - 0.2, table + rim)]
-    top += [(r - 0.2, table), (l + 0.2, table), (l + 0.2, table + rim), (l, table + rim)]
-    scene.polygon(SEA, top, collideSet=BEHIND_4 | FRONT, density=8.0, friction=0.8)
     # More than the table loses, nearly.
     scene.circle(AMBER, (2.0, table + 4.2), 0.42, restitution=1.8)
     scene.circle(PLUM, (3.4, table + 3.0), 0.34, restitution=1.7)
