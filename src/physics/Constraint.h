@@ -5,6 +5,9 @@
 #include "physics/AbstractBody.h"
 #include "util/VectorPOD.h"
 
+#include <cstdint>
+#include <limits>
+
 namespace physics
 {
 // A constraint reads and writes the velocity changes of its own two bodies only. The solver relies on
@@ -23,12 +26,16 @@ public:
     virtual void ApplyImpulse() = 0;
     virtual void SolveExit() = 0;
 
-    /// 0 or 1; may be null before SolveInit.
+    /// @param i  0 or 1
+    /// @return null for a geometry without a body; SolveInit then leaves the constraint out
     AbstractBody* GetBodyPtr(int i) const { return m_bodies[i]; }
     /// Squared size of the last desired impulse.
     float GetPriority() const { return m_priority; }
     void SetDistScale(float scale) { m_distScale = scale; }
     bool IsContact() const { return m_isContact; }
+    /// Counted up over all constraints of the process. It stands for the address wherever an order is
+    /// needed: addresses differ from run to run.
+    uint64_t GetCreationNumber() const { return m_creationNumber; }
 
     // Solver settings as of the last Simulation::SetupSolver.
     static inline bool s_warmStart = true;
@@ -39,29 +46,47 @@ protected:
     explicit Constraint(bool isContact = false)
         : m_isContact(isContact)
     {
+        TakeCreationNumber();
     }
+
+    /// For objects that are used again: a new constraint in an old place.
+    void TakeCreationNumber() { m_creationNumber = s_creationCounter++; }
 
     /// An impulse on the velocity changes: positive on body 1, negative on body 0.
     void ApplyImpulse(const math::Vec2& impulse);
 
     float m_distScale = 1; // scale on the distance term
     AbstractBody* m_bodies[2] = {nullptr, nullptr};
-    math::Vec2 m_r[2]; // arms, from each body's centre to the point
+    math::Vec2 m_r[2]; // arms, from each body's center to the point
     float m_priority = 0;
 
 private:
     friend class RowSolver;
 
     bool m_isContact;
+    uint64_t m_creationNumber;
+
+    static inline uint64_t s_creationCounter = 0;
 };
 using ConstraintList = util::VectorPOD<Constraint*>;
 
-// Largest priority first.
+// Largest priority first. One that is not a number comes last, so that this is an order in any case and
+// what has gone bad keeps nobody else from being solved.
 struct ConstraintComparer
 {
     bool operator()(const Constraint* a, const Constraint* b) const
     {
-        return a->GetPriority() > b->GetPriority();
+        return a->GetPriority() > b->GetPriority() ||
+               (math::IsNaN(b->GetPriority()) && !math::IsNaN(a->GetPriority()));
+    }
+};
+
+// In order of creation.
+struct ConstraintCreationComparer
+{
+    bool operator()(const Constraint* a, const Constraint* b) const
+    {
+        return a->GetCreationNumber() < b->GetCreationNumber();
     }
 };
 

@@ -51,6 +51,7 @@ void Contact::Init(Geom* g1, Geom* g2, size_t id, const Vec2& p, const Vec2& n, 
     CODE_ASSERT(IsFinite(n));
     CODE_ASSERT(IsFinite(d));
 
+    TakeCreationNumber();
     m_distScale = 1;
     m_priority = 0;
     m_startTime = Simulation::GetInstancePtr()->GetSimTime();

@@ -48,6 +48,8 @@ RowSolver::~RowSolver() = default;
 
 void RowSolver::Solve(const ConstraintList& constraints, int iterations, bool preSort)
 {
+    if (constraints.empty())
+        return;
     BuildRows(constraints, preSort);
     if (preSort)
         SortKeys();
@@ -108,10 +110,13 @@ void RowSolver::BuildRows(const ConstraintList& constraints, bool preSort)
             row.totalT = contact.m_totalT;
             row.friction = contact.m_friction;
         }
-        // Priorities are not negative: their bits are in the order of their values.
+        // Priorities are not negative: their bits are in the order of their values. What is not a
+        // number comes last, as in ConstraintComparer.
         uint32_t bits;
         std::memcpy(&bits, &constraint->m_priority, sizeof(bits));
-        m_keys.append({~bits, static_cast<uint32_t>(m_rows.size())});
+        const uint32_t infinity = 0x7F800000;
+        m_keys.append({math::IsNaN(constraint->m_priority) ? ~0u : infinity - bits,
+                       static_cast<uint32_t>(m_rows.size())});
         m_rows.append(row);
     }
 

@@ -61,11 +61,14 @@ public:
     /// Simulated seconds over all runs.
     double GetSimTime() const { return m_simTime; }
     void SetSimTime(double seconds) { m_simTime = seconds; }
-    /// Seconds of a frame that catching up may fill.
+    /// Seconds of a frame that catching up may fill. Updates take it for 1 when it is longer, or not a
+    /// number.
     void SetFrameBudget(float seconds) { m_frameBudget = seconds; }
     float GetFrameBudget() const { return m_frameBudget; }
     /// At most that many steps per Update; 0 means no limit.
     void SetStepLimit(int steps) { m_stepLimit = steps; }
+    /// Which share of the time owed the last running Update delivered; 1 when all of it.
+    float GetRealtimeFraction() const { return m_realtimeFraction; }
     /// Forgets the simulated time still owed, or taken ahead.
     void ClearTimeDebt() { m_timeDebt = 0; }
     /// Statistics of the last Update, one per line.
@@ -73,9 +76,6 @@ public:
 
     /// Called once per step with the time step, in paused steps too.
     util::CallbackArgSet<float>& OnStep() { return m_onStep; }
-
-    /// Where the collision detection takes its contacts from.
-    ContactPool& GetContactPool() { return m_contactPool; }
 
     // --- the stages of a step ---
 
@@ -113,7 +113,7 @@ public:
     script::AttribWrapper<float> m_fallLimit; // distance along gravity
     script::AttribWrapper<bool> m_prioritizedSolver;
     script::AttribWrapper<float> m_targetPenetration;
-    script::AttribWrapper<int> m_solveIter;
+    script::AttribWrapper<int> m_solveIter;                // the solvers make 10,000 at most
     script::AttribWrapper<float> m_solveConstant;          // stiffness
     script::AttribWrapper<float> m_solveDcontacts;         // damping in time steps
     script::AttribWrapper<float> m_solveDconstraints;      // the same for hinges
@@ -133,6 +133,7 @@ private:
     void CheckWorldInvariants() const;
     void RunSteps(double dt, float timeFactor);
     void AppendStatistics();
+    int CalcIterations() const;
     static void InitConstraints(ConstraintList& constraints);
 
     util::SharedPtr<WorldGeom> m_worldGeom;

@@ -6,12 +6,23 @@
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
 
-#include <functional>
+#include <algorithm>
 #include <memory_resource>
 #include <set>
 
 namespace physics
 {
+namespace
+{
+// Beyond this many iterations nothing changes but the time that they take, without end.
+const int MaxIterations = 10000;
+}
+
+int Simulation::CalcIterations() const
+{
+    return std::min<int>(m_solveIter, MaxIterations);
+}
+
 void Simulation::SetupSolver()
 {
     const float h = m_timeDelta;
@@ -94,7 +105,7 @@ void Simulation::InitConstraints(ConstraintList& constraints)
 void Simulation::GaussSeidelSolver(const ConstraintList& constraints)
 {
     util::ScopeProfiler profile("GaussSeidelSolver");
-    m_rowSolver->Solve(constraints, m_solveIter, m_solvePreSortConstraints);
+    m_rowSolver->Solve(constraints, CalcIterations(), m_solvePreSortConstraints);
 }
 
 // Deliberate: the queue is a set keyed on priority alone. Of constraints of exactly equal priority only
@@ -121,8 +132,8 @@ void Simulation::PrioritizedSolver(const ConstraintList& constraints)
         queue.insert(constraint);
     }
 
-    std::pmr::set<Constraint*, std::less<Constraint*>> touched(&m_queueMemory);
-    const int64_t count = int64_t(m_solveIter) * int64_t(constraints.size());
+    std::pmr::set<Constraint*, ConstraintCreationComparer> touched(&m_queueMemory);
+    const int64_t count = int64_t(CalcIterations()) * int64_t(constraints.size());
     for (int64_t i = 0; i < count; ++i)
     {
         Constraint* const largest = *queue.begin();

@@ -1,3 +1,4 @@
+#include "Dice.h"
 #include "SimulationFixture.h"
 
 #include <algorithm>
@@ -157,6 +158,20 @@ TEST_F(SolverTest, ReplacesWhatTakesNoPartByTheLast)
     EXPECT_NEAR(0.5f, box->GetPos().y, 5e-3f);
 }
 
+TEST_F(SolverTest, IteratesTenThousandTimesAtMost)
+{
+    AddFloor();
+    AddBox(Vec2(1, 1), Vec2(0, 0.49f));
+    sim.m_solveIter = std::numeric_limits<int>::max();
+    for (bool prioritized : {false, true})
+    {
+        sim.m_prioritizedSolver = prioritized;
+        Steps(3);
+    }
+    EXPECT_EQ(2u, sim.GetMatchedContacts());
+    EXPECT_EQ(std::numeric_limits<int>::max(), sim.m_solveIter.Get());
+}
+
 // Looks like a mistake and is required: the setting is declared and does nothing.
 TEST_F(SolverTest, NeverReadsThePenetrationDampingSwitch)
 {
@@ -295,6 +310,114 @@ TEST_F(PrioritizedSolverTest, EntersALostConstraintAgainThroughItsNeighbour)
     // Re-entering it takes out, by key, the other one of the same priority.
     EXPECT_EQ(lost, log[1]);
     EXPECT_EQ(0, std::count(log.begin(), log.end(), first));
+}
+
+TEST_F(PrioritizedSolverTest, IteratesTenThousandTimesAtMost)
+{
+    Add(0, 1, 1);
+    Add(2, 3, 2);
+    sim.m_solveIter = 2000000000;
+    sim.PrioritizedSolver(list);
+    EXPECT_EQ(20000u, log.size());
+    sim.m_solveIter = std::numeric_limits<int>::min();
+    log.clear();
+    sim.PrioritizedSolver(list);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST_F(PrioritizedSolverTest, PutsWhatIsNotANumberLast)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Wish* bad = Add(0, 1, nan);
+    Wish* small = Add(2, 3, 1);
+    Wish* largest = Add(4, 5, Inf);
+    Add(6, 7, nan); // one of equal priority: out of the queue
+    sim.PrioritizedSolver(list);
+    // Nothing more to wish for is still more than not a number. (The small one gets lost behind the
+    // largest, whose priority is 0 as well by then.)
+    EXPECT_EQ((std::vector<Wish*>{largest, small, largest, largest}), log);
+    EXPECT_EQ(0, std::count(log.begin(), log.end(), bad));
+}
+
+TEST_F(PrioritizedSolverTest, EndsWhateverThePriorities)
+{
+    // A chain of neighbours, wishing for anything.
+    test::Dice dice;
+    const float values[] = {0, 1, 2, Inf, std::numeric_limits<float>::quiet_NaN(), -1};
+    for (int round = 0; round < 200; ++round)
+    {
+        wishes.clear();
+        list.clear();
+        log.clear();
+        for (int i = 0; i < 8; ++i)
+            Add(i, dice.OneIn(3) ? -1 : (i + 1) % 8, values[dice.Int(0, 6)]);
+        sim.m_solveIter = 5;
+        sim.PrioritizedSolver(list);
+        ASSERT_EQ(40u, log.size());
+    }
+}
+
+// Addresses differ from run to run, results must not.
+TEST_F(PrioritizedSolverTest, TakesNeighboursInOrderOfCreationWhereverTheyLie)
+{
+    test::Dice dice;
+    std::vector<util::SharedPtr<Wish>> junk;
+    for (int round = 0; round < 30; ++round)
+    {
+        // Some places are taken, others were just left.
+        for (int i = 0; i < 20; ++i)
+            junk.push_back(QUIB_NEW Wish(bodies[0].get(), bodies[1].get(), 0, log));
+        for (int i = 0; i < 10; ++i)
+            std::swap(junk[dice.Int(0, int(junk.size()))], junk.back()), junk.pop_back();
+        wishes.clear();
+        list.clear();
+        log.clear();
+        Wish* first = Add(0, 1, 5);
+        for (int i = 1; i < 8; ++i)
+            Add(0, i, 3);
+        // They enter again one after the other, each taking out the one before it by its key.
+        sim.PrioritizedSolver(list);
+        ASSERT_EQ(8u, log.size());
+        EXPECT_EQ(first, log[0]);
+        EXPECT_EQ(wishes.back().get(), log[1]);
+    }
+}
+
+TEST_F(PrioritizedSolverTest, GivesTheSameBitsInWorldAfterWorld)
+{
+    std::vector<uint32_t> bits[3];
+    std::vector<ContactPtr> held;
+    for (std::vector<uint32_t>& world : bits)
+    {
+        Reset();
+        sim.m_prioritizedSolver = true;
+        sim.m_solveIter = 10;
+        test::Dice dice;
+        AddFloor();
+        std::vector<BodyPtr> heap;
+        for (int i = 0; i < 40; ++i)
+        {
+            heap.push_back(AddBox(Vec2(1, 0.6f), Vec2(1.5f * (i % 4), 1.5f + 0.8f * (i / 4))));
+            heap.back()->SetVel(Vec2(dice.Uniform(-3, 3), 0));
+            heap.back()->SetAngVel(dice.Uniform(-3, 3));
+        }
+        for (int step = 0; step < 100; ++step)
+        {
+            Steps(1);
+            // Contacts that are held must be made anew, and come back in another order.
+            if (&world != bits)
+                for (const ContactPtr& contact : sim.GetContacts())
+                    if (dice.OneIn(3))
+                        held.push_back(contact);
+            if (&world == &bits[2] && step % 7 == 0)
+                held.resize(held.size() / 2);
+        }
+        for (const BodyPtr& body : heap)
+            for (float value : {body->GetPos().x, body->GetPos().y, body->GetRot()})
+                world.push_back(Bits(value));
+    }
+    EXPECT_EQ(bits[0], bits[1]);
+    EXPECT_EQ(bits[0], bits[2]);
 }
 
 TEST_F(PrioritizedSolverTest, HasNoNeighboursThroughImmovableBodies)
