@@ -14,11 +14,19 @@
 #include <boost/format.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace physics
 {
 using math::Vec2;
+
+namespace
+{
+// Seconds that one update may fill, whatever the frame rate that is asked for: longer, and nobody could
+// set it right again.
+const float MaxFrameBudget = 1;
+}
 
 Simulation::Simulation()
     : Reflected("unnamed")
@@ -162,6 +170,8 @@ void Simulation::Update(double dt)
 
 void Simulation::RunSteps(double dt, float timeFactor)
 {
+    // In this form a NaN gives the limit.
+    const float budget = m_frameBudget <= MaxFrameBudget ? m_frameBudget : MaxFrameBudget;
     const double total = timeFactor * dt + m_timeDebt;
     m_timeDebt = total;
     const double start = util::Timer::GetCurrentTime();
@@ -173,13 +183,15 @@ void Simulation::RunSteps(double dt, float timeFactor)
         const double t1 = util::Timer::GetCurrentTime();
         Step(m_running);
         const double t2 = util::Timer::GetCurrentTime();
+        const double oldDebt = m_timeDebt;
         m_timeDebt -= h;
         m_simTime += h;
-        if (++steps == m_stepLimit)
+        // A step of 0, of negative length, or lost in the rounding of the debt would never pay it.
+        if (++steps == m_stepLimit || !(m_timeDebt < oldDebt))
             break;
         // The frame's own time, what was spent here, and one more step must fit the budget.
         const double t3 = util::Timer::GetCurrentTime();
-        if (dt + (t3 - start) + (t2 - t1) > m_frameBudget)
+        if (dt + (t3 - start) + (t2 - t1) > budget)
             break;
     }
     if (!math::IsFinite(m_simTime))

@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 
 #include <cmath>
+#include <ctime>
 #include <map>
 
 namespace physics
@@ -250,12 +251,48 @@ TEST_F(SimulationTest, RunsAgainOnceABadTimeStepIsRepaired)
 
 TEST_F(SimulationTest, SurvivesATimeFactorThatIsInfinite)
 {
-    sim.SetStepLimit(2);
     sim.m_timeFactor = Inf;
-    EXPECT_EQ(2, StepsOf(0.01));
+    EXPECT_EQ(1, StepsOf(0.01)); // no number of steps would pay an infinite debt
     EXPECT_EQ(0u, sim.GetStatusText().find("  0% realtime\n")) << sim.GetStatusText();
     sim.m_timeFactor = 1.0f;
     EXPECT_EQ(1, StepsOf(0.009));
+}
+
+// A step that does not shrink the debt would be followed by the next one for ever.
+TEST_F(SimulationTest, TakesOneStepWhereStepsDoNotPayTheTimeOwed)
+{
+    for (float budget : {Inf, std::numeric_limits<float>::quiet_NaN(), 1e30f})
+        for (float delta : {0.0f, -0.0f, -0.01f, -1e30f, -Inf, 1e-30f, 1e-45f})
+        {
+            SCOPED_TRACE(testing::Message() << delta << " s, budget " << budget);
+            Reset();
+            sim.SetFrameBudget(budget);
+            sim.m_timeDelta = delta;
+            EXPECT_EQ(1, StepsOf(0.01));
+            EXPECT_LE(sim.GetRealtimeFraction(), 0);
+            EXPECT_EQ(std::string::npos, sim.GetStatusText().find("realtime."));
+            // The time that was owed is dropped: no burst once the setting is right again.
+            sim.m_timeDelta = 0.01f;
+            EXPECT_EQ(1, StepsOf(0.009));
+            EXPECT_EQ(1, sim.GetRealtimeFraction());
+        }
+}
+
+TEST_F(SimulationTest, CatchesUpForASecondAtMost)
+{
+    for (float budget : {Inf, std::numeric_limits<float>::quiet_NaN(), 1e30f})
+    {
+        SCOPED_TRACE(budget);
+        // Steps that pay the debt, but would take days to do it.
+        sim.m_timeDelta = 1e-12f;
+        sim.SetFrameBudget(budget);
+        const std::clock_t start = std::clock();
+        EXPECT_GT(StepsOf(0.9), 100);
+        EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
+        EXPECT_LT(sim.GetRealtimeFraction(), 0.01f);
+        // The frame itself counts, as with any other budget.
+        EXPECT_EQ(1, StepsOf(1.01));
+    }
 }
 
 // --- statistics ---
