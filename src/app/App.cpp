@@ -32,6 +32,18 @@ using math::Vec4;
 
 namespace app
 {
+namespace
+{
+/// GL takes anything else for an error, and no setting may end the program. The attribute keeps what
+/// was written.
+float HoldAboveZero(float pixels)
+{
+    const float smallest = 0.01f;
+    // Written so that a NaN is held too.
+    return pixels > smallest ? pixels : smallest;
+}
+}
+
 App::App()
     : m_language(this, "language", "English")
     , m_lineWidth(this, "lineWidth", 4)
@@ -214,8 +226,8 @@ void App::DrawComp() const
     m_background->DrawBG();
 
     math::Mat4FromMat2D(camera->WorldToGUI()).MultToGL();
-    glLineWidth(m_lineWidth);
-    glPointSize(m_pointSize);
+    glLineWidth(HoldAboveZero(m_lineWidth));
+    glPointSize(HoldAboveZero(m_pointSize));
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 
     DrawEntities();

@@ -467,6 +467,33 @@ TEST_F(ProgramTest, AMultisampleCountThatCannotBeHadNamesItsSetting)
     EXPECT_EQ("System.antiAlias = 64", dir.Read("config.cfg"));
 }
 
+TEST_F(ProgramTest, NoWidthOfLinesOrSizeOfPointsEndsTheProgram)
+{
+    XServer server;
+    dir.Write("scenes/welcome.qib", PlaneScene);
+    for (const std::string value : {"-3.0", "0.0", "0.0 / 0.0", "1.0 / 0.0", "-1.0 / 0.0"})
+    {
+        SCOPED_TRACE(value);
+        for (const std::string name : {"lineWidth", "pointSize"})
+        {
+            boost::filesystem::remove(dir / "config.cfg");
+            dir.Write("autoexec.cfg", "App." + name + " = " + value);
+            {
+                Program program(dir, server.Display());
+                ASSERT_TRUE(program.WaitUntilItSays(Running)) << program.Err();
+                program.Signal(SIGUSR1);
+                EXPECT_TRUE(program.WaitUntilItSays("Screenshot saved to ")) << "a frame is drawn";
+                program.Signal(SIGTERM);
+                EXPECT_EQ(0, program.Wait()) << program.Err();
+            }
+            EXPECT_NE(std::string::npos, dir.Read("config.cfg").find("App." + name + " = "))
+                << "the setting keeps what was written";
+            boost::filesystem::remove(dir / "autoexec.cfg");
+            RunOnce(server);
+        }
+    }
+}
+
 TEST_F(ProgramTest, SigtermEndsInOrderAsClosingTheWindowDoes)
 {
     XServer server;
