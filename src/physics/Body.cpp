@@ -6,6 +6,8 @@
 #include "util/Failures.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace physics
 {
@@ -53,10 +55,55 @@ bool Body::IsBad() const
     return AbstractBody::IsBad() || m_parts.empty();
 }
 
+// What a set of geometries makes of a body, as far as it can be told, and refused, beforehand.
+struct Body::NewParts
+{
+    bool m_isEmptySet = true;
+    std::vector<GeomPtr> m_geoms; // those that are good, in order of id
+    float m_area = 0;
+    Vec2 m_pos;
+    // Deliberate: a body without geometries weighs 1 until the next flush removes it.
+    float m_mass = 1, m_massInv = 1, m_inertia = 1, m_inertiaInv = 1;
+
+    void SetMass(float mass, float inertia)
+    {
+        m_mass = mass;
+        m_massInv = 1 / mass;
+        m_inertia = inertia;
+        m_inertiaInv = 1 / inertia;
+        // clang-format off
+        CODE_ASSERT(IsFinite(m_massInv) && m_massInv>=0);
+        CODE_ASSERT(IsFinite(m_inertiaInv) && m_inertiaInv>=0);
+        // clang-format on
+    }
+};
+
 void Body::SetGeoms(const GeomSet& newSet)
 {
-    // Our geometries may hold the last references to us, and newSet may be our own set.
-    const LockPtr<Body> keepAlive{WeakPtr<Body>(this)};
+    const NewParts parts = PrepareParts(newSet);
+
+    // The bodies that lose geometries to this one are asked too, before anything changes.
+    std::vector<std::pair<BodyPtr, NewParts>> losers;
+    for (const GeomPtr& geom : parts.m_geoms)
+    {
+        const BodyPtr other = geom->GetBodyBody();
+        if (!other || other.get() == this || !other->m_geoms.count(geom) ||
+            std::any_of(losers.begin(), losers.end(),
+                        [&](const auto& loser) { return loser.first == other; }))
+            continue;
+        GeomSet rest = other->m_geoms;
+        for (const GeomPtr& lost : parts.m_geoms)
+            rest.erase(lost);
+        losers.emplace_back(other, other->PrepareParts(rest));
+    }
+
+    for (const auto& loser : losers)
+        loser.first->TakeParts(loser.second);
+    TakeParts(parts);
+}
+
+Body::NewParts Body::PrepareParts(const GeomSet& newSet) const
+{
     std::vector<GeomPtr> geoms;
     geoms.reserve(newSet.size());
     for (const GeomPtr& geom : newSet)
@@ -78,23 +125,9 @@ void Body::SetGeoms(const GeomSet& newSet)
         CODE_ASSERT(worldGeomCount == 1);
     }
 
-    DetachAll();
-
-    if (geoms.empty())
-    {
-        // Deliberate: a body without geometries weighs 1 until the next flush removes it.
-        SetUnitMass();
-        return;
-    }
-
-    m_mass = 0;
-    m_rot = 0;
-    m_pos = Vec2();
-    m_area = 0;
-    m_inertia = 0;
-
-    std::vector<GeomPtr> kept;
-    kept.reserve(geoms.size());
+    NewParts parts;
+    parts.m_isEmptySet = geoms.empty();
+    float massSum = 0;
     for (const GeomPtr& geom : geoms)
     {
         const float mass = geom->Mass();
@@ -106,51 +139,63 @@ void Body::SetGeoms(const GeomSet& newSet)
             Log(logging::LogWarning, "Bad geometry in Body::AddGeoms");
             continue;
         }
-        m_mass += mass;
-        m_area += area;
+        massSum += mass;
+        parts.m_area += area;
         if (IsFinite(mass))
-            m_pos += mass * center;
-        kept.push_back(geom);
+            parts.m_pos += mass * center;
+        parts.m_geoms.push_back(geom);
     }
-    if (kept.empty())
-    {
-        SetUnitMass();
-        return;
-    }
+    if (parts.m_geoms.empty())
+        return parts;
 
     // Deliberate: with any infinite mass the body sits at the origin. So the world body keeps its place
     // when geometries are welded to it.
-    if (IsFinite(m_mass) && m_mass != 0 && IsFinite(m_pos))
-        m_pos /= m_mass;
+    if (IsFinite(massSum) && massSum != 0 && IsFinite(parts.m_pos))
+        parts.m_pos /= massSum;
     else
-        m_pos = Vec2();
+        parts.m_pos = Vec2();
+
+    float inertiaSum = 0;
+    for (const GeomPtr& geom : parts.m_geoms)
+        inertiaSum +=
+            geom->Inertia() + geom->Mass() * math::DistanceSq(geom->GetCenter(), parts.m_pos);
+    if (!IsFinite(massSum))
+        inertiaSum = std::numeric_limits<float>::infinity();
+
+    parts.SetMass(massSum, inertiaSum);
+    return parts;
+}
+
+void Body::TakeParts(const NewParts& parts)
+{
+    // Our old geometries may hold the last references to us.
+    const LockPtr<Body> keepAlive{WeakPtr<Body>(this)};
+    DetachAll();
+
+    m_mass = parts.m_mass;
+    m_massInv = parts.m_massInv;
+    m_inertia = parts.m_inertia;
+    m_inertiaInv = parts.m_inertiaInv;
+    if (parts.m_isEmptySet)
+        return;
+    m_rot = 0;
+    m_pos = parts.m_pos;
+    m_area = parts.m_area;
+    if (parts.m_geoms.empty())
+        return;
 
     m_pose = TMat2D<float>::Translation(m_pos);
     m_poseInv = Inverted(m_pose);
-    m_massInv = 1 / m_mass;
-
-    m_parts.reserve(kept.size());
-    for (const GeomPtr& geom : kept)
+    m_parts.reserve(parts.m_geoms.size());
+    for (const GeomPtr& geom : parts.m_geoms)
     {
-        m_inertia += geom->Inertia() + geom->Mass() * math::DistanceSq(geom->GetCenter(), m_pos);
         // This way round the pose of a geometry comes back to the bit when the body is posed, as the
         // body is not turned. By way of the inverses a scene that is loaded and saved again and again
         // would creep.
         m_parts.emplace_back(geom, m_poseInv * geom->GetPose());
-        Body* other = geom->GetBodyBodyPtr();
-        if (other && other != this)
-            other->RemoveGeom(geom);
         geom->SetBody(this);
         m_geoms.insert(geom);
     }
-    if (!IsFinite(m_mass))
-        m_inertia = std::numeric_limits<float>::infinity();
-    m_inertiaInv = 1 / m_inertia;
-
-    // clang-format off
-    CODE_ASSERT(IsFinite(m_massInv) && m_massInv>=0);
-    CODE_ASSERT(IsFinite(m_inertiaInv) && m_inertiaInv>=0);
-    // clang-format on
     for (auto bp = m_parts.begin(); bp != m_parts.end(); ++bp)
         CODE_ASSERT(bp->geom->GetBodyPtr() == this);
 
@@ -166,14 +211,6 @@ void Body::DetachAll()
     for (const BodyPart& part : parts)
         if (part.geom->GetBodyPtr() == this)
             part.geom->SetBody(nullptr);
-}
-
-void Body::SetUnitMass()
-{
-    m_mass = 1;
-    m_massInv = 1;
-    m_inertia = 1;
-    m_inertiaInv = 1;
 }
 
 void Body::SetGeom(GeomPtr geom)

@@ -42,9 +42,12 @@ public:
     bool IsBad() const override;
 
     /// Replaces all geometries and computes the mass properties from scratch: the body moves to their
-    /// common centre of mass, its rotation restarts at 0, its velocity stays. A geometry of another
+    /// common center of mass, its rotation restarts at 0, its velocity stays. A geometry of another
     /// body is taken from it. One without positive mass, area and inertia is skipped with a warning.
-    /// @throws BadCoderException  when this is the world body and the set lacks the world geometry
+    /// @throws BadCoderException  when this is the world body and the set lacks the world geometry, or
+    ///                            when it takes that from the world body; when mass or inertia, here
+    ///                            or of a body that loses geometries to this one, is too small to have
+    ///                            an inverse. Nothing has changed then.
     void SetGeoms(const GeomSet& geoms);
     void SetGeom(GeomPtr geom);
     void AddGeom(GeomPtr geom);
@@ -65,8 +68,11 @@ public:
     const math::TMat2D<float>& GetPoseInv() const { return m_poseInv; }
 
 private:
+    struct NewParts;
+
+    NewParts PrepareParts(const GeomSet& geoms) const;
+    void TakeParts(const NewParts& parts);
     void DetachAll();
-    void SetUnitMass();
 
     math::TMat2D<float> m_pose;
     math::TMat2D<float> m_poseInv;

@@ -60,16 +60,28 @@ void Box::SetWorldPose(const math::Mat2D& pose)
 
 void Box::SetSize(Vec2 size)
 {
+    const Vec2 old = m_localOBB.GetHalfSize();
     m_localOBB.SetHalfSize(size / 2);
     m_worldOBB.SetHalfSize(size / 2);
-    OnGeomChange();
+    OnGeomChange(
+        [&]
+        {
+            m_localOBB.SetHalfSize(old);
+            m_worldOBB.SetHalfSize(old);
+        });
 }
 
 void Box::SetOBB(const math::OBB2D& obb)
 {
+    const math::OBB2D oldLocal = m_localOBB, oldWorld = m_worldOBB;
     m_localOBB = obb;
     m_worldOBB = math::OBB2D::Transform(GetPose(), m_localOBB);
-    OnGeomChange();
+    OnGeomChange(
+        [&]
+        {
+            m_localOBB = oldLocal;
+            m_worldOBB = oldWorld;
+        });
 }
 
 BoxPtr Box::Clone() const

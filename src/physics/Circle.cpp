@@ -50,8 +50,9 @@ math::BoundingCircle Circular::GetBCWorld() const
 
 void Circular::SetRadius(float radius)
 {
+    const float old = m_radius;
     m_radius = radius;
-    OnGeomChange();
+    OnGeomChange([&] { m_radius = old; });
 }
 
 Circle::Circle(Vec2 pos, float radius)

@@ -90,8 +90,9 @@ void Geom::CopyMaterial(const Geom& o)
 
 void Geom::SetDensity(float density)
 {
+    const float old = m_density;
     m_density = density;
-    OnGeomChange();
+    OnGeomChange([&] { m_density = old; });
 }
 
 void Geom::OnGeomChange()

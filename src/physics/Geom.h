@@ -84,7 +84,8 @@ public:
 
     /// Mass per area.
     float GetDensity() const { return m_density; }
-    /// The owning body's mass follows.
+    /// The owning body's mass follows. When it throws, as Body::SetGeoms does, nothing has changed; and
+    /// so with the operations that change the shape.
     void SetDensity(float density);
     float GetFriction() const { return m_friction; }
     void SetFriction(float friction) { m_friction = friction; }
@@ -122,6 +123,21 @@ protected:
     /// Density, friction, restitution, collide set and water collision. Deliberate: not the air
     /// friction multiplier and not the no-collide set.
     void CopyMaterial(const Geom& o);
+
+    /// OnGeomChange for a change that is taken back when the body can't bear it.
+    template<typename TakeBack>
+    void OnGeomChange(TakeBack takeBack)
+    {
+        try
+        {
+            OnGeomChange();
+        }
+        catch (...)
+        {
+            takeBack();
+            throw;
+        }
+    }
 
 private:
     static inline unsigned s_idCounter = 0;

@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 
 #include <memory>
+#include <vector>
 
 namespace physics
 {
@@ -163,6 +164,117 @@ TEST_F(BodyTest, SkipsBadGeometriesWithAWarning)
     body->SetGeom(massless);
     EXPECT_EQ(1, body->GetMass());
     EXPECT_TRUE(body->IsBad());
+}
+
+namespace
+{
+// What a refused change must leave alone.
+std::vector<uint32_t> StateOf(const Body& body)
+{
+    std::vector<uint32_t> bits;
+    for (float value : {body.GetMass(), body.GetMassInv(), body.GetInertia(), body.GetInertiaInv(),
+                        body.GetArea(), body.GetPos().x, body.GetPos().y, body.GetRot(),
+                        body.GetPose().GetAngle()})
+        bits.push_back(Bits(value));
+    for (const Body::BodyPart& part : body.GetParts())
+    {
+        bits.push_back(part.geom->GetID());
+        bits.push_back(part.geom->GetBodyPtr() == &body);
+        bits.push_back(Bits(part.geomToBody.GetTranslation().x));
+    }
+    bits.push_back(static_cast<uint32_t>(body.GetGeoms().size()));
+    return bits;
+}
+
+#define EXPECT_MASS_REFUSED(statement)                                                             \
+    EXPECT_ASSERTION(statement, "IsFinite(m_massInv) && m_massInv>=0")
+#define EXPECT_INERTIA_REFUSED(statement)                                                          \
+    EXPECT_ASSERTION(statement, "IsFinite(m_inertiaInv) && m_inertiaInv>=0")
+}
+
+TEST_F(BodyTest, StaysAsItIsWhenNewGeometriesAreTooLight)
+{
+    // Masses, or inertias, above 0 without a finite inverse.
+    GeomPtr light = QUIB_NEW Box(Vec2(1, 1), Vec2(3, 3));
+    light->SetDensity(1e-40f);
+    GeomPtr tiny = QUIB_NEW Box(Vec2(0.01f, 0.01f), Vec2(3, 3));
+    tiny->SetDensity(1e-31f);
+
+    const BodyPtr body = AddBox(Vec2(2, 1), Vec2(0, 5));
+    body->SetRot(0.3f);
+    body->ApplyPoseChange();
+    const GeomPtr geom = GeomOf(body);
+    const std::vector<uint32_t> before = StateOf(*body);
+    EXPECT_MASS_REFUSED(body->SetGeom(light));
+    EXPECT_EQ(before, StateOf(*body));
+    EXPECT_INERTIA_REFUSED(body->SetGeom(tiny));
+    EXPECT_EQ(before, StateOf(*body));
+    EXPECT_EQ(nullptr, light->GetBodyPtr());
+    EXPECT_EQ(nullptr, tiny->GetBodyPtr());
+    EXPECT_FALSE(body->IsBad());
+
+    // Beside a heavier one they are welcome.
+    body->AddGeom(light);
+    EXPECT_EQ(2u, body->GetParts().size());
+    const std::vector<uint32_t> both = StateOf(*body);
+    EXPECT_MASS_REFUSED(body->RemoveGeom(geom));
+    EXPECT_EQ(both, StateOf(*body));
+}
+
+TEST_F(BodyTest, StaysAsItIsWhenItsGeometryBecomesTooLight)
+{
+    GeomPtr box = QUIB_NEW Box(Vec2(2, 1), Vec2(0, 5));
+    GeomPtr circle = QUIB_NEW Circle(Vec2(4, 5), 1);
+    const BodyPtr boxBody = AddBodyWith(box), circleBody = AddBodyWith(circle);
+    const std::vector<uint32_t> before = StateOf(*boxBody), beforeCircle = StateOf(*circleBody);
+
+    EXPECT_MASS_REFUSED(box->SetDensity(1e-40f));
+    EXPECT_EQ(2, box->GetDensity());
+    EXPECT_EQ(before, StateOf(*boxBody));
+
+    Box& asBox = static_cast<Box&>(*box);
+    EXPECT_MASS_REFUSED(asBox.SetSize(Vec2(1e-40f, 1)));
+    EXPECT_MASS_REFUSED(asBox.SetOBB(math::OBB2D(Vec2(), Vec2(1, 0), Vec2(0, 1), 1e-40f, 0.5f)));
+    EXPECT_EQ(Vec2(2, 1), asBox.GetSize());
+    EXPECT_EQ(Vec2(1, 0.5f), asBox.GetWorldBox().GetHalfSize());
+    EXPECT_EQ(Vec2(0, 5), asBox.GetWorldBox().GetCenter());
+    EXPECT_EQ(before, StateOf(*boxBody));
+
+    EXPECT_INERTIA_REFUSED(static_cast<Circle&>(*circle).SetRadius(1e-10f));
+    EXPECT_EQ(1, static_cast<Circle&>(*circle).GetRadius());
+    EXPECT_EQ(beforeCircle, StateOf(*circleBody));
+    EXPECT_FALSE(boxBody->IsBad());
+    EXPECT_FALSE(circleBody->IsBad());
+}
+
+TEST_F(BodyTest, TakesNothingFromABodyThatCanNotSpareIt)
+{
+    const BodyPtr poor = AddBox(Vec2(1, 1), Vec2(0, 5));
+    const GeomPtr heavy = GeomOf(poor);
+    GeomPtr light = QUIB_NEW Box(Vec2(1, 1), Vec2(1, 5));
+    light->SetDensity(1e-40f);
+    poor->AddGeom(light);
+    const BodyPtr rich = AddBox(Vec2(1, 1), Vec2(5, 5));
+    const BodyPtr taker = AddBox(Vec2(1, 1), Vec2(9, 5));
+
+    const std::vector<uint32_t> states[] = {StateOf(*poor), StateOf(*rich), StateOf(*taker)};
+    GeomSet geoms;
+    geoms.insert(GeomOf(rich));
+    geoms.insert(heavy);
+    EXPECT_MASS_REFUSED(taker->AddGeoms(geoms));
+    EXPECT_ASSERTION(taker->AddGeom(sim.GetWorldGeom()), "worldGeomCount == 1");
+    EXPECT_EQ(states[0], StateOf(*poor));
+    EXPECT_EQ(states[1], StateOf(*rich));
+    EXPECT_EQ(states[2], StateOf(*taker));
+    EXPECT_EQ(1u, sim.GetWorldBody()->GetParts().size());
+
+    // All of it is a different matter.
+    geoms.insert(light);
+    taker->AddGeoms(geoms);
+    EXPECT_EQ(4u, taker->GetParts().size());
+    EXPECT_TRUE(poor->GetParts().empty());
+    EXPECT_TRUE(rich->GetParts().empty());
+    EXPECT_EQ(1, poor->GetMass());
 }
 
 TEST_F(BodyTest, TakesAGeometryFromItsFormerBody)
