@@ -3,6 +3,7 @@
 #include "physics/DistanceMap.h"
 
 #include "physics/Polygon.h"
+#include "util/Failures.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -4,6 +4,7 @@
 #include "physics/Simulation.h"
 #include "util/ScopeProfiler.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 

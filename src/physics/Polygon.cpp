@@ -1,9 +1,11 @@
 #include "physics/Polygon.h"
 
 #include "physics/CollisionDetection.h"
+#include "util/Failures.h"
 
 #include <algorithm>
 #include <limits>
+#include <string>
 
 namespace physics
 {
@@ -38,6 +40,9 @@ Polygon::Polygon(const Vec2List& points)
         m_vertices.pop_back();
     if (m_vertices.size() < 3)
         QUIB_THROW(BadDataException("Bad polygon"));
+    if (m_vertices.size() > MaxPoints)
+        QUIB_THROW(
+            BadDataException("Polygon with more than " + std::to_string(MaxPoints) + " points"));
 
     const Vec2 center = CalcAttribs();
 

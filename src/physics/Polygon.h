@@ -20,11 +20,14 @@ public:
     /// How far the map reaches beyond the polygon's box at least, in world units and per step of slack.
     static constexpr float MapSlack = 0.1f;
 
+    /// More would keep the program busy for minutes.
+    static constexpr size_t MaxPoints = 100000;
+
     /// Takes some 0.4 ms with 20 points, and 60 ms with 10,000, as it grows with the square of their
     /// number (bench/polygon).
-    /// @param points  3 or more, either orientation, not a closed ring, world space
-    /// @throws BadDataException  "Bad polygon", "Self-intersecting polygon", or an assertion, for an
-    ///                           outline without area
+    /// @param points  3 to MaxPoints, either orientation, not a closed ring, world space
+    /// @throws BadDataException  "Bad polygon", "Self-intersecting polygon", "Polygon with more than
+    ///                           100000 points", or an assertion, for an outline without area
     /// @throws Exception  "Bad distance map generated"
     explicit Polygon(const math::Vec2List& points);
 

@@ -297,12 +297,21 @@ void Simulation::FlushBadBodies()
     for (const BodyPtr& body : m_bodies)
         if (body->IsBad() || Dot(down, body->GetPos()) > fallLimit)
             bad.push_back(body);
+    if (bad.empty())
+        return;
     for (const BodyPtr& body : bad)
     {
-        // The world body may come along here. RemoveBody leaves it in place.
         Log(logging::LogInfo, "Removing bad object");
-        RemoveBody(body);
+        // Deliberate: the world body may come along here, is logged, and stays.
+        body->m_isInSimulation = body == m_worldBody;
     }
+    // All in one pass: one by one, thousands that fall off together would be felt.
+    m_bodies.erase(std::remove_if(m_bodies.begin(), m_bodies.end(),
+                                  [](const BodyPtr& body) { return !body->m_isInSimulation; }),
+                   m_bodies.end());
+    for (const BodyPtr& body : bad)
+        if (body != m_worldBody)
+            body->SetGeoms(GeomSet());
 }
 
 void Simulation::CalcContacts()

@@ -245,6 +245,18 @@ TEST_F(PolygonTest, TakesTenThousandPoints)
     EXPECT_LT(p->DistanceWorld(Vec2(5, 5)), -5);
 }
 
+TEST_F(PolygonTest, RefusesMoreThanAHundredThousandPoints)
+{
+    test::Dice dice;
+    EXPECT_EQ("BadData: Polygon with more than 100000 points",
+              MessageOf(Blob(dice, 100001, Vec2(), 1000)));
+    // Repeated points don't count. (The reason is found at once.)
+    Vec2List many(200000, Vec2());
+    EXPECT_EQ("BadData: Bad polygon", MessageOf(many));
+    many.insert(many.end(), square.begin(), square.end());
+    EXPECT_EQ(4u, Make(many)->GetVertices().size());
+}
+
 TEST_F(PolygonTest, BoundsFollowThePose)
 {
     PolygonPtr p = Make({Vec2(0, 0), Vec2(4, 0), Vec2(4, 2), Vec2(0, 2)});

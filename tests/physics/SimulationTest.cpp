@@ -404,6 +404,52 @@ TEST_F(SimulationTest, RemovesWhatFellOutOfTheWorld)
     EXPECT_EQ(1u, log.Count("Removing bad object"));
 }
 
+TEST_F(SimulationTest, RemovesManyInOnePass)
+{
+    const test::LogCapture log;
+    BodyList kept = sim.GetBodies();
+    GeomPtr lost;
+    for (int i = 0; i < 1000; ++i)
+    {
+        const BodyPtr body = AddBox(Vec2(1, 1), Vec2(2 * i, i % 3 ? -2000 : 0));
+        if (i % 3 == 0)
+            kept.push_back(body);
+        else
+            lost = GeomOf(body);
+    }
+    sim.FlushBadBodies();
+    EXPECT_EQ(kept, sim.GetBodies());
+    EXPECT_EQ(666u, log.Count("Removing bad object"));
+    EXPECT_EQ(nullptr, lost->GetBodyPtr());
+    sim.FlushBadBodies();
+    EXPECT_EQ(666u, log.Count("Removing bad object"));
+}
+
+TEST_F(SimulationTest, RemovesWhatFellFartherThanTheLimitAndNotJustAsFar)
+{
+    const BodyPtr at = AddBox(Vec2(1, 1), Vec2(0, -1000));
+    const BodyPtr below = AddBox(Vec2(1, 1), Vec2(0, std::nextafter(-1000.0f, -Inf)));
+    sim.FlushBadBodies();
+    EXPECT_TRUE(sim.HasBody(at));
+    EXPECT_FALSE(sim.HasBody(below));
+}
+
+TEST_F(SimulationTest, MeasuresTheFallAlongSlantedGravity)
+{
+    // Along (0.6, -0.8), whatever its strength.
+    sim.m_gravity = Vec2(3, -4);
+    sim.m_fallLimit = 10.0f;
+    const BodyPtr lost = AddBox(Vec2(1, 1), Vec2(6.1f, -8));
+    const BodyPtr kept = AddBox(Vec2(1, 1), Vec2(5.9f, -8));
+    const BodyPtr aside = AddBox(Vec2(1, 1), Vec2(800, 600));
+    const BodyPtr behind = AddBox(Vec2(1, 1), Vec2(-60, 80));
+    sim.FlushBadBodies();
+    EXPECT_FALSE(sim.HasBody(lost));
+    EXPECT_TRUE(sim.HasBody(kept));
+    EXPECT_TRUE(sim.HasBody(aside));
+    EXPECT_TRUE(sim.HasBody(behind));
+}
+
 TEST_F(SimulationTest, MeasuresTheFallAlongGravity)
 {
     sim.m_gravity = Vec2(3, 0);
@@ -447,9 +493,13 @@ TEST_F(SimulationTest, LogsTheWorldBodyAsRemovedAndKeepsIt)
 {
     const test::LogCapture log;
     sim.m_fallLimit = -1.0f;
+    const BodyPtr box = AddBox(Vec2(1, 1), Vec2());
     sim.FlushBadBodies();
-    EXPECT_EQ(1u, log.Count("Removing bad object"));
+    EXPECT_EQ(2u, log.Count("Removing bad object"));
     EXPECT_TRUE(sim.HasBody(sim.GetWorldBody()));
+    EXPECT_EQ(1u, sim.GetWorldBody()->GetGeoms().size());
+    EXPECT_FALSE(sim.HasBody(box));
+    EXPECT_EQ(1u, sim.GetBodies().size());
 }
 
 // --- motion ---
