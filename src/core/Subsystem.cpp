@@ -74,49 +74,6 @@ void SetIcon()
     }
 }
 
-void SetGLAttribute(SDL_GLattr attribute, int value, const char* failure)
-{
-    if (SDL_GL_SetAttribute(attribute, value) != 0)
-        QUIB_THROW(std::runtime_error(failure));
-}
-
-void SetGLAttributes(const WindowParams& params)
-{
-    SetGLAttribute(SDL_GL_BUFFER_SIZE, params.depth, "Couldn't set buffer depth");
-    if (params.depth == 32)
-    {
-        SetGLAttribute(SDL_GL_RED_SIZE, 8, "Couldn't set buffer red depth");
-        SetGLAttribute(SDL_GL_GREEN_SIZE, 8, "Couldn't set buffer green depth");
-        SetGLAttribute(SDL_GL_BLUE_SIZE, 8, "Couldn't set buffer blue depth");
-        SetGLAttribute(SDL_GL_ALPHA_SIZE, 8, "Couldn't set buffer alpha depth");
-    }
-    SetGLAttribute(SDL_GL_DEPTH_SIZE, params.zDepth, "Couldn't set z-buffer depth");
-    if (params.stencil != 0)
-        SetGLAttribute(SDL_GL_STENCIL_SIZE, params.stencil, "Couldn't set stencil-buffer depth");
-    // Deliberate: 0 and 1 leave the attributes alone, so that multisampling, once on, stays on for
-    // the rest of the run.
-    if (params.antiAlias > 1)
-    {
-        SetGLAttribute(SDL_GL_MULTISAMPLEBUFFERS, 1, "Couldn't set the AA buffer");
-        SetGLAttribute(SDL_GL_MULTISAMPLESAMPLES, params.antiAlias, "Couldn't set the AA samples");
-    }
-}
-
-void SetVideoMode(const WindowParams& params)
-{
-    const Uint32 flags = SDL_OPENGL | (params.fullscreen ? SDL_FULLSCREEN : 0) |
-                         (params.resizable ? SDL_RESIZABLE : 0) | (params.frame ? 0 : SDL_NOFRAME);
-    // 0 bits a pixel: the desktop's.
-    if (SDL_SetVideoMode(params.GetWidth(), params.GetHeight(), 0, flags))
-        return;
-    if (params.antiAlias > 1)
-        Log(logging::LogError,
-            "No window with System.antiAlias = " + util::ToString(params.antiAlias) +
-                ": set it to 1 in config.cfg and config.autosave.cfg, or delete these files");
-    QUIB_THROW(
-        std::runtime_error(util::String("Couldn't set video mode, SDL-error: ") + SDL_GetError()));
-}
-
 int ClampToDisplay(int extent, int display)
 {
     extent = std::min(std::max(extent, 1), 4096);
@@ -208,8 +165,42 @@ void Subsystem::SetParams(const WindowParams& params)
 
 void Subsystem::CreateWindow(WindowParams params)
 {
+    const VideoMode oldMode = m_videoMode;
+    const WindowParams oldParams = m_windowParams;
+    try
+    {
+        MakeWindow(params);
+    }
+    catch (...)
+    {
+        if (oldMode.HasBeenSet())
+            BringBackWindow(oldMode, oldParams);
+        throw;
+    }
+}
+
+void Subsystem::BringBackWindow(const VideoMode& mode, const WindowParams& params)
+{
+    // The failure travels on. Where a script stops it, the loop goes on, and it draws.
+    try
+    {
+        m_videoMode.GoBackTo(mode, params);
+        MakeWindow(params);
+        Log(logging::LogError, "There is no such window: the one before it is back");
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("No window is left: ") + e.what());
+        SetParams(params); // what is saved now must not be what failed
+        Exit();
+    }
+}
+
+void Subsystem::MakeWindow(WindowParams params)
+{
     Log(logging::LogVerbose, "Creating window...");
-    // A new mode may mean a new context, and nothing of the old one lives in it.
+    // While their context is there: a new mode may mean a new one.
     ResourceManager::GetInstancePtr()->UnloadAll();
 
     math::TVector2<int> display(0, 0);
@@ -218,9 +209,9 @@ void Subsystem::CreateWindow(WindowParams params)
     params.size.y = ClampToDisplay(params.size.y, display.y);
 
     Log(logging::LogInfo, "Setting up SDL");
-    SetGLAttributes(params);
+    m_videoMode.SetGLAttributes(params);
     Log(logging::LogInfo, "Setting video mode");
-    SetVideoMode(params);
+    m_videoMode.Set(params);
 
     Log(logging::LogInfo, "Init GLEW...");
     const GLenum glew = glewInit();

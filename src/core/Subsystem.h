@@ -2,7 +2,7 @@
 // limits its rate. The script object "System".
 #pragma once
 
-#include "core/WindowParams.h"
+#include "core/VideoMode.h"
 #include "input/InputListener.h"
 #include "script/Attributes.h"
 #include "util/Singleton.h"
@@ -25,7 +25,8 @@ public:
     void SetTitle(const util::String& title);
 
     /// Makes the window, or makes it anew: all GL resources are unloaded and built again.
-    /// @throws std::runtime_error  when the mode can't be had
+    /// @throws std::runtime_error  when the mode can't be had; a window that was there before is back
+    ///                             then, its parameters too
     void CreateWindow(WindowParams params);
     /// Brings what the attributes ask for into force.
     void ApplyParserConfig();
@@ -58,6 +59,8 @@ public:
 private:
     template<typename T>
     void AddPoker(const util::String& name, T* remote);
+    void MakeWindow(WindowParams params);
+    void BringBackWindow(const VideoMode& mode, const WindowParams& params);
     void PumpEvents();
     void Draw();
     void ForceOpaque();
@@ -76,6 +79,7 @@ private:
     double m_fpsTime;     // seconds; of that measurement
     double m_fps = 0;
     bool m_exit = false;
+    VideoMode m_videoMode;
     WindowParams m_windowParams; // in force
     WindowParams m_configParams; // asked for
 };

@@ -12,6 +12,7 @@ struct SDL
 {
     std::vector<std::string> attributes; // as "SDL_GL_DEPTH_SIZE 24"
     std::string failingAttribute;        // its setting fails
+    int attributeFailures = 1000000;     // so many times
     std::vector<std::string> modes;      // as "1024x768 bpp 0 flags ..."
     bool modeFails = false;
     unsigned glewResult = 0;

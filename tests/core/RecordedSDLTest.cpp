@@ -58,7 +58,7 @@ extern "C"
     {
         const std::string name = recorded::AttributeName(attribute);
         State().attributes.push_back(name + " " + std::to_string(value));
-        return name == State().failingAttribute ? -1 : 0;
+        return name == State().failingAttribute && State().attributeFailures-- > 0 ? -1 : 0;
     }
 
     int SDL_GL_GetAttribute(SDL_GLattr, int* value)

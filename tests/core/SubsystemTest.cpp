@@ -19,6 +19,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 
@@ -85,6 +86,15 @@ FramePtr EachFrame(std::function<void(int frame)> act)
     gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(component);
     return component;
 }
+
+class CountingResource : public rendering::GraphicsResource
+{
+public:
+    void Load() override { ++loads; }
+    void Unload() override { ++unloads; }
+    unsigned long MemoryUsage() const override { return 1; }
+    int loads = 0, unloads = 0;
+};
 
 SDL_Event Event(Uint8 type, int w = 0, int h = 0)
 {
@@ -381,6 +391,87 @@ TEST_F(SubsystemTest, AModeThatCannotBeHadThrows)
     });
 }
 
+TEST_F(SubsystemTest, OtherBuffersNeedAnotherWindow)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        WindowParams params;
+        System()->CreateWindow(params);
+        const struct
+        {
+            int depth, zDepth, stencil, antiAlias;
+            bool isOther;
+        } cases[] = {
+            {32, 24, 8, 1, false}, {32, 24, 8, 4, true},  {32, 24, 8, 1, false},
+            {32, 24, 8, 8, true},  {16, 24, 8, 8, true},  {16, 16, 8, 8, true},
+            {16, 16, 1, 8, true},  {16, 16, 1, 8, false},
+        };
+        for (const auto& c : cases)
+        {
+            SCOPED_TRACE(testing::Message()
+                         << c.depth << " " << c.zDepth << " " << c.stencil << " " << c.antiAlias);
+            State().modes.clear();
+            params.depth = c.depth;
+            params.zDepth = c.zDepth;
+            params.stencil = c.stencil;
+            params.antiAlias = c.antiAlias;
+            System()->CreateWindow(params);
+            // SDL keeps the window it has unless one without OpenGL comes in between.
+            Lines expected = {"1024x768 bpp 0 opengl resizable"};
+            if (c.isOther)
+                expected.insert(expected.begin(), "1024x768 bpp 0 resizable");
+            EXPECT_EQ(expected, State().modes);
+        }
+    });
+}
+
+TEST_F(SubsystemTest, AfterAFailureTheWindowIsMadeAgainAsItWas)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        System()->CreateWindow(WindowParams());
+        CountingResource resource;
+        State().attributes.clear();
+        State().modes.clear();
+        State().failingAttribute = "SDL_GL_MULTISAMPLESAMPLES";
+        State().attributeFailures = 1;
+        test::LogCapture log(7);
+        Script("System.resolution = [300, 200]; System.antiAlias = 4; System.recreateWindow");
+        EXPECT_TRUE(log.Has("Couldn't set the AA samples")) << log.Text();
+        EXPECT_EQ((Lines{"1024x768 bpp 0 resizable", "1024x768 bpp 0 opengl resizable"}),
+                  State().modes);
+        const Lines& attributes = State().attributes;
+        EXPECT_EQ(1,
+                  std::count(attributes.begin(), attributes.end(), "SDL_GL_MULTISAMPLEBUFFERS 0"));
+        EXPECT_EQ(1,
+                  std::count(attributes.begin(), attributes.end(), "SDL_GL_MULTISAMPLESAMPLES 0"));
+        EXPECT_EQ("1", Script("System.antiAlias"));
+        EXPECT_EQ("[1024, 768]", Script("System.resolution"));
+        EXPECT_EQ(1, resource.loads);
+    });
+}
+
+TEST_F(SubsystemTest, WithoutAnyWindowTheLoopEndsInOrder)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        System()->CreateWindow(WindowParams());
+        test::LogCapture log(7);
+        EachFrame(
+            [](int frame)
+            {
+                State().modeFails = true;
+                Script("System.antiAlias = 4; System.recreateWindow");
+                if (frame == 3)
+                    System()->Exit();
+            });
+        System()->Run();
+        EXPECT_TRUE(log.Has("!! ERROR: No window is left: Couldn't set video mode")) << log.Text();
+        EXPECT_EQ(0, State().swaps) << "nothing is drawn without one";
+        EXPECT_EQ("1", Script("System.antiAlias")) << "and what failed is not saved";
+    });
+}
+
 TEST_F(SubsystemTest, AFailingGLEWThrows)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
@@ -476,18 +567,6 @@ TEST_F(SubsystemTest, SettingsComeIntoForceWithRecreateWindowOnly)
         EXPECT_EQ(300, System()->GetWidth());
         EXPECT_EQ(Lines{"300x200 bpp 0 opengl fullscreen"}, State().modes);
     });
-}
-
-namespace
-{
-class CountingResource : public rendering::GraphicsResource
-{
-public:
-    void Load() override { ++loads; }
-    void Unload() override { ++unloads; }
-    unsigned long MemoryUsage() const override { return 1; }
-    int loads = 0, unloads = 0;
-};
 }
 
 TEST_F(SubsystemTest, RecreateWindowWithUnchangedValuesRebuildsAllGLResources)

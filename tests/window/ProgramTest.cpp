@@ -467,6 +467,22 @@ TEST_F(ProgramTest, AMultisampleCountThatCannotBeHadNamesItsSetting)
     EXPECT_EQ("System.antiAlias = 64", dir.Read("config.cfg"));
 }
 
+TEST_F(ProgramTest, AScriptThatAsksForAnImpossibleWindowCostsNothing)
+{
+    XServer server;
+    dir.Write("scenes/welcome.qib", PlaneScene + std::string("System.antiAlias = 64;\n"
+                                                             "System.recreateWindow;\n"));
+    Program program(dir, server.Display());
+    ASSERT_TRUE(program.WaitUntilItSays(Running)) << program.Err();
+    EXPECT_NE(std::string::npos, program.Err().find("System.antiAlias = 64")) << program.Err();
+    program.Signal(SIGUSR1);
+    EXPECT_TRUE(program.WaitUntilItSays("Screenshot saved to ")) << program.Err();
+    server.AskToClose(server.WaitForWindow().id);
+    EXPECT_EQ(0, program.Wait()) << program.Err();
+    EXPECT_EQ(std::string::npos, dir.Read("config.cfg").find("antiAlias = 64"));
+    RunOnce(server);
+}
+
 TEST_F(ProgramTest, NoWidthOfLinesOrSizeOfPointsEndsTheProgram)
 {
     XServer server;

@@ -18,6 +18,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <GL/glx.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 
@@ -237,42 +238,150 @@ TEST_F(SubsystemInContextTest, ANewWindowStartsWithCacheAndGLInWhite)
     });
 }
 
+namespace
+{
+class List : public rendering::GraphicsResource
+{
+public:
+    void Load() override
+    {
+        if (m_name != 0 || !rendering::HasGLLoaded())
+            return;
+        m_name = glGenLists(1);
+        glNewList(m_name, GL_COMPILE);
+        glEndList();
+        context = glXGetCurrentContext();
+    }
+    void Unload() override
+    {
+        if (m_name == 0)
+            return;
+        EXPECT_EQ(context, glXGetCurrentContext()) << "unloaded in another context";
+        EXPECT_TRUE(glIsList(m_name));
+        glDeleteLists(m_name, 1);
+        m_name = 0;
+        ++unloads;
+    }
+    unsigned long MemoryUsage() const override { return 0; }
+
+    unsigned m_name = 0;
+    int unloads = 0;
+    GLXContext context = nullptr;
+};
+
+// The test's own connection to the server belongs to the parent process.
+SDL_SysWMinfo GetWMInfo()
+{
+    SDL_SysWMinfo info;
+    SDL_VERSION(&info.version);
+    EXPECT_EQ(1, SDL_GetWMInfo(&info));
+    return info;
+}
+
+unsigned long GetWindow()
+{
+    return GetWMInfo().info.x11.window;
+}
+
+math::TVector2<int> GetSizeOnScreen()
+{
+    const SDL_SysWMinfo info = GetWMInfo();
+    XWindowAttributes attributes = {};
+    info.info.x11.lock_func();
+    XGetWindowAttributes(info.info.x11.display, info.info.x11.window, &attributes);
+    info.info.x11.unlock_func();
+    return math::TVector2<int>(attributes.width, attributes.height);
+}
+
+int GetSamples()
+{
+    int samples = -1;
+    glGetIntegerv(GL_SAMPLES, &samples);
+    return samples;
+}
+
+util::String Script(const util::String& code)
+{
+    return script::Parser::GetInstancePtr()->ExecuteToString(code);
+}
+}
+
 TEST_F(SubsystemInContextTest, ResourcesAreUnloadedInTheOldContextAndLoadedInTheNew)
 {
-    class List : public rendering::GraphicsResource
-    {
-    public:
-        void Load() override
-        {
-            if (m_name == 0 && rendering::HasGLLoaded())
-                m_name = glGenLists(1);
-            glNewList(m_name, GL_COMPILE);
-            glEndList();
-        }
-        void Unload() override
-        {
-            if (m_name != 0)
-            {
-                EXPECT_TRUE(glIsList(m_name));
-                glDeleteLists(m_name, 1);
-                ++unloads;
-            }
-            m_name = 0;
-        }
-        unsigned long MemoryUsage() const override { return 0; }
-        unsigned m_name = 0;
-        int unloads = 0;
-    };
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
         List list;
-        System()->ApplyParserConfig();
-        EXPECT_TRUE(glIsList(list.m_name));
-        WindowParams params = System()->GetConfigParams();
-        params.depth = 16;
-        System()->CreateWindow(params);
+        list.Load();
+        ASSERT_EQ(0, GetSamples());
+        Script("System.antiAlias = 4; System.recreateWindow");
         EXPECT_EQ(1, list.unloads);
         EXPECT_TRUE(glIsList(list.m_name));
+        EXPECT_EQ(glXGetCurrentContext(), list.context);
+        EXPECT_EQ(4, GetSamples()) << "another context";
+    });
+}
+
+TEST_F(SubsystemInContextTest, AntiAliasComesIntoForceWithRecreateWindow)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        EXPECT_EQ(0, GetSamples());
+        const unsigned long window = GetWindow();
+        Script("System.antiAlias = 4; System.recreateWindow");
+        EXPECT_EQ(4, GetSamples());
+        EXPECT_NE(window, GetWindow());
+        LookAtOneFrame([] { EXPECT_EQ("000000ff", Pixel(50, 50)); });
+    });
+}
+
+TEST_F(SubsystemInContextTest, AWindowWithTheSameBuffersStays)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        const unsigned long window = GetWindow();
+        const GLXContext context = glXGetCurrentContext();
+        Script("System.resolution = [300, 150]; System.recreateWindow");
+        EXPECT_EQ(window, GetWindow());
+        EXPECT_EQ(context, glXGetCurrentContext());
+        EXPECT_EQ(math::TVector2<int>(300, 150), GetSizeOnScreen());
+    });
+}
+
+TEST_F(SubsystemInContextTest, AMultisampleCountThatCannotBeHadLeavesTheWindowAsItWas)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        List list;
+        list.Load();
+        test::LogCapture log(7);
+        Script("System.resolution = [300, 150]; System.antiAlias = 64; System.recreateWindow");
+        EXPECT_TRUE(log.Has("System.antiAlias = 64")) << log.Text();
+        EXPECT_TRUE(log.Has("Couldn't set video mode, SDL-error: ")) << log.Text();
+        EXPECT_EQ("1", Script("System.antiAlias"));
+        EXPECT_EQ("[200, 100]", Script("System.resolution"));
+        EXPECT_EQ(0, GetSamples());
+        EXPECT_TRUE(glIsList(list.m_name));
+        LookAtOneFrame([] { EXPECT_EQ("000000ff", Pixel(150, 50)); });
+        EXPECT_EQ(math::TVector2<int>(200, 100), GetSizeOnScreen());
+    });
+}
+
+TEST_F(SubsystemInContextTest, WhatTheUserHasSetOfTheKeyboardSurvivesANewWindow)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        System()->SetTitle("a title");
+        Script("System.antiAlias = 4; System.recreateWindow");
+        char* title = nullptr;
+        SDL_WM_GetCaption(&title, nullptr);
+        EXPECT_STREQ("a title", title);
+        EXPECT_EQ(1, SDL_EnableUNICODE(-1));
+        int delay = 0, interval = 0;
+        SDL_GetKeyRepeat(&delay, &interval);
+        EXPECT_EQ(500, delay);
+        EXPECT_EQ(30, interval);
+        EXPECT_EQ(SDL_ENABLE, SDL_EventState(SDL_SYSWMEVENT, SDL_QUERY));
+        EXPECT_EQ(SDL_GRAB_OFF, SDL_WM_GrabInput(SDL_GRAB_QUERY));
     });
 }
 
@@ -284,9 +393,7 @@ TEST_F(SubsystemInContextTest, TheMouseAndTheKeysArriveFromTheWindow)
         bool hasArrived = false;
         component->m_onUpdate = [&](int frame)
         {
-            SDL_SysWMinfo info;
-            SDL_VERSION(&info.version);
-            ASSERT_EQ(1, SDL_GetWMInfo(&info));
+            const SDL_SysWMinfo info = GetWMInfo();
             if (frame == 1)
             {
                 SDL_WarpMouse(120, 80);
