@@ -1,5 +1,5 @@
 // ToCode of all expressions: the language is its own save format.
-#include "script/Expressions.h"
+#include "script/Parser.h"
 #include "script/Recursion.h"
 #include "util/SharedPtr.h"
 
@@ -10,25 +10,103 @@ namespace script
 {
 namespace
 {
-class TextTooLong : public ScriptException
+const util::String StatementSeparator = ";\n";
+// No statement is longer than MaxStringLength, but a file may hold many.
+const size_t MaxCodeLength = size_t(1) << 30;
+
+// A value that no text would bring back. It is left out together with its statement, so that the rest of
+// a file stays readable.
+class Unprintable : public ScriptException
 {
 public:
-    TextTooLong()
-        : ScriptException("String too long")
-    {
-    }
+    using ScriptException::ScriptException;
 };
+
+// Where the text now being made will stand.
+struct Place
+{
+    int brackets =
+        0; // blocks, lists, functions and infix declarations around it, as the parser counts
+    int operands = 0;     // infixes around it within the innermost of these
+    bool isValue = false; // of an assignment, or part of one
+
+    bool IsTopLevel() const { return brackets == 0 && !isValue; }
+};
+
+Place s_place;
+
+class InPlace
+{
+public:
+    explicit InPlace(const Place& place)
+        : m_previous(s_place)
+    {
+        if (place.brackets + place.operands > MaxParseDepth || IsStackLow())
+            QUIB_THROW(Unprintable("Expression nested too deeply"));
+        s_place = place;
+    }
+    ~InPlace() { s_place = m_previous; }
+    InPlace(const InPlace&) = delete;
+    InPlace& operator=(const InPlace&) = delete;
+
+private:
+    const Place m_previous;
+};
+
+Place Bracketed()
+{
+    return {s_place.brackets + 1, 0, s_place.isValue};
+}
+
+Place AsOperand()
+{
+    return {s_place.brackets, s_place.operands + 1, s_place.isValue};
+}
+
+Place AsValue()
+{
+    return {s_place.brackets, s_place.operands, true};
+}
 
 void CheckLength(const util::String& code)
 {
     if (code.size() > MaxStringLength)
-        QUIB_THROW(TextTooLong());
+        QUIB_THROW(Unprintable("String too long"));
 }
 
-void CheckNesting()
+/// To be asked of whatever will stand where a statement begins.
+void CheckStart(const Expression& expression, const util::String& code)
 {
-    if (IsStackLow())
-        QUIB_THROW(ScriptException("Expression nested too deeply"));
+    const size_t quote = !code.empty() && code[0] == '"';
+    const util::String keyword = KeywordInfix;
+    if (code.compare(quote, keyword.size(), keyword) != 0)
+        return;
+    const size_t end = quote + keyword.size();
+    const bool isWord = quote ? code.compare(end, 1, "\"") == 0
+                              : end == code.size() || !Tokenizer::IsIDChar(code[end]);
+    if (isWord && !dynamic_cast<const InfixDeclaration*>(&expression))
+        QUIB_THROW(Unprintable("\"" + keyword + "\" would be read as a declaration"));
+}
+
+/// A word of punctuation would swallow the punctuation behind it.
+bool EndsInPunctuation(const util::String& code)
+{
+    return !code.empty() && Tokenizer::IsPunctuation(code.back());
+}
+
+void AppendDot(util::String& code, const util::String& name)
+{
+    if (EndsInPunctuation(code))
+        code += ' ';
+    code += '.';
+    if (!name.empty() && Tokenizer::IsPunctuation(name[0]))
+        code += ' ';
+}
+
+util::String NameOf(const Expression& statement)
+{
+    const Assignment* assignment = statement.AsAssignment();
+    return assignment ? assignment->GetTarget()->ToCode() : "a statement";
 }
 
 util::String ValueToCode(bool value)
@@ -57,22 +135,48 @@ util::String ValueToCode(Float value)
     return code;
 }
 
-util::String ValueToCode(const util::String& value)
+util::String Quote(const util::String& value)
 {
     util::String code = "\"";
+    size_t backslashes = 0; // that stand directly before c
     for (char c : value)
     {
-        // Deliberate: a backslash is not escaped, so that a string with one reads back differently.
+        // Deliberate: a backslash is not escaped, so that a string with one reads back differently. But
+        // one that would take the quote away is, or nothing behind it could be read at all.
         if (c == '\n')
             code += "\\n";
         else if (c == '\t')
             code += "\\t";
         else if (c == '"')
-            code += "\\\"";
+            code += backslashes % 2 == 1 ? "\\\\\"" : "\\\"";
         else
             code += c;
+        backslashes = c == '\\' ? backslashes + 1 : 0;
     }
-    return code + "\"";
+    return code + (backslashes % 2 == 1 ? "\\\"" : "\"");
+}
+
+util::String ValueToCode(const util::String& value)
+{
+    if (EndsStatement(value))
+        QUIB_THROW(Unprintable("The string \"" + value + "\" would end the statement"));
+    return Quote(value);
+}
+
+/// A word of an infix, as its declaration takes it: any token.
+util::String WordToCode(const util::String& word)
+{
+    try
+    {
+        const TokenList tokens = Tokenizer::Tokenize(word);
+        if (tokens.size() == 1 && tokens[0].text == word)
+            return word;
+    }
+    catch (TokenException& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+    }
+    return Quote(word);
 }
 }
 
@@ -114,41 +218,57 @@ util::String Identifier::ToCode() const
         chain.push_back(name);
         head = name->m_owner.get();
     }
-    util::String code = head ? head->ToCode() + "." : "";
+    util::String code;
+    if (head)
+    {
+        code = head->ToCode();
+        AppendDot(code, chain.back()->m_name);
+    }
     for (; !chain.empty(); chain.pop_back())
     {
         code += chain.back()->m_name;
         if (chain.size() > 1)
-            code += '.';
+            AppendDot(code, chain[chain.size() - 2]->m_name);
     }
     return code;
 }
 
 util::String CodeBlock::ToCode() const
 {
-    return ToCode(";\n");
+    return ToCode(StatementSeparator);
 }
 
 util::String CodeBlock::ToCode(const util::String& separator) const
 {
-    CheckNesting();
+    const bool areStatements = separator == StatementSeparator;
+    const size_t maxLength = s_place.IsTopLevel() ? MaxCodeLength : MaxStringLength;
+    const InPlace place(s_place);
     util::String code;
     for (const ExpressionPtr& element : m_elements)
     {
         try
         {
-            const util::String elementCode = element->ToCode();
+            util::String elementCode = element->ToCode();
             if (elementCode.empty())
                 continue;
+            CheckStart(*element, elementCode);
+            if (areStatements && EndsInPunctuation(elementCode))
+                elementCode += ' ';
+            // A declaration brings an end of statement of its own.
+            while (!areStatements && util::ends_with(elementCode, StatementSeparator))
+                elementCode.resize(elementCode.size() - StatementSeparator.size());
+            if (code.size() + elementCode.size() > maxLength)
+                QUIB_THROW(Unprintable("String too long"));
             code += elementCode;
             code += separator;
         }
-        catch (TextTooLong& e)
+        catch (Unprintable& e)
         {
             // A value is printed whole or not at all: only a statement can be left out.
-            if (separator != ";\n")
+            if (!areStatements || s_place.isValue)
                 throw;
-            util::internal::LogEscapedFromHandle(e.what(), QUIB_LOCATION);
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogWarning, "Failed to print " + NameOf(*element) + ": " + e.what());
         }
         catch (std::exception& e)
         {
@@ -158,7 +278,6 @@ util::String CodeBlock::ToCode(const util::String& separator) const
         {
             util::internal::LogEscapedFromHandle(nullptr, QUIB_LOCATION);
         }
-        CheckLength(code);
     }
     if (util::ends_with(code, separator))
         code.resize(code.size() - separator.size());
@@ -167,16 +286,19 @@ util::String CodeBlock::ToCode(const util::String& separator) const
 
 util::String Block::ToCode() const
 {
+    const InPlace place(Bracketed());
     return "(" + ToCode(", ") + ")";
 }
 
 util::String ListDeclaration::ToCode() const
 {
+    const InPlace place(Bracketed());
     return "[" + ToCode(", ") + "]";
 }
 
 util::String FunctionDeclaration::ToCode() const
 {
+    const InPlace place(Bracketed());
     util::String code = m_body->ToCode();
     if (code.find('\n') != util::String::npos)
         code = "\n" + Indent(code, "    ") + "\n";
@@ -204,7 +326,6 @@ util::String FunctionCall::ToCode() const
 
 util::String InfixFunctionCall::ToCode() const
 {
-    CheckNesting();
     util::String code;
     size_t arg = 0;
     for (const util::String& entry : m_infix->GetPattern())
@@ -218,7 +339,10 @@ util::String InfixFunctionCall::ToCode() const
             QUIB_THROW(ParseException("Too few arguments to infix function " + m_infix->GetName()));
         // An operand that is missing in the source prints as nothing.
         if (m_args[arg])
+        {
+            const InPlace place(AsOperand());
             code += m_args[arg]->ToCode();
+        }
         ++arg;
         CheckLength(code);
     }
@@ -231,12 +355,39 @@ util::String Assignment::ToCode() const
 {
     util::String code = m_target->ToCode();
     const Assignment* assignment = this;
-    while (const Assignment* inner = assignment->m_value->AsAssignment())
+    while (const Assignment* inner =
+               assignment->m_value ? assignment->m_value->AsAssignment() : nullptr)
     {
         assignment = inner;
         code += " = " + assignment->m_target->ToCode();
     }
-    return code + " = " + assignment->m_value->ToCode();
+    code += " = ";
+    // So does a value that is missing.
+    if (!assignment->m_value)
+        return code;
+    const InPlace place(AsValue());
+    const util::String value = assignment->m_value->ToCode();
+    CheckStart(*assignment->m_value, value);
+    return code + value;
+}
+
+util::String Infix::DeclarationCode() const
+{
+    util::String code = "infix " + WordToCode(util::ToString(m_precedence)) + " " +
+                        (m_associativity == Associativity_Left ? "left" : "right") + ": ";
+    for (const util::String& entry : m_pattern)
+        code += (entry.empty() ? "_" : WordToCode(entry)) + " ";
+    code += "=> ";
+    if (m_function)
+    {
+        const InPlace place(Bracketed());
+        const util::String function = m_function->ToCode();
+        CheckStart(*m_function, function);
+        code += function;
+        if (EndsInPunctuation(function))
+            code += ' ';
+    }
+    return code + StatementSeparator;
 }
 
 util::String InfixDeclaration::ToCode() const

@@ -22,13 +22,4 @@ util::String Infix::GetName() const
 {
     return util::Join(m_pattern, "");
 }
-
-util::String Infix::DeclarationCode() const
-{
-    util::String code = "infix " + util::ToString(m_precedence) + " " +
-                        (m_associativity == Associativity_Left ? "left" : "right") + ": ";
-    for (const util::String& entry : m_pattern)
-        code += (entry.empty() ? "_" : entry) + " ";
-    return code + "=> " + m_function->ToCode() + ";\n";
-}
 }

@@ -26,21 +26,37 @@ void ParserAssert(bool condition, const char* message)
 
 const util::String s_infix = KeywordInfix;
 
-// Deliberate: tokens are compared by text and not by kind, so that the string ";" ends a statement.
+// Deliberate: what ends a statement, and what is expected next, is compared by text and not by kind, so
+// that the string ";" ends a statement. Only where an item may stand is a string always a literal.
+
+bool IsChar(const util::String& text, char c)
+{
+    return text.size() == 1 && text[0] == c;
+}
 
 bool IsChar(const Token& token, char c)
 {
-    return token.text.size() == 1 && token.text[0] == c;
+    return IsChar(token.text, c);
+}
+
+bool IsOperator(const Token& token, char c)
+{
+    return token.IsIdentifier() && IsChar(token, c);
+}
+
+bool IsBlockEnder(const util::String& text)
+{
+    return IsChar(text, ')') || IsChar(text, '}') || IsChar(text, ']');
 }
 
 bool IsBlockEnder(const Token& token)
 {
-    return IsChar(token, ')') || IsChar(token, '}') || IsChar(token, ']');
+    return IsBlockEnder(token.text);
 }
 
 bool IsStatementEnder(const Token& token)
 {
-    return IsBlockEnder(token) || IsChar(token, ';') || IsChar(token, ',');
+    return EndsStatement(token.text);
 }
 
 bool ParseBool(const util::String& text)
@@ -204,7 +220,7 @@ std::vector<bool> FindFunctionHeads(const Token* begin, const Token* end)
     std::vector<size_t> open;
     for (const Token* it = begin; it != end; ++it)
     {
-        if (IsChar(*it, '('))
+        if (IsOperator(*it, '('))
             open.push_back(static_cast<size_t>(it - begin));
         else if (IsChar(*it, ')') && !open.empty())
         {
@@ -214,6 +230,11 @@ std::vector<bool> FindFunctionHeads(const Token* begin, const Token* end)
     }
     return heads;
 }
+}
+
+bool EndsStatement(const util::String& text)
+{
+    return IsBlockEnder(text) || IsChar(text, ';') || IsChar(text, ',');
 }
 
 // One per nested block, list, function and declaration.
@@ -364,7 +385,7 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
         isComplete = true;
         while (it != m_end && !IsStatementEnder(*it))
         {
-            if (IsChar(*it, '.'))
+            if (IsOperator(*it, '.'))
             {
                 ParserAssert(m_items.size() > first, "General parse error");
                 ++it;
@@ -373,7 +394,7 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
                 last = QUIB_NEW Identifier(last, it->text);
                 ++it;
             }
-            else if (IsChar(*it, '='))
+            else if (IsOperator(*it, '='))
             {
                 if (m_items.size() == first + 1)
                 {
@@ -389,12 +410,12 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
                 QUIB_THROW(ParseException("Bad placement of = (info: " +
                                           (it != m_end ? it->text : util::String()) + ")"));
             }
-            else if (IsChar(*it, '('))
+            else if (IsOperator(*it, '('))
                 m_items.push_back(IsFunctionDeclaration(it) ? ParseFunctionDeclaration(scope, it)
                                                             : ParseBlock(scope, it));
-            else if (IsChar(*it, '['))
+            else if (IsOperator(*it, '['))
                 m_items.push_back(ParseListDeclaration(scope, it));
-            else if (IsChar(*it, '{'))
+            else if (IsOperator(*it, '{'))
                 m_items.push_back(ParseFunctionDeclaration(scope, it));
             else
                 m_items.push_back(ParseLiteralOrName(*it++));

@@ -12,6 +12,9 @@ namespace script
 extern const char* const RootScopeName;
 extern const char* const KeywordInfix;
 
+/// Of a token of that text, whatever its kind.
+bool EndsStatement(const util::String& text);
+
 class Parser final : public util::Pointee, public util::Singleton<Parser>
 {
 public:

@@ -245,4 +245,15 @@ TokenList Tokenizer::Tokenize(const util::String& text)
 {
     return TextReader(text).ReadAll();
 }
+
+bool Tokenizer::IsIDChar(char c)
+{
+    return script::IsIDChar(c);
+}
+
+bool Tokenizer::IsPunctuation(char c)
+{
+    return c != '"' && !Is(c, CharClass_White | CharClass_Num | CharClass_IDBeginner |
+                                  CharClass_SingleCharOperator);
+}
 }

@@ -43,5 +43,10 @@ public:
     /// One pass, linear in the length of the text.
     /// @throws TokenException  Bad \-escape in string, Unmatched quote (")
     static TokenList Tokenize(const util::String& text);
+
+    /// True for what a name goes on with.
+    static bool IsIDChar(char c);
+    /// True for what runs together with punctuation beside it to one token.
+    static bool IsPunctuation(char c);
 };
 }

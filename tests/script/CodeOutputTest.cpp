@@ -70,6 +70,190 @@ TEST_F(CodeOutput, EscapesThreeCharactersAndNoBackslash)
     EXPECT_EQ("ab", Run(CodeOf(ValueToObject("a\\b"))));
 }
 
+TEST_F(CodeOutput, ABackslashDoesNotTakeAQuoteAway)
+{
+    const struct
+    {
+        const char *text, *code;
+    } cases[] = {
+        {"a\\", "\"a\\\\\""},
+        {"\\", "\"\\\\\""},
+        {"a\\\"b", "\"a\\\\\\\"b\""},
+        {"a\\\\\\", "\"a\\\\\\\\\""},
+        // These were readable, and stay as they were.
+        {"a\\\\", "\"a\\\\\""},
+        {"\\\\\"", "\"\\\\\\\"\""},
+        {"\\\n", "\"\\\\n\""},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(c.code, CodeOf(ValueToObject(c.text)));
+        Root().AddVariable2("s", ValueToObject(c.text));
+        Run("z = 1");
+        EXPECT_TRUE(Parser().Parse(Parser().ToCode()));
+        Root().RemoveVariable("s");
+    }
+    for (const char* text : {"a\\", "\\", "a\\\"b"})
+        EXPECT_EQ(text, Run(CodeOf(ValueToObject(text))));
+}
+
+TEST_F(CodeOutput, AStringOfPunctuationIsAValue)
+{
+    for (const char* text : {".", "=", "(", "[", "{", "=>", "_", ":"})
+    {
+        SCOPED_TRACE(text);
+        const std::string code = "\"" + std::string(text) + "\"";
+        EXPECT_EQ(text, Run("s = " + code));
+        EXPECT_EQ("s = " + code, Parser().ToCode());
+        EXPECT_EQ(text, Run(Parser().ToCode()));
+        EXPECT_EQ("[" + std::string(text) + ", 1]", Run("[" + code + ", 1]"));
+        EXPECT_EQ(text, Run("f = (a) => { a }; f(" + code + ")"));
+        EXPECT_EQ("[1]", Run("g = (1, " + code + "); h = (a) => { [1] }; h(2)"));
+        for (const char* name : {"s", "f", "g", "h"})
+            Root().RemoveVariable(name);
+    }
+    EXPECT_EQ("Parse error: You can only assign to an identifier", WarningOf("\"=\" = 1"));
+}
+
+TEST_F(CodeOutput, AStringThatWouldEndItsStatementIsLeftOutWithIt)
+{
+    for (const char* text : {")", "]", "}", ";", ",", "infix"})
+    {
+        SCOPED_TRACE(text);
+        Run("a = 1; z = 2");
+        Root().AddVariable2("s", ValueToObject(text));
+        Root().AddVariable2("t", QUIB_NEW List({ValueToObject(1), ValueToObject(text)}));
+        test::LogCapture log(logging::LogWarning);
+        EXPECT_EQ("a = 1;\nz = 2", Parser().ToCode());
+        EXPECT_EQ(2u, log.Lines().size());
+        EXPECT_EQ(1u, log.Count("Failed to print s: "));
+        EXPECT_EQ(1u, log.Count("Failed to print t: "));
+        Root().RemoveVariable("s");
+        Root().RemoveVariable("t");
+    }
+    // Away from the start of a statement the keyword is a text like any other.
+    Run("f = { \"an\" + \"infix\" }; a = 0; z = 0");
+    EXPECT_EQ("a = 0;\nf = {\"an\" + \"infix\"};\nz = 0", Parser().ToCode());
+
+    // Of a block that is no value, one statement is lost.
+    const CodeBlockPtr body = QUIB_NEW CodeBlock;
+    const auto assign = [&](const char* name, const char* text)
+    {
+        body->Add(QUIB_NEW Assignment(QUIB_NEW Identifier(nullptr, name),
+                                      QUIB_NEW Literal<util::String>(text)));
+    };
+    assign("title", ";");
+    assign("author", "me");
+    const BlockPtr args = QUIB_NEW Block;
+    args->Add(QUIB_NEW FunctionDeclaration({}, body));
+    const ExpressionPtr call = QUIB_NEW FunctionCall(QUIB_NEW Identifier(nullptr, "add"), args);
+    EXPECT_EQ("add({author = \"me\"})", call->ToCode());
+}
+
+TEST_F(CodeOutput, LeavesOutWhatIsTooDeepToBeRead)
+{
+    const auto repeat = [](const char* text, int n)
+    {
+        std::string all;
+        while (n-- > 0)
+            all += text;
+        return all;
+    };
+    for (int levels : {20, 21})
+    {
+        SCOPED_TRACE(levels);
+        Run("a = 1; z = 2; l = " + repeat("{", 980) + "1" + repeat("}", 980));
+        Root().GetVariable("l")->SetObject(
+            Evaluate("{" + repeat("{", 979) + "1" + repeat("}", 980)));
+        for (int i = 0; i < levels; ++i)
+            Root().GetVariable("l")->SetObject(QUIB_NEW List({Root().GetObject("l")}));
+        test::LogCapture log(logging::LogWarning);
+        const std::string code = Parser().ToCode();
+        EXPECT_TRUE(Parser().Parse(code));
+        EXPECT_EQ(levels == 20, code.find("\nl = ") != std::string::npos);
+        EXPECT_NE(std::string::npos, code.find("z = 2"));
+        EXPECT_EQ(levels == 20 ? 0u : 1u, log.Lines().size()) << log.Text();
+        EXPECT_EQ(levels != 20, log.Has("Failed to print l: Expression nested too deeply"));
+    }
+    // Operands count as they do for the parser: what stands in brackets was read before.
+    const std::string sum =
+        "f = {" + repeat("1 + ", 999) + repeat("(", 999) + "1" + repeat(")", 999) + "}";
+    ASSERT_TRUE(Parser().Parse(sum));
+    Run("l = 1;" + sum);
+    EXPECT_NE(std::string::npos, Parser().ToCode().find(sum));
+    Run("f = 1");
+}
+
+TEST_F(CodeOutput, WordsOfPunctuationDoNotRunTogether)
+{
+    for (const char* text :
+         {"math . + = 3", "f = { + ; 1 }", "f = { a . .. . b }", "f = { x = =>; 2 }",
+          "f = { infix 3 left: _ \"a b\" \"//\" \"\\\"\" _ => + ; 1 }",
+          "f = { infix \"1e+20\" left: _ x2 _ => + ; 1 }", "f = { x = ; 1 }",
+          "f = { [infix 3 left: _ yy _ => math.add, 2] }", "f = { infix 3 left: a => ; }"})
+    {
+        SCOPED_TRACE(text);
+        const CodeBlockPtr block = Parser().Parse(std::string(text));
+        ASSERT_TRUE(block);
+        const std::string code = block->ToCode();
+        const CodeBlockPtr again = Parser().Parse(code);
+        ASSERT_TRUE(again) << code;
+        EXPECT_EQ(code, again->ToCode());
+    }
+    EXPECT_EQ("math. + = 3", Parser().Parse(std::string("math . + = 3"))->ToCode());
+}
+
+TEST_F(CodeOutput, IsReadableWhateverWasParsed)
+{
+    // Soups of tokens; what parses is printed, and that must parse and print the same.
+    const std::vector<std::string> words = {"a",      "b",
+                                            "+",      "-",
+                                            "!",      "=",
+                                            "=>",     ".",
+                                            "..",     "/",
+                                            ";",      ",",
+                                            "(",      ")",
+                                            "[",      "]",
+                                            "{",      "}",
+                                            "{",      "}",
+                                            "(",      ")",
+                                            "[",      "]",
+                                            "1",      "-2",
+                                            "0.5",    "-inf",
+                                            "true",   "\"\"",
+                                            "\".\"",  "\"=\"",
+                                            "\"(\"",  "\"q\\\"\"",
+                                            "\"=>\"", "\"infix\"",
+                                            "infix",  "infix 3 left: _ so _ => a ;",
+                                            "so",     "\xE4",
+                                            "_",      "(a, +) => {",
+                                            "} ;",    "{ a",
+                                            "x ="};
+    unsigned bits = 1;
+    const auto random = [&](size_t n)
+    {
+        bits = bits * 1664525u + 1013904223u;
+        return static_cast<size_t>((bits >> 8) % n);
+    };
+    int parsed = 0;
+    for (int i = 0; i < 100000; ++i)
+    {
+        std::string text = "f = {";
+        for (size_t n = 1 + random(9); n-- > 0;)
+            text += " " + words[random(words.size())];
+        const CodeBlockPtr block = Parser().Parse(text + " }");
+        if (!block)
+            continue;
+        ++parsed;
+        const std::string code = block->ToCode();
+        const CodeBlockPtr again = Parser().Parse(code);
+        ASSERT_TRUE(again) << text << "\n" << code;
+        ASSERT_EQ(code, again->ToCode()) << text;
+    }
+    EXPECT_GT(parsed, 5000);
+}
+
 TEST_F(CodeOutput, PrintsFunctions)
 {
     Run("f = (a, b) => { a + b }");

@@ -212,6 +212,17 @@ TEST_F(Limits, AListThatIsTooLongToPrintIsLeftOutOfTheCode)
     EXPECT_EQ("a = 1;\ns = 2;\nz = 3", code);
 }
 
+TEST_F(Limits, ACodeOfManyLongStatementsIsPrinted)
+{
+    // Only a single statement is limited to 64 megabytes.
+    const std::string text(MaxStringLength / 2, 'x');
+    for (const char* name : {"a", "b", "c"})
+        Root().AddVariable2(name, ValueToObject(text));
+    const std::string code = Parser().ToCode();
+    EXPECT_EQ("a = \"" + text + "\";\nb = \"" + text + "\";\nc = \"" + text + "\"", code);
+    EXPECT_TRUE(Parser().Parse(code));
+}
+
 TEST_F(Limits, AListNestedAHundredThousandDeepIsUsedAndFreed)
 {
     Run("l = [1]");
