@@ -60,38 +60,43 @@ void Simulation::CalcForces()
     const bool hasAir = m_airSwitch;
     const bool hasFriction = air.linear != 0 || air.quadratic != 0 || air.rot != 0;
 
-    util::ScopeProfiler profileBodies("Body forces");
-    for (const BodyPtr& handle : m_bodies)
     {
-        Body& body = *handle;
-        if (body.IsImmovable())
-            continue;
-        body.AddForce(body.GetMass() * gravity);
-        if (!hasAir)
-            continue;
-
-        const Vec2 vel = body.GetVel();
-        const float speed = vel.Length();
-        const Vec2 across = math::Rot90CW(speed == 0 ? Vec2() : vel / speed);
-        float width = 0, frictionArea = 0;
-        Vec2 widthCenter, areaCenter;
-        for (const Body::BodyPart& part : body.GetParts())
+        util::ScopeProfiler profileBodies("Body forces");
+        for (const BodyPtr& handle : m_bodies)
         {
-            const Geom& geom = *part.geom;
-            const math::OBB2D obb = geom.GetOBBWorld();
-            const float w = 2 * obb.ProjectedRadius(across);
-            width += w;
-            widthCenter += w * obb.GetCenter();
-            const float area = geom.Area();
-            areaCenter += area * geom.GetCenter();
-            frictionArea += geom.GetAirFrictionMult() * area;
+            Body& body = *handle;
+            if (body.IsImmovable())
+                continue;
+            body.AddForce(body.GetMass() * gravity);
+            if (!hasAir)
+                continue;
+
+            const Vec2 vel = body.GetVel();
+            const float speed = vel.Length();
+            const Vec2 across = math::Rot90CW(speed == 0 ? Vec2() : vel / speed);
+            float width = 0, frictionArea = 0;
+            Vec2 widthCenter, areaCenter;
+            for (const Body::BodyPart& part : body.GetParts())
+            {
+                const Geom& geom = *part.geom;
+                const math::OBB2D obb = geom.GetOBBWorld();
+                const float w = 2 * obb.ProjectedRadius(across);
+                width += w;
+                widthCenter += w * obb.GetCenter();
+                const float area = geom.Area();
+                areaCenter += area * geom.GetCenter();
+                frictionArea += geom.GetAirFrictionMult() * area;
+            }
+            if (hasFriction && !math::IsZero(speed) && width > 0)
+                AddAirFrictionForce(air, body, vel, speed, width,
+                                    widthCenter / width - body.GetPos(),
+                                    frictionArea / body.GetArea());
+            if (airDensity != 0)
+                AddAirBuoyancy(airDensity, gravity, body, body.GetArea(),
+                               areaCenter / body.GetArea() - body.GetPos());
         }
-        if (hasFriction && !math::IsZero(speed) && width > 0)
-            AddAirFrictionForce(air, body, vel, speed, width, widthCenter / width - body.GetPos(),
-                                frictionArea / body.GetArea());
-        if (airDensity != 0)
-            AddAirBuoyancy(airDensity, gravity, body, body.GetArea(),
-                           areaCenter / body.GetArea() - body.GetPos());
     }
+    // A stage of every step, even when there is no water.
+    util::ScopeProfiler profileParticles("Particle forces");
 }
 }

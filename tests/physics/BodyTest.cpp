@@ -326,6 +326,10 @@ TEST_F(BodyTest, OfTheWorldKeepsItsWorldGeometry)
     const BodyPtr world = sim.GetWorldBody();
     EXPECT_ASSERTION(world->SetGeoms(GeomSet()), "worldGeomCount == 1");
     EXPECT_ASSERTION(world->RemoveGeom(sim.GetWorldGeom()), "worldGeomCount == 1");
+    // There is one only, and no other takes its place.
+    GeomPtr second = QUIB_NEW WorldGeom;
+    EXPECT_ASSERTION(world->AddGeom(second), "(*g)->GetID() == 0");
+    EXPECT_EQ(1u, world->GetParts().size());
 
     GeomPtr welded = QUIB_NEW Box(Vec2(1, 1), Vec2(3, 0));
     world->AddGeom(welded);
@@ -372,6 +376,17 @@ TEST_F(BodyTest, IsBadWhenItsStateIsNotFinite)
         EXPECT_TRUE(body->IsBad()) << bad;
         body->SetRot(0);
     }
+    EXPECT_FALSE(body->IsBad());
+}
+
+TEST_F(BodyTest, AssertsThatItsGeometriesPointBack)
+{
+    const BodyPtr body = AddBox(Vec2(1, 1), Vec2(0, 5));
+    const GeomPtr geom = GeomOf(body);
+    // Nothing but a body may do this.
+    geom->SetBody(nullptr);
+    EXPECT_ASSERTION(body->IsBad(), "bp->geom->GetBodyPtr() == this");
+    geom->SetBody(body.get());
     EXPECT_FALSE(body->IsBad());
 }
 

@@ -41,6 +41,7 @@ protected:
         sim.m_airFrictionQuadratic = 0.0f;
         sim.m_rotFrictionLinear = 0.01f;
         sim.m_airDensity = 0.01f;
+        sim.m_springForce = 1000.0f;
         sim.m_defaultBodyDensity = 2.0f;
         sim.m_defaultBodyFriction = 0.5f;
         sim.m_defaultBodyRestitution = 0.5f;
@@ -50,6 +51,7 @@ protected:
         sim.m_solveIter = 30;
         sim.m_solveConstant = 1e8f;
         sim.m_solveDcontacts = 5.0f;
+        sim.m_solveDconstraints = 5.0f;
         sim.m_solvePenetrationDamping = false;
         sim.m_solveDistFactor = 1.0f;
         sim.m_solveVelFactor = 1.0f;

@@ -2,10 +2,15 @@
 
 #include "SimulationFixture.h"
 #include "TestSupport.h"
+#include "util/ScopeProfiler.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
+#include <functional>
 #include <map>
+#include <string>
 
 namespace physics
 {
@@ -113,6 +118,77 @@ TEST_F(SimulationTest, DeclaresItsSettingsUnderTheNameSim)
     EXPECT_EQ(32u, found);
 }
 
+// That is also the order in which formulas are calculated. Scripts list the settings by name.
+TEST_F(SimulationTest, DeclaresItsSettingsInOrder)
+{
+    std::vector<script::VariablePtr> variables = sim.GetVariables();
+    std::sort(variables.begin(), variables.end(),
+              [](const script::VariablePtr& a, const script::VariablePtr& b)
+              { return a->GetPointeeID() < b->GetPointeeID(); });
+    std::vector<std::string> names;
+    for (const script::VariablePtr& variable : variables)
+        names.push_back(variable->GetName());
+    const std::vector<std::string> expected = {
+        "running",
+        "timeFactor",
+        "timeDelta",
+        "gravity",
+        "gravitySwitch",
+        "airSwitch",
+        "airFrictionLinear",
+        "airFrictionQuadratic",
+        "rotFrictionLinear",
+        "airDensity",
+        "springForce",
+        "defaultBodyDensity",
+        "defaultBodyFriction",
+        "defaultBodyRestitution",
+        "fallLimit",
+        "prioritizedSolver",
+        "targetPenetration",
+        "solveIter",
+        "solveConstant",
+        "solveDcontacts",
+        "solveDconstraints",
+        "solvePenetrationDamping",
+        "solveDistFactor",
+        "solveVelFactor",
+        "solveAccFactor",
+        "solveRegularizationFactor",
+        "solvePreSortConstraints",
+        "leapFrog",
+        "adHocSolver",
+        "warmStart",
+        "warmStartFactor",
+        "maxPositionCorrection",
+    };
+    EXPECT_EQ(expected, names);
+}
+
+// Or one test would meet the settings of another.
+TEST_F(SimulationTest, TheFixtureRestoresEverySetting)
+{
+    for (const script::VariablePtr& variable : sim.GetVariables())
+    {
+        if (auto* f = dynamic_cast<script::TAttrib<float>*>(variable.get()))
+            f->Set(0.123f);
+        else if (auto* b = dynamic_cast<script::TAttrib<bool>*>(variable.get()))
+            b->Set(!b->Get());
+        else if (auto* i = dynamic_cast<script::TAttrib<int>*>(variable.get()))
+            i->Set(7);
+        else if (auto* v = dynamic_cast<script::TAttrib<Vec2>*>(variable.get()))
+            v->Set(Vec2(1, 2));
+        const auto& attrib = dynamic_cast<const script::AbstractAttrib&>(*variable);
+        EXPECT_FALSE(attrib.HasDefaultValue()) << variable->GetName();
+    }
+    Reset();
+    for (const script::VariablePtr& variable : sim.GetVariables())
+    {
+        const auto& attrib = dynamic_cast<const script::AbstractAttrib&>(*variable);
+        EXPECT_TRUE(attrib.HasDefaultValue()) << variable->GetName();
+    }
+}
+
 TEST_F(SimulationTest, HoldsTheWorldUnderIdZero)
 {
     EXPECT_EQ(0u, sim.GetWorldBody()->GetID());
@@ -124,6 +200,137 @@ TEST_F(SimulationTest, HoldsTheWorldUnderIdZero)
     EXPECT_TRUE(sim.GetWorldBody()->IsImmovable());
     ASSERT_EQ(1u, sim.GetBodies().size());
     EXPECT_EQ(sim.GetWorldBody(), sim.GetBodies()[0]);
+}
+
+TEST_F(SimulationTest, AssertsThatTheWorldIsWhole)
+{
+    const BodyPtr world = sim.GetWorldBody();
+    const util::SharedPtr<WorldGeom> geom = sim.GetWorldGeom();
+    const BodyPtr box = AddBox(Vec2(1, 1), Vec2(0, 5));
+
+    // Nothing in the program does this.
+    geom->SetBody(box.get());
+    EXPECT_ASSERTION(sim.GetWorldBody(), "m_worldGeom->GetBody() == m_worldBody");
+    EXPECT_ASSERTION(sim.GetWorldGeom(), "m_worldGeom->GetBody() == m_worldBody");
+    EXPECT_ASSERTION(sim.Clear(), "m_worldGeom->GetBody() == m_worldBody");
+    EXPECT_TRUE(sim.HasBody(box));
+    geom->SetBody(world.get());
+
+    // Without mass it is left out of the body like any other.
+    geom->SetDensity(0);
+    EXPECT_ASSERTION(sim.GetWorldBody(), "m_worldBody->GetGeoms().count(m_worldGeom) == 1");
+    EXPECT_ASSERTION(sim.Clear(), "m_worldBody->GetGeoms().count(m_worldGeom) == 1");
+    geom->SetDensity(2);
+    world->SetGeom(geom);
+    EXPECT_EQ(world, sim.GetWorldBody());
+}
+
+// The counters of ids start with the process, so these need one of their own.
+class WorldIdsDeathTest : public testing::Test
+{
+protected:
+    WorldIdsDeathTest()
+        : m_style(testing::FLAGS_gtest_death_test_style)
+    {
+        testing::FLAGS_gtest_death_test_style = "threadsafe";
+    }
+    ~WorldIdsDeathTest() override { testing::FLAGS_gtest_death_test_style = m_style; }
+
+    /// Ends the process, with 0 when the function throws the assertion.
+    template<typename F>
+    [[noreturn]] static void ExpectAssertion(const char* condition, F function)
+    {
+        try
+        {
+            function();
+        }
+        catch (BadCoderException& e)
+        {
+            const std::string expected =
+                std::string("Code assertion failed: \"") + condition + "\"";
+            std::_Exit(std::string(e.what()).find(expected) == 0 ? 0 : 2);
+        }
+        std::_Exit(1);
+    }
+
+private:
+    std::string m_style;
+};
+
+TEST_F(WorldIdsDeathTest, NoBodyMayExistBeforeTheWorlds)
+{
+    EXPECT_EXIT(ExpectAssertion("m_worldBody->GetID() == 0",
+                                []
+                                {
+                                    const BodyPtr first = QUIB_NEW Body;
+                                    Simulation::GetInstancePtr();
+                                }),
+                testing::ExitedWithCode(0), "");
+}
+
+TEST_F(WorldIdsDeathTest, NoGeometryMayExistBeforeTheWorlds)
+{
+    // (*g) is the world's geometry, which its body refuses.
+    EXPECT_EXIT(ExpectAssertion("(*g)->GetID() == 0",
+                                [] { const GeomPtr first = QUIB_NEW Box(Vec2(1, 1), Vec2()); }),
+                testing::ExitedWithCode(0), "");
+}
+
+// --- profiler ---
+
+namespace
+{
+// The scopes of what is done meanwhile, as in "Step(Forces Contacts(Finding))".
+std::string ScopesOf(const std::function<void()>& function)
+{
+    static std::string* s_seen;
+    std::string seen;
+    s_seen = &seen;
+    const auto begin = util::ScopeProfiler::s_begin;
+    const auto end = util::ScopeProfiler::s_end;
+    util::ScopeProfiler::s_begin = [](const char* name) {
+        *s_seen += (s_seen->empty() || s_seen->back() == '(' ? "" : ", ") + std::string(name) + "(";
+    };
+    util::ScopeProfiler::s_end = []
+    {
+        if (s_seen->back() == '(')
+            s_seen->pop_back();
+        else
+            *s_seen += ")";
+    };
+    function();
+    util::ScopeProfiler::s_begin = begin;
+    util::ScopeProfiler::s_end = end;
+    return seen;
+}
+
+const std::string forceScopes = "Simulation::CalcForces(Body forces, Particle forces), ";
+const std::string contactScopes =
+    "Sim::CalcContacts(Finding contacts(Collider::AssignBodies, Collider::Collide(Plane, "
+    "Polygon-Polygon, Circle-Circle, Circle-Polygon, Box-Box, Box-Polygon, Box-Circle)), "
+    "Matching cache, Update cache)";
+std::string SolverScopes(const std::string& solver)
+{
+    return "RunSolver(Init bodies, SolveInit, " + solver + ", SolveExit, Applying velchanges)";
+}
+}
+
+TEST_F(SimulationTest, NamesItsStagesToTheProfiler)
+{
+    AddFloor();
+    AddBox(Vec2(1, 1), Vec2(0, 0.49f));
+    EXPECT_EQ("Simulation::Update(Simu::Step(" + forceScopes + contactScopes +
+                  ", IntegrateVelocity, " + SolverScopes("GaussSeidelSolver") +
+                  ", IntegrateVelocity, IntegratePosition))",
+              ScopesOf([&] { sim.Update(0.009); }));
+    sim.m_leapFrog = false;
+    sim.m_prioritizedSolver = true;
+    EXPECT_EQ("Simu::Step(" + forceScopes + contactScopes + ", " +
+                  SolverScopes("PrioritizedSolver") + ", IntegrateVelocity, IntegratePosition)",
+              ScopesOf([&] { sim.Step(true); }));
+    sim.m_running = false;
+    EXPECT_EQ("Simulation::Update(Simu::Step(" + contactScopes + "))",
+              ScopesOf([&] { sim.Update(0.009); }));
 }
 
 // --- time ---
