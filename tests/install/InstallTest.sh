@@ -52,10 +52,23 @@ for file in bin/quib bin/quib-run libexec/quib/quib; do
 done
 for file in share/quib/data/README.md share/quib/scenes/welcome.qib share/quib/scenes/pyramid.qib \
     share/quib/scenes/rubble.qib share/quib/autoexec.cfg share/applications/quib.desktop \
-    share/doc/quib/README.md; do
+    share/mime/packages/quib.xml share/doc/quib/README.md; do
     check "$file is there" test -e "$prefix/$file"
 done
 check "nothing of the developer's own runs is there" test ! -e "$prefix/share/quib/scenes/_ONEXITSAVE.qib"
+
+# A file manager that looks into the tree knows what a scene is and what opens it.
+mime=$(sed -n 's/^MimeType=\(.*\);$/\1/p' "$prefix/share/applications/quib.desktop")
+check "the desktop entry names the type of scenes" \
+    grep -q "type=\"$mime\"" "$prefix/share/mime/packages/quib.xml"
+if command -v update-mime-database >/dev/null; then
+    cp -r "$prefix/share/mime" "$work/mime"
+    check "the type can be registered" update-mime-database "$work/mime"
+    check "a scene is known by its extension" grep -q "^$mime:\*\.qib$" "$work/mime/globs"
+fi
+if command -v desktop-file-validate >/dev/null; then
+    check "the desktop entry is valid" desktop-file-validate "$prefix/share/applications/quib.desktop"
+fi
 
 export HOME=$work/home
 unset XDG_DATA_HOME DISPLAY
