@@ -164,18 +164,7 @@ void Renderer::ScreenShot(util::String stem)
 
 void Renderer::ScreenShotToFile(const util::String& file)
 {
-    // Kept: a megabyte or more for each picture, and a recording takes one after the other.
-    static std::vector<unsigned char> s_pixels;
     const math::TVector2<int> size = GetViewportSize();
-    s_pixels.resize(static_cast<size_t>(size.x) * size.y * 3);
-
-    // Rows of a width that is no multiple of 4 would be padded.
-    GLint alignment = 4;
-    glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, size.x, size.y, GL_BGR, GL_UNSIGNED_BYTE, s_pixels.data());
-    glPixelStorei(GL_PACK_ALIGNMENT, alignment);
-
     unsigned char header[18] = {};
     header[2] = 2; // uncompressed, true colour
     header[12] = size.x & 0xFF;
@@ -184,27 +173,19 @@ void Renderer::ScreenShotToFile(const util::String& file)
     header[15] = (size.y >> 8) & 0xFF;
     header[16] = 24; // bits of a pixel
 
-    const util::String beside = file + ".tmp";
-    util::FILEWrapper out(beside, "wb");
-    bool good = false;
-    try
-    {
-        out.Write(header, sizeof(header));
-        out.Write(s_pixels.data(), s_pixels.size());
-        good = true;
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION);
-    }
-    // A full disk may show only when the buffer goes out.
-    good = std::fclose(out.GetFile()) == 0 && good;
-    good = good && std::rename(beside.c_str(), file.c_str()) == 0;
-    if (!good)
-    {
-        std::remove(beside.c_str());
-        QUIB_THROW(Exception("Failed to write file \"" + file + "\""));
-    }
+    // Kept: a megabyte or more for each picture, and a recording takes one after the other.
+    static util::String s_text;
+    s_text.assign(reinterpret_cast<const char*>(header), sizeof(header));
+    s_text.resize(sizeof(header) + static_cast<size_t>(size.x) * size.y * 3);
+
+    // Rows of a width that is no multiple of 4 would be padded.
+    GLint alignment = 4;
+    glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, size.x, size.y, GL_BGR, GL_UNSIGNED_BYTE, &s_text[sizeof(header)]);
+    glPixelStorei(GL_PACK_ALIGNMENT, alignment);
+
+    util::FileSystem::GetInstancePtr()->WriteFile(file, s_text);
     Log(logging::LogVerbose, "Screenshot saved to \"" + file + "\"");
 }
 

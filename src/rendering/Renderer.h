@@ -49,10 +49,12 @@ public:
     void DrawFrame(math::Vec2 pos, math::Vec2 size, float width);
 
     /// Writes the frame buffer to the first free file stem_YYMMDD_NNNN.tga, or to
-    /// "to_many_screenshots.tga" when the ten thousand of the day are used up.
-    /// @throws Exception  when it can't be written
+    /// "to_many_screenshots.tga" when the ten thousand of the day are used up. Makes the folder where
+    /// it is missing.
+    /// @throws boost::filesystem::filesystem_error  when the folder can't be made or searched
+    /// @throws Exception                            when the file can't be written
     void ScreenShot(util::String stem);
-    /// Uncompressed 24-bit TGA. The file is whole or not there.
+    /// Uncompressed 24-bit TGA. The file is whole, or as it was before.
     /// @throws Exception  when it can't be written
     void ScreenShotToFile(const util::String& file);
 
