@@ -36,6 +36,7 @@ public:
 
     /// @param width, height  pixels
     void OnNewWindowSize(int width, int height);
+    /// Lays everything out anew in the window, which is of another size in GUI units now.
     void OnScaleChange();
 
 private:

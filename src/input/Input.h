@@ -37,6 +37,7 @@ public:
     /// Seconds; when the last PumpEvents began.
     double GetPumpTime() const { return m_pumpTime; }
 
+    /// Whether mouse and keyboard stay with the window, away from all others.
     void SetGrabInput(bool grab);
 
     /// How pixels become positions. Set by the GUI, which lies above this; one to one before that.

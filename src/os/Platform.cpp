@@ -48,7 +48,7 @@ bool GetDisplaySize(math::TVector2<int>& size)
     return true;
 }
 
-// Copy and paste inside the program. Other programs are reached once input events are delegated.
+// Copy and paste inside the program; other programs see none of it. Nothing here can fail.
 void SetClipboardText(const util::String& text)
 {
     s_clipboard = text;

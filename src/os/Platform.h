@@ -15,7 +15,7 @@ bool GetDisplaySize(math::TVector2<int>& size);
 /// Reads and keeps the display size: once a window exists SDL reports the window instead.
 void NoteDisplaySize();
 
-/// Latin-1. On failure a line on standard error.
+/// Latin-1. It reaches this program only.
 void SetClipboardText(const util::String& text);
 /// Latin-1; "" when there is none.
 util::String GetClipboardText();
