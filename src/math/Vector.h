@@ -115,6 +115,29 @@ struct TVector3
     T& operator[](int i) { return (&x)[i]; }
     const T& operator[](int i) const { return (&x)[i]; }
 
+    TVector3& operator+=(const TVector3& o)
+    {
+        x += o.x;
+        y += o.y;
+        z += o.z;
+        return *this;
+    }
+    TVector3& operator-=(const TVector3& o)
+    {
+        x -= o.x;
+        y -= o.y;
+        z -= o.z;
+        return *this;
+    }
+    TVector3& operator*=(T s)
+    {
+        x *= s;
+        y *= s;
+        z *= s;
+        return *this;
+    }
+    TVector3& operator/=(T s) { return *this = *this / s; }
+
     friend TVector3 operator+(const TVector3& a, const TVector3& b)
     {
         return TVector3(a.x + b.x, a.y + b.y, a.z + b.z);
@@ -129,7 +152,12 @@ struct TVector3
         return TVector3(a.x * s, a.y * s, a.z * s);
     }
     friend TVector3 operator*(T s, const TVector3& a) { return a * s; }
-    friend TVector3 operator/(const TVector3& a, T s) { return a * (T(1) / s); }
+    /// Multiplies by the reciprocal.
+    friend TVector3 operator/(const TVector3& a, T s)
+    {
+        static_assert(std::is_floating_point<T>::value, "the reciprocal of a whole number is 0");
+        return a * (T(1) / s);
+    }
     friend bool operator==(const TVector3& a, const TVector3& b)
     {
         return a.x == b.x && a.y == b.y && a.z == b.z;
@@ -178,6 +206,32 @@ struct TVector4
     const T& operator[](int i) const { return (&x)[i]; }
     TVector3<T> XYZ() const { return TVector3<T>(x, y, z); }
 
+    TVector4& operator+=(const TVector4& o)
+    {
+        x += o.x;
+        y += o.y;
+        z += o.z;
+        w += o.w;
+        return *this;
+    }
+    TVector4& operator-=(const TVector4& o)
+    {
+        x -= o.x;
+        y -= o.y;
+        z -= o.z;
+        w -= o.w;
+        return *this;
+    }
+    TVector4& operator*=(T s)
+    {
+        x *= s;
+        y *= s;
+        z *= s;
+        w *= s;
+        return *this;
+    }
+    TVector4& operator/=(T s) { return *this = *this / s; }
+
     friend TVector4 operator+(const TVector4& a, const TVector4& b)
     {
         return TVector4(a.x + b.x, a.y + b.y, a.z + b.z, a.w + b.w);
@@ -186,11 +240,18 @@ struct TVector4
     {
         return TVector4(a.x - b.x, a.y - b.y, a.z - b.z, a.w - b.w);
     }
+    friend TVector4 operator-(const TVector4& a) { return TVector4(-a.x, -a.y, -a.z, -a.w); }
     friend TVector4 operator*(const TVector4& a, T s)
     {
         return TVector4(a.x * s, a.y * s, a.z * s, a.w * s);
     }
     friend TVector4 operator*(T s, const TVector4& a) { return a * s; }
+    /// Multiplies by the reciprocal.
+    friend TVector4 operator/(const TVector4& a, T s)
+    {
+        static_assert(std::is_floating_point<T>::value, "the reciprocal of a whole number is 0");
+        return a * (T(1) / s);
+    }
     friend bool operator==(const TVector4& a, const TVector4& b)
     {
         return a.x == b.x && a.y == b.y && a.z == b.z && a.w == b.w;

@@ -37,6 +37,7 @@ TEST(Vector, DividesByMultiplyingWithTheReciprocal)
     v /= 41.0f;
     EXPECT_EQ(Vec2(41.0f * r, 82.0f * r), v);
     EXPECT_EQ(41.0f * r, (Vec3(41, 0, 0) / 41.0f).x);
+    EXPECT_EQ(41.0f * r, (Vec4(0, 0, 0, 41) / 41.0f).w);
 }
 
 TEST(Vector, CrossesAndTurns)
@@ -86,6 +87,29 @@ TEST(Vector, HasTheOrdinaryOperators)
     EXPECT_EQ(3, Vec3(1, 2, 3)[2]);
     EXPECT_EQ(Vec4(1, 2, 3, 4), Vec4(Vec3(1, 2, 3), 4));
     EXPECT_EQ(Vec3(1, 2, 3), Vec4(1, 2, 3, 4).XYZ());
+    Vec3 u(1, 2, 3);
+    u += Vec3(1, 1, 1);
+    u -= Vec3(0, 0, 2);
+    u *= 4;
+    u /= 2;
+    EXPECT_EQ(Vec3(4, 6, 4), u);
+    EXPECT_EQ(Vec3(-1, -2, -3), -Vec3(1, 2, 3));
+    EXPECT_EQ(Vec3(2, 4, 6), 2.0f * Vec3(1, 2, 3));
+    Vec4 w(1, 2, 3, 4);
+    w += Vec4(1, 1, 1, 0);
+    w -= Vec4(0, 0, 2, 8);
+    w *= 4;
+    w /= 2;
+    EXPECT_EQ(Vec4(4, 6, 4, -8), w);
+    EXPECT_EQ(Vec4(-1, -2, -3, -4), -Vec4(1, 2, 3, 4));
+    EXPECT_EQ(Vec4(2, 4, 6, 8), 2.0f * Vec4(1, 2, 3, 4));
+    EXPECT_EQ(Vec4(0, 1, 2, 3), Vec4(1, 2, 3, 4) - Vec4(1, 1, 1, 1));
+    EXPECT_EQ(4, w[0]);
+    EXPECT_EQ(-8, w[3]);
+    TVector3<int> whole(1, 2, 3);
+    whole += TVector3<int>(1, 1, 1);
+    whole *= 2;
+    EXPECT_EQ(TVector3<int>(4, 6, 8), whole);
     std::ostringstream out;
     out << Vec2(1, 2.5f) << Vec3(1, 2, 3) << Vec4(1, 2, 3, 4);
     EXPECT_EQ("(1, 2.5)(1, 2, 3)(1, 2, 3, 4)", out.str());

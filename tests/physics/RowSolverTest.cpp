@@ -2,6 +2,7 @@
 
 #include "physics/RowSolver.h"
 
+#include "Dice.h"
 #include "SimulationFixture.h"
 #include "util/Random.h"
 
@@ -152,16 +153,19 @@ protected:
         return constraints.size();
     }
 
+    /// The bits; one pattern for all that is not a number, whose sign and payload mean nothing.
+    static uint32_t BitsOf(float x) { return math::IsNaN(x) ? 0x7FC00000 : Bits(x); }
+
     static void ExpectSameBits(const State& plain, const State& rows)
     {
         for (size_t i = 0; i < plain.vel.size(); ++i)
         {
-            EXPECT_EQ(Bits(plain.vel[i].x), Bits(rows.vel[i].x)) << "body " << i;
-            EXPECT_EQ(Bits(plain.vel[i].y), Bits(rows.vel[i].y)) << "body " << i;
-            EXPECT_EQ(Bits(plain.angVel[i]), Bits(rows.angVel[i])) << "body " << i;
+            EXPECT_EQ(BitsOf(plain.vel[i].x), BitsOf(rows.vel[i].x)) << "body " << i;
+            EXPECT_EQ(BitsOf(plain.vel[i].y), BitsOf(rows.vel[i].y)) << "body " << i;
+            EXPECT_EQ(BitsOf(plain.angVel[i]), BitsOf(rows.angVel[i])) << "body " << i;
         }
         for (size_t i = 0; i < plain.totals.size(); ++i)
-            EXPECT_EQ(Bits(plain.totals[i]), Bits(rows.totals[i])) << "total " << i;
+            EXPECT_EQ(BitsOf(plain.totals[i]), BitsOf(rows.totals[i])) << "total " << i;
     }
 
     void AddBasin()
@@ -252,6 +256,108 @@ TEST_F(RowSolverTest, KeepsOtherConstraintsInTheirPlace)
         if (HasFailure())
             FAIL() << "step " << step;
     }
+}
+
+TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepWhereNumbersHaveNoEnd)
+{
+    const float values[] = {Inf,   -Inf,   std::numeric_limits<float>::quiet_NaN(),
+                            3e38f, -3e38f, 1e30f};
+    test::Dice dice;
+    util::Random random;
+    size_t bad = 0, badPriorities = 0;
+    for (int world = 0; world < 12; ++world)
+    {
+        Reset();
+        sim.m_solveIter = 3; // what is bad reaches all that touch before long
+        sim.m_warmStart = world % 2 == 0;
+        AddBasin();
+        AddRandomBodies(random, 60);
+        Steps(60 + 5 * world);
+        sim.CalcContacts();
+        std::vector<Contact> sound;
+        for (const ContactPtr& contact : sim.GetContacts())
+            sound.push_back(*contact);
+        for (int round = 0; round < 10; ++round)
+        {
+            for (size_t i = 0; i < sound.size(); ++i)
+                *sim.GetContacts()[i] = sound[i];
+            sim.m_solvePreSortConstraints = round % 3 != 2;
+            // One bad velocity, force, or velocity gathered so far; the rest of the world is sound.
+            const BodyList& bodies = sim.GetBodies();
+            Body& body = *bodies[4 + dice.Int(0, int(bodies.size()) - 4)];
+            const Vec2 vel = body.GetVel();
+            const float value = values[dice.Int(0, 6)];
+            if (round % 2)
+                body.SetVel(Vec2(0, value));
+            else
+                body.AddForce(Vec2(value, 0));
+            const ConstraintList list = InitContacts();
+            if (round == 7)
+                body.SetVelChange(Vec2(value, value), 0);
+            Compare(list);
+            for (Constraint* constraint : list)
+            {
+                constraint->CalcDesiredImpulse();
+                badPriorities += math::IsNaN(constraint->GetPriority());
+            }
+            const State state = Save(list);
+            for (const float total : state.totals)
+                bad += !math::IsFinite(total);
+            body.SetVel(vel);
+            body.ClearForces();
+            if (HasFailure())
+                FAIL() << "world " << world << ", round " << round;
+        }
+    }
+    EXPECT_GT(bad, 1000u);
+    EXPECT_GT(badPriorities, 1000u);
+}
+
+TEST_F(RowSolverTest, SortsWhatIsNotANumberLastAndInOrder)
+{
+    std::vector<BodyPtr> boxes;
+    for (int i = 0; i < 5; ++i)
+        boxes.push_back(AddBox(Vec2(1, 1), Vec2(2 * i, 0.49f)));
+    class Note : public Constraint
+    {
+    public:
+        Note(AbstractBody* a, AbstractBody* b, float priority, int name, std::vector<int>& log)
+            : m_name(name)
+            , m_wish(priority)
+            , m_log(log)
+        {
+            m_bodies[0] = a;
+            m_bodies[1] = b;
+        }
+        bool SolveInit() override { return true; }
+        void CalcDesiredImpulse() override { m_priority = m_wish; }
+        void ApplyImpulse() override { m_log.push_back(m_name); }
+        void SolveExit() override {}
+
+    private:
+        int m_name;
+        float m_wish;
+        std::vector<int>& m_log;
+    };
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float priorities[] = {nan, 0, 2, -nan, Inf, 0, 3e38f, nan, 1e-45f, 2};
+    std::vector<int> log;
+    std::vector<util::SharedPtr<Note>> notes;
+    ConstraintList list;
+    for (int i = 0; i < 10; ++i)
+    {
+        notes.push_back(
+            QUIB_NEW Note(boxes[i % 5].get(), boxes[(i + 1) % 5].get(), priorities[i], i, log));
+        list.append(notes.back().get());
+    }
+    baseline.Solve(list, 1, true);
+    EXPECT_EQ((std::vector<int>{4, 6, 2, 9, 8, 1, 5, 0, 3, 7}), log);
+    log.clear();
+    PlainSweeps(list, 1, true);
+    EXPECT_EQ((std::vector<int>{4, 6, 2, 9, 8, 1, 5, 0, 3, 7}), log);
+    log.clear();
+    baseline.Solve(list, 1, false);
+    EXPECT_EQ((std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}), log);
 }
 
 TEST_F(RowSolverTest, LeavesSuspendedBodiesAlone)

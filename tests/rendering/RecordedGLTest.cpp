@@ -62,6 +62,23 @@ extern "C"
     {
         Note("glTranslatef", x, y, z);
     }
+    void glMultMatrixf(const GLfloat* m)
+    {
+        Note("glMultMatrixf", m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], m[9], m[10],
+             m[11], m[12], m[13], m[14], m[15]);
+    }
+    void glMultMatrixd(const GLdouble* m)
+    {
+        Note("glMultMatrixd", m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], m[9], m[10],
+             m[11], m[12], m[13], m[14], m[15]);
+    }
+    // Any matrix is that of the numbers 0 to 15 as they lie in memory.
+    void glGetFloatv(GLenum name, GLfloat* values)
+    {
+        Note("glGetFloatv", name);
+        for (int i = 0; i < 16; ++i)
+            values[i] = static_cast<GLfloat>(i);
+    }
     void glBegin(GLenum mode)
     {
         Note("glBegin", mode);
