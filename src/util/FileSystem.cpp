@@ -105,27 +105,19 @@ String FileSystem::ReadWholeFile(const String& path)
         if (std::fgets(piece, sizeof(piece), file.GetFile()))
             text += piece;
     const bool failed = std::ferror(file.GetFile()) != 0;
+    const long size = std::ftell(file.GetFile()); // -1 of a pipe
     std::fclose(file.GetFile());
     if (failed)
         QUIB_THROW(FileReadException("Failed to read file \"" + path + "\""));
+    if (size > 0 && static_cast<size_t>(size) != text.size())
+        Log(logging::LogWarning, "\"" + path +
+                                     "\" holds NUL bytes: it is no text, and what stands "
+                                     "behind them is left out");
     return text;
 }
 
 namespace
 {
-/// Null gives false.
-bool WriteAndClose(FILE* file, const String& text, bool isOnDisk)
-{
-    if (!file)
-        return false;
-    bool good = text.empty() || std::fwrite(text.data(), text.size(), 1, file) == 1;
-    good = std::fflush(file) == 0 && good;
-    // A rename that follows must not reach the disk before the text does.
-    if (isOnDisk)
-        good = ::fsync(::fileno(file)) == 0 && good;
-    return std::fclose(file) == 0 && good;
-}
-
 /// Where the path leads, so that a linked file stays a link. The end of the chain need not exist.
 String FollowLinks(const String& path)
 {
@@ -143,28 +135,77 @@ String FollowLinks(const String& path)
 }
 }
 
-void FileSystem::WriteFile(const String& path, const String& text)
+ReplacingFile::ReplacingFile(const String& path)
+    : m_path(path)
 {
     struct stat old;
     const bool exists = ::stat(path.c_str(), &old) == 0;
-    bool good;
-    if (exists && !S_ISREG(old.st_mode))
-        good = WriteAndClose(std::fopen(path.c_str(), "wb"), text, false); // a device or a pipe
-    else if (exists && ::euidaccess(path.c_str(), W_OK) != 0)
-        good = false; // write-protected; a rename would not ask
-    else
+    if (exists && (!S_ISREG(old.st_mode) || starts_with(path, "/dev/")))
     {
-        const String target = FollowLinks(path);
-        const String beside = target + ".tmp";
-        FILE* file = std::fopen(beside.c_str(), "wb");
-        good = file && (!exists || ::fchmod(::fileno(file), old.st_mode & 07777) == 0);
-        good = WriteAndClose(file, text, true) && good;
-        good = good && std::rename(beside.c_str(), target.c_str()) == 0;
-        if (!good && file)
-            ::unlink(beside.c_str());
+        m_file = std::fopen(path.c_str(), "wb");
+        if (!m_file)
+            Fail();
+        return;
+    }
+    // A rename would not ask.
+    if (exists && ::euidaccess(path.c_str(), W_OK) != 0)
+        Fail();
+    m_target = FollowLinks(path);
+    m_beside = m_target + ".tmp";
+    m_file = std::fopen(m_beside.c_str(), "wb");
+    if (!m_file)
+        Fail();
+    if (exists && ::fchmod(::fileno(m_file), old.st_mode & 07777) != 0)
+    {
+        Close();
+        ::unlink(m_beside.c_str());
+        Fail();
+    }
+}
+
+ReplacingFile::~ReplacingFile()
+{
+    if (!m_file)
+        return;
+    Close();
+    if (!m_beside.empty())
+        ::unlink(m_beside.c_str());
+}
+
+bool ReplacingFile::Close()
+{
+    const bool isClosed = std::fclose(m_file) == 0;
+    m_file = nullptr;
+    return isClosed;
+}
+
+void ReplacingFile::Commit()
+{
+    bool good = !std::ferror(m_file) && std::fflush(m_file) == 0;
+    // The rename must not reach the disk before the text does.
+    if (!m_beside.empty())
+        good = good && ::fsync(::fileno(m_file)) == 0;
+    good = Close() && good;
+    if (!m_beside.empty())
+    {
+        good = good && std::rename(m_beside.c_str(), m_target.c_str()) == 0;
+        if (!good)
+            ::unlink(m_beside.c_str());
     }
     if (!good)
-        QUIB_THROW(Exception("Failed to write file \"" + path + "\""));
+        Fail();
+}
+
+void ReplacingFile::Fail() const
+{
+    QUIB_THROW(Exception("Failed to write file \"" + m_path + "\""));
+}
+
+void FileSystem::WriteFile(const String& path, const String& text)
+{
+    ReplacingFile file(path);
+    std::fwrite(text.data(), 1, text.size(), file.GetFile());
+    file.Commit();
 }
 
 namespace

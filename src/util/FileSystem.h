@@ -30,6 +30,35 @@ private:
     FILE* m_file;
 };
 
+// A file that is written beside the one whose place it takes at the end, so that this one is whole at
+// any moment: a killed process leaves it as it was, and its own beginnings in path + ".tmp". What is no
+// regular file, such as a pipe or anything below /dev, is written in place.
+class ReplacingFile
+{
+public:
+    /// Keeps the access rights of a file that is there, and the link of one that is linked.
+    /// @throws Exception  when it can't be written, or the one there is write-protected
+    explicit ReplacingFile(const String& path);
+    /// Without Commit the old file stays, and the new one goes.
+    ~ReplacingFile();
+    ReplacingFile(const ReplacingFile&) = delete;
+    ReplacingFile& operator=(const ReplacingFile&) = delete;
+
+    FILE* GetFile() const { return m_file; }
+    /// Puts it in its place. To be called once.
+    /// @throws Exception  when this, or any writing before, has failed
+    void Commit();
+
+private:
+    bool Close();
+    [[noreturn]] void Fail() const;
+
+    String m_path;
+    String m_target; // at the end of links
+    String m_beside; // "" when it is written in place
+    FILE* m_file = nullptr;
+};
+
 class FileSystem : public Pointee, public Singleton<FileSystem>
 {
 public:
@@ -60,7 +89,7 @@ public:
     /// Refuses when the target exists. A failure is logged and goes no further.
     void RenameFile(const String& from, const String& to);
     long GetFileSize(const String& path);
-    /// Text only: a piece of up to 1024 bytes ends at a NUL byte.
+    /// Text only: a piece of up to 1024 bytes ends at a NUL byte, of which a warning tells.
     /// @throws FileReadException
     String ReadWholeFile(const String& path);
     /// Writes beside the target and renames over it, so that the target is whole at any moment.
