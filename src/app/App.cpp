@@ -112,6 +112,7 @@ void App::OnShutdown()
 void App::SetFirstTimeRunning()
 {
     m_firstTimeRunning = true;
+    m_appGUI->SetUpDefaults();
 }
 
 void App::Update(float dt)
@@ -160,9 +161,24 @@ float App::GetScreenCM() const
     return GetPixelSize() * m_DPI / 2.54f;
 }
 
+float App::GetDefaultJointSize() const
+{
+    return GetScreenCM() * 0.66667f;
+}
+
 float App::GetObjectBorderWidth() const
 {
     return GetScreenCM() * m_borderWidth;
+}
+
+float App::GetMinimumPointDist() const
+{
+    return GetScreenCM() * m_minPointDist;
+}
+
+float App::GetMaximumPointDist() const
+{
+    return GetScreenCM() * m_maxPointDist;
 }
 
 Vec4 App::GetBorderColor(const Entity* entity) const

@@ -35,8 +35,9 @@ public:
     void CreateGUI();
     /// Saves the exit scene; a next start has nothing to recover then.
     void OnShutdown();
+    /// No configuration was there: somebody sees Quib for the first time, and gets the panels that
+    /// show what it can do.
     void SetFirstTimeRunning();
-    bool IsFirstTimeRunning() const { return m_firstTimeRunning; }
 
     const util::SharedPtr<AppGUI>& GetAppGUI() const { return m_appGUI; }
     const util::SharedPtr<Background>& GetBackground() const { return m_background; }
@@ -51,7 +52,13 @@ public:
     float GetPixelSize() const;
     /// World units in a centimetre of the screen.
     float GetScreenCM() const;
+    // World units, of what is so many centimetres on the screen.
+    float GetDefaultJointSize() const;
+    /// Of an entity's border: App.borderWidth.
     float GetObjectBorderWidth() const;
+    /// From one point of a stroke to the next: App.minPointDist, App.maxPointDist.
+    float GetMinimumPointDist() const;
+    float GetMaximumPointDist() const;
 
     /// Seconds.
     float GetAutosaveTime() const { return m_autosaveTime; }
@@ -62,6 +69,7 @@ public:
     bool GetDrawBCs() const { return m_drawBCs; }
     bool GetDrawVertices() const { return m_drawVertices; }
 
+    /// Half the entity's colour; white for one in the selection, and a grey for one under the mouse.
     math::Vec4 GetBorderColor(const Entity* entity) const;
     /// Most are rather dark or rather light.
     math::Vec3 RandomColor3();

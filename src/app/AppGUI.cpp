@@ -1,22 +1,35 @@
 #include "app/AppGUI.h"
 
 #include "app/App.h"
+#include "app/Camera.h"
 #include "app/Constants.h"
 #include "app/FileInfo.h"
+#include "app/Scene.h"
 #include "app/SceneLoader.h"
 #include "app/Serializer.h"
+#include "input/Input.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
 #include "util/Timer.h"
 
+#include <SDL_keysym.h>
+#include <SDL_mouse.h>
+
 #include <algorithm>
 
 namespace app
 {
+namespace
+{
+const int WheelUpKey = input::FirstMouseKey + SDL_BUTTON_WHEELUP;
+const int WheelDownKey = input::FirstMouseKey + SDL_BUTTON_WHEELDOWN;
+}
+
 AppGUI::AppGUI()
-    : m_lastAutosave(util::Timer::GetCurrentTime())
+    : m_zoomFactor(this, "zoomFactor", 0.2f)
+    , m_lastAutosave(util::Timer::GetCurrentTime())
 {
     SetReflectedName("GUI");
     SetFillOwner(true);
@@ -35,6 +48,24 @@ void AppGUI::Update(float dt)
         // Read again: what the saving cost is no waiting.
         m_lastAutosave = util::Timer::GetCurrentTime();
     }
+}
+
+void AppGUI::OnKeyEvent(const input::KeyEvent& event)
+{
+    Component::OnKeyEvent(event);
+    const bool isUp = event.GetKey() == WheelUpKey;
+    if (event.IsHandled() || !event.IsDown() || (!isUp && event.GetKey() != WheelDownKey))
+        return;
+    // With these the wheel does not mean the view.
+    for (int modifier : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LSHIFT, SDLK_RSHIFT})
+        if (input::Input::GetInstancePtr()->IsKeyDown(modifier))
+            return;
+    // At the end of its range the view does not creep.
+    Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
+    if (camera->GetZoom() == (isUp ? Camera::GetMaxZoom() : Camera::GetMinZoom()))
+        return;
+    camera->ZoomView(isUp ? 1 : -1, event.GetPosition());
+    event.SetHandled(true);
 }
 
 void AppGUI::LoadScene(util::String name, bool autosave)

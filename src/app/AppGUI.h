@@ -3,6 +3,7 @@
 #pragma once
 
 #include "gui/Component.h"
+#include "script/Attributes.h"
 #include "util/String.h"
 
 namespace app
@@ -14,6 +15,11 @@ public:
 
     /// Once a frame, and so what saves the scene and the configuration every App.autosaveTime.
     void Update(float dt) override;
+    /// What no child has taken: the wheel zooms around the mouse.
+    void OnKeyEvent(const input::KeyEvent& event) override;
+
+    /// A notch of the wheel is a factor of 2 to the power of this.
+    float GetZoomFactor() const { return m_zoomFactor; }
 
     /// Loads the scene and sets it running. What goes wrong reaches the log; what was built by then
     /// stays.
@@ -25,11 +31,17 @@ public:
 
     /// Takes down the panels: they are built again for the language in force.
     void Rebuild();
+    /// Wishes for the panels of a first start. There is nothing to open them with before the first
+    /// Rebuild in a window, so this only notes the wish.
+    void SetUpDefaults() { m_wantsDefaults = true; }
+    bool WantsDefaults() const { return m_wantsDefaults; }
 
     /// The next autosave comes App.autosaveTime from now.
     void PostponeAutosave();
 
 private:
+    script::AttribWrapper<float> m_zoomFactor;
+    bool m_wantsDefaults = false;
     double m_lastAutosave; // seconds
 };
 

@@ -1,15 +1,26 @@
 #include "app/Camera.h"
 
+#include "app/App.h"
+#include "app/AppGUI.h"
 #include "app/Scene.h"
 #include "gui/GUI.h"
 
 #include <algorithm>
+#include <cmath>
 
 using math::Mat3;
 using math::Vec2;
 
 namespace app
 {
+namespace
+{
+float ClampZoom(float zoom)
+{
+    return std::clamp(zoom, Camera::GetMinZoom(), Camera::GetMaxZoom());
+}
+}
+
 Camera::Camera()
     : Reflected("Camera")
     , m_panAttrib(this, "pan", Vec2(), &Camera::GetPan, &Camera::SetPanAttrib)
@@ -17,45 +28,46 @@ Camera::Camera()
 {
 }
 
+// Native writes. They go through the attributes, which brings a value to scripts, removes the formula
+// that was bound there, and calls whoever waits for a change.
+
 void Camera::SetPan(const Vec2& pan)
 {
-    if (!math::IsFinite(pan))
-        return;
-    m_pan = pan;
-    OnChange();
+    if (math::IsFinite(pan))
+        m_panAttrib = pan;
 }
 
 void Camera::SetZoom(float zoom)
 {
-    if (!math::IsFinite(zoom))
-        return;
-    m_zoom = zoom;
-    OnChange();
+    if (math::IsFinite(zoom))
+        m_zoomAttrib = ClampZoom(zoom);
 }
 
-// The border to scripts: a script must not be able to lock the user out of the view, and is told.
+void Camera::SetView(const Vec2& pan, float zoom)
+{
+    SetPan(pan);
+    SetZoom(zoom);
+}
+
+// Behind the attributes, so for scripts too. A script must not be able to lock the user out of the
+// view, and is told. A formula gets here in every frame with what it gives, and must not be replaced
+// by that.
 
 void Camera::SetPanAttrib(Vec2 pan)
 {
     if (!math::IsFinite(pan))
         QUIB_THROW(BadDataException("The pan must be finite"));
-    SetPan(pan);
+    m_pan = pan;
 }
 
 void Camera::SetZoomAttrib(float zoom)
 {
     if (!math::IsFinite(zoom))
         QUIB_THROW(BadDataException("The zoom must be finite"));
-    SetZoom(zoom);
-}
-
-void Camera::OnChange()
-{
-    m_zoom = std::clamp(m_zoom, GetMinZoom(), GetMaxZoom());
-    // A write replaces a formula that a script has bound: the last writer wins. Our own getters make
-    // the value known already, so nothing comes back here.
-    m_panAttrib = m_pan;
-    m_zoomAttrib = m_zoom;
+    m_zoom = ClampZoom(zoom);
+    // A plain value out of range reads as what it became.
+    if (m_zoom != zoom && !m_zoomAttrib->GetObject()->IsFunction())
+        m_zoomAttrib = m_zoom;
 }
 
 void Camera::SetWorldToGUI(const Mat3& m)
@@ -71,22 +83,30 @@ void Camera::SetGUIToWorld(const Mat3& m)
     const Vec2 pan = TransformCoordinate(m, gui::GUI::GetInstancePtr()->GetSize() * 0.5f);
     if (!math::IsFinite(zoom) || !math::IsFinite(pan))
         return;
-    m_zoom = zoom;
-    m_pan = pan;
-    OnChange();
+    SetView(pan, zoom);
 }
 
 void Camera::Reset()
 {
-    m_zoom = GetDefaultZoom();
-    m_pan = Vec2();
     SetTrackedGroup(nullptr);
-    OnChange();
+    SetView(Vec2(), GetDefaultZoom());
 }
 
 void Camera::PanView(const Vec2& delta)
 {
     SetPan(m_pan - GUIToWorldNormal(delta));
+}
+
+void Camera::ZoomView(float delta)
+{
+    SetZoom(m_zoom * std::exp2(delta * App::GetInstancePtr()->GetAppGUI()->GetZoomFactor()));
+}
+
+void Camera::ZoomView(float delta, const Vec2& fixedPos)
+{
+    const Vec2 before = GUIToWorld(fixedPos);
+    ZoomView(delta);
+    SetPan(m_pan + (before - GUIToWorld(fixedPos)));
 }
 
 Mat3 Camera::WorldToGUI() const
@@ -134,7 +154,6 @@ void Camera::SetTrackedGroup(const GroupPtr& group)
 
 void Camera::Update(float)
 {
-    m_zoom = std::clamp(m_zoom, GetMinZoom(), GetMaxZoom());
     if (!m_trackedGroup)
         return;
     const Vec2 center = GetGroupCenter(m_trackedGroup);
@@ -143,7 +162,8 @@ void Camera::Update(float)
         SetTrackedGroup(nullptr);
         return;
     }
-    SetPan(m_pan + (center - m_lastTrackedCenter));
+    if (center != m_lastTrackedCenter)
+        SetPan(m_pan + (center - m_lastTrackedCenter));
     m_lastTrackedCenter = center;
 }
 }

@@ -24,7 +24,8 @@ public:
     math::Vec2 GetPan() const { return m_pan; }
     /// GUI units per world unit.
     float GetZoom() const { return m_zoom; }
-    /// These four ignore values that are not finite.
+    // What native code sets replaces a formula that a script has bound to the same attribute, and
+    // leaves that of the other one alone. These four ignore values that are not finite.
     void SetPan(const math::Vec2& pan);
     /// Held to the range from GetMinZoom to GetMaxZoom, as everywhere.
     void SetZoom(float zoom);
@@ -34,8 +35,15 @@ public:
     void Reset();
     /// The picture moves by so many GUI units.
     void PanView(const math::Vec2& delta);
+    /// Around the middle of the view.
+    /// @param delta  notches of the wheel, each a factor of 2 to the power of App.GUI.zoomFactor
+    void ZoomView(float delta);
+    /// The same around a place of the view, which keeps showing the same point of the world.
+    void ZoomView(float delta, const math::Vec2& fixedPos);
 
     math::Mat3 WorldToGUI() const;
+    /// Where the view is heading. Nothing moves it gradually, so it is there already.
+    math::Mat3 WorldToGUITarget() const { return WorldToGUI(); }
     math::Mat3 GUIToWorld() const;
     math::Vec2 GUIToWorld(const math::Vec2& pos) const;
     math::Vec2 WorldToGUI(const math::Vec2& pos) const;
@@ -52,7 +60,7 @@ public:
 private:
     void SetPanAttrib(math::Vec2 pan);
     void SetZoomAttrib(float zoom);
-    void OnChange();
+    void SetView(const math::Vec2& pan, float zoom);
 
     math::Vec2 m_pan;
     float m_zoom = GetDefaultZoom();

@@ -44,6 +44,7 @@ public:
     void Set(const GroupPtr& group);
 
     /// The ids of all members, ascending: the set itself has no order that a file could keep.
+    /// Deliberate: the spelling.
     std::vector<unsigned long> GetEnityIDs() const;
     /// Around all members whose box is finite, and so without planes. Empty when there is none.
     math::BoundingBox CalcFiniteAABB() const;

@@ -6,6 +6,11 @@
 #include "app/Serializer.h"
 #include "app/Startup.h"
 #include "app/entities/GeomEntity.h"
+#include "app/runner/ProgressLine.h"
+#include "app/runner/RunFailure.h"
+#include "app/runner/RunnerOptions.h"
+#include "app/runner/RunnerTable.h"
+#include "app/runner/RunnerTempDir.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "logging/Logger.h"
@@ -18,307 +23,24 @@
 #include "util/FileSystem.h"
 
 #include <boost/filesystem.hpp>
-#include <boost/program_options.hpp>
 
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <fcntl.h>
-#include <iostream>
-#include <map>
-#include <sstream>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <unordered_map>
 
 namespace fs = boost::filesystem;
-namespace po = boost::program_options;
 
 namespace app
 {
 namespace
 {
-enum ExitCode
-{
-    Success = 0,
-    FileFailure = 1,
-    BadCommandLine = 2
-};
-
-// Something the user has to put right; the text says what.
-class RunFailure : public std::runtime_error
-{
-public:
-    RunFailure(ExitCode code, const std::string& text)
-        : std::runtime_error(text)
-        , m_code(code)
-    {
-    }
-    ExitCode GetCode() const { return m_code; }
-
-private:
-    ExitCode m_code;
-};
-
-// One -e or -f, in the order of the command line.
-struct ScriptSource
-{
-    bool isFile;
-    std::string text; // the code, or the name of the file
-};
-
-struct Options
-{
-    std::string scene;
-    std::string workDir;
-    std::vector<ScriptSource> scripts;
-    bool hasSteps = false;
-    long steps = 0;
-    bool hasSeconds = false;
-    double seconds = 0;
-    std::string save, saveConfig, csv, contactsCsv, waterCsv, times;
-    long every = 1;
-    bool stats = false;
-    bool isQuiet = false;
-};
-
-const char* const Usage = "Usage: quib-run [options] [SCENE.qib]\n"
-                          "Runs a Quib scene without a window. The scene is loaded first, then -e "
-                          "and -f run in the order\n"
-                          "given, then the steps are made, then files are written.\n\n";
-
-const char* const UsageEnd =
-    "\nNumbers are written with 9 significant digits. An entity or geometry to which the scene "
-    "file\n"
-    "gave no id shows that of this run.\n"
-    "Exit code: 0; 1 when a named file can't be read or written; 2 for a bad command line.\n";
-
-po::options_description MakeDescription()
-{
-    po::options_description description("Options");
-    // clang-format off
-    description.add_options()
-        ("workdir", po::value<std::string>()->value_name("DIR"),
-         "the work directory; without it a fresh temporary one that is removed at the end")
-        ("eval,e", po::value<std::vector<std::string>>()->value_name("CODE"),
-         "run CODE as a console line would and print its value; may be repeated")
-        ("file,f", po::value<std::vector<std::string>>()->value_name("FILE"),
-         "the same with a file's text; may be repeated")
-        ("steps", po::value<long>()->value_name("N"), "make N fixed steps")
-        ("seconds", po::value<double>()->value_name("S"), "make the steps of S simulated seconds")
-        ("save", po::value<std::string>()->value_name("FILE"), "write the scene")
-        ("save-config", po::value<std::string>()->value_name("FILE"), "write the configuration")
-        ("csv", po::value<std::string>()->value_name("FILE"),
-         "write one row per entity at step 0 and every K steps: "
-         "step,time,entityID,x,y,angle,vx,vy,omega")
-        ("contacts-csv", po::value<std::string>()->value_name("FILE"),
-         "write the contacts at these steps: "
-         "step,geomA,geomB,index,px,py,nx,ny,depth,impulseN,impulseT")
-        ("water-csv", po::value<std::string>()->value_name("FILE"),
-         "write the water at these steps: step,index,x,y,vx,vy,density")
-        ("every", po::value<long>()->value_name("K")->default_value(1), "the K of these three")
-        ("times", po::value<std::string>()->value_name("FILE"),
-         "write the milliseconds of CPU time of each step, one per line")
-        ("stats", "print bodies, contacts and milliseconds per step at the end")
-        ("quiet,q", "no progress lines on standard output")
-        ("help", "print this")
-        ("version", "print the version");
-    // clang-format on
-    return description;
-}
-
-[[noreturn]] void BadUsage(const std::string& text)
-{
-    throw RunFailure(BadCommandLine, text + " (try --help)");
-}
-
-std::string GetText(const po::variables_map& values, const char* name)
-{
-    return values.count(name) ? values[name].as<std::string>() : std::string();
-}
-
-/// @return  false when there is nothing to run: help or version was asked for, and printed
-bool ReadCommandLine(int argc, char** argv, Options& options)
-{
-    const po::options_description visible = MakeDescription();
-    po::options_description all;
-    all.add(visible);
-    all.add_options()("scene", po::value<std::vector<std::string>>());
-    po::positional_options_description positional;
-    positional.add("scene", -1);
-
-    po::variables_map values;
-    try
-    {
-        namespace style = po::command_line_style;
-        // No guessing: an option is written out.
-        const po::parsed_options parsed = po::command_line_parser(argc, argv)
-                                              .options(all)
-                                              .positional(positional)
-                                              .style(style::unix_style & ~style::allow_guessing)
-                                              .run();
-        po::store(parsed, values);
-        po::notify(values);
-        // The map sorts by name; only here the order of the command line is left.
-        for (const po::option& option : parsed.options)
-            if (option.string_key == "eval" || option.string_key == "file")
-                options.scripts.push_back({option.string_key == "file", option.value.at(0)});
-    }
-    catch (po::error& e)
-    {
-        BadUsage(e.what());
-    }
-
-    if (values.count("help"))
-    {
-        std::cout << Usage << visible << UsageEnd << std::flush;
-        return false;
-    }
-    if (values.count("version"))
-    {
-        std::cout << util::FileSystem::GetInstancePtr()->NameAndVersion() << std::endl;
-        return false;
-    }
-
-    if (values.count("scene"))
-    {
-        const auto& scenes = values["scene"].as<std::vector<std::string>>();
-        if (scenes.size() > 1)
-            BadUsage("more than one scene: " + scenes[0] + ", " + scenes[1]);
-        options.scene = scenes[0];
-        if (!util::iends_with(options.scene, ".qib"))
-            BadUsage("not a scene file (.qib): " + options.scene);
-    }
-    options.workDir = GetText(values, "workdir");
-    if (values.count("workdir") && options.workDir.empty())
-        BadUsage("--workdir needs a directory");
-    options.hasSteps = values.count("steps");
-    options.hasSeconds = values.count("seconds");
-    if (options.hasSteps && options.hasSeconds)
-        BadUsage("--steps and --seconds exclude each other");
-    if (options.hasSteps)
-        options.steps = values["steps"].as<long>();
-    if (options.steps < 0)
-        BadUsage("--steps must not be negative");
-    if (options.hasSeconds)
-        options.seconds = values["seconds"].as<double>();
-    if (!(options.seconds >= 0) || !math::IsFinite(options.seconds))
-        BadUsage("--seconds must be a number and not negative");
-    options.every = values["every"].as<long>();
-    if (options.every < 1)
-        BadUsage("--every must be at least 1");
-    options.save = GetText(values, "save");
-    options.saveConfig = GetText(values, "save-config");
-    options.csv = GetText(values, "csv");
-    options.contactsCsv = GetText(values, "contacts-csv");
-    options.waterCsv = GetText(values, "water-csv");
-    options.times = GetText(values, "times");
-    options.stats = values.count("stats");
-    options.isQuiet = values.count("quiet");
-    return true;
-}
-
-// The temporary work directory. A killed run removes it too, as far as a signal handler may.
-class TempDir
-{
-public:
-    TempDir()
-    {
-        const char* base = std::getenv("TMPDIR");
-        std::string name = std::string(base && *base ? base : "/tmp") + "/quib-run-XXXXXX";
-        if (!mkdtemp(name.data()))
-            throw RunFailure(FileFailure, "can't make a temporary directory " + name);
-        m_path = name + "/";
-        // What a run leaves there, in the order in which it can be removed. Strings now, as the
-        // handler may not make any.
-        for (const char* left :
-             {"Logfile.txt", "quib.lock", "config.autosave.cfg", "config.autosave.cfg.tmp",
-              "scenes/_AUTOSAVE.qib", "scenes/_AUTOSAVE.qib.tmp", "scenes/quiblets", "scenes",
-              "screenshots", ""})
-            Leavings().push_back(m_path + left);
-        for (int signal : {SIGHUP, SIGINT, SIGTERM})
-            std::signal(signal, &OnSignal);
-    }
-    ~TempDir()
-    {
-        Leavings().clear();
-        boost::system::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    const std::string& GetPath() const { return m_path; }
-
-private:
-    static std::vector<std::string>& Leavings()
-    {
-        static std::vector<std::string>* leavings = new std::vector<std::string>;
-        return *leavings;
-    }
-
-    static void OnSignal(int signal)
-    {
-        for (const std::string& path : Leavings())
-            if (unlink(path.c_str()) != 0)
-                rmdir(path.c_str());
-        std::signal(signal, SIG_DFL);
-        raise(signal);
-    }
-
-    std::string m_path;
-};
-
-// A file that is written line by line while the run goes on.
-class Table
-{
-public:
-    /// "" makes one that takes rows and drops them.
-    Table(const std::string& path, const char* header)
-        : m_path(path)
-    {
-        if (path.empty())
-            return;
-        m_file = std::fopen(path.c_str(), "w");
-        if (!m_file)
-            Fail();
-        if (*header)
-            std::fprintf(m_file, "%s\n", header);
-    }
-    ~Table()
-    {
-        if (m_file)
-            std::fclose(m_file);
-    }
-    Table(const Table&) = delete;
-    Table& operator=(const Table&) = delete;
-
-    bool IsWanted() const { return m_file; }
-    FILE* GetFile() const { return m_file; }
-
-    /// A full disk shows here at the latest.
-    void Close()
-    {
-        if (!m_file)
-            return;
-        const bool isGood = !std::ferror(m_file);
-        const bool isClosed = std::fclose(m_file) == 0;
-        m_file = nullptr;
-        if (!isGood || !isClosed)
-            Fail();
-    }
-
-private:
-    [[noreturn]] void Fail() { throw RunFailure(FileFailure, "can't write " + m_path); }
-
-    std::string m_path;
-    FILE* m_file = nullptr;
-};
-
 std::string ReadFile(const std::string& path)
 {
     try
@@ -328,18 +50,6 @@ std::string ReadFile(const std::string& path)
     catch (FileReadException&)
     {
         throw RunFailure(FileFailure, "can't read " + path);
-    }
-}
-
-void WriteFile(const std::string& path, const std::string& text)
-{
-    try
-    {
-        util::FileSystem::GetInstancePtr()->WriteFile(path, text);
-    }
-    catch (Exception&)
-    {
-        throw RunFailure(FileFailure, "can't write " + path);
     }
 }
 
@@ -364,45 +74,10 @@ double GetThreadMilliseconds()
     return double(now.tv_sec) * 1e3 + double(now.tv_nsec) * 1e-6;
 }
 
-// One line on the terminal that says how far a long run is.
-class ProgressLine
-{
-public:
-    explicit ProgressLine(long total)
-        : m_total(total)
-        , m_isShown(isatty(STDERR_FILENO))
-        , m_next(Clock::now() + std::chrono::seconds(1))
-    {
-    }
-    ~ProgressLine()
-    {
-        if (m_hasPrinted)
-            std::fprintf(stderr, "\r\033[K");
-    }
-
-    void Update(long step)
-    {
-        if (!m_isShown || Clock::now() < m_next)
-            return;
-        m_next = Clock::now() + std::chrono::milliseconds(200);
-        m_hasPrinted = true;
-        std::fprintf(stderr, "\rstep %ld of %ld", step, m_total);
-        std::fflush(stderr);
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    long m_total;
-    bool m_isShown;
-    bool m_hasPrinted = false;
-    Clock::time_point m_next;
-};
-
 class Runner
 {
 public:
-    explicit Runner(const Options& options)
+    explicit Runner(const RunnerOptions& options)
         : m_options(options)
         , m_csv(options.csv, "step,time,entityID,x,y,angle,vx,vy,omega")
         , m_contactsCsv(options.contactsCsv,
@@ -420,9 +95,11 @@ public:
         for (const std::string& script : scripts)
             std::cout << script::Parser::GetInstancePtr()->ExecuteToString(script) << std::endl;
         MakeSteps();
-        WriteFiles();
+        const std::string failed = WriteFiles();
         if (m_options.stats)
             PrintStats();
+        if (!failed.empty())
+            throw RunFailure(FileFailure, "can't write " + failed);
     }
 
 private:
@@ -464,22 +141,27 @@ private:
         util::InterpolatorBase::UpdateAll();
         App::GetInstancePtr()->GetAppGUI()->PostponeAutosave();
 
-        // A little more than the time of one step, so that rounding cannot make it none; the step
-        // limit keeps it at one. A world whose time stands still gets its steps all the same.
+        // A world whose time stands still, or runs at no finite pace, gets its steps all the same.
         const float factor = m_simulation->m_timeFactor;
-        const bool isFrozen = !(factor > 0) || math::IsZero(factor);
+        const bool isOdd = !(factor > 0) || math::IsZero(factor) || !math::IsFinite(factor);
         const script::ObjectPtr bound = m_simulation->m_timeFactor->GetObject();
-        if (isFrozen)
+        if (isOdd)
             m_simulation->m_timeFactor = 1;
-        const double delta = std::max(double(m_simulation->m_timeDelta.Get()), 1e-9);
-        const float dt = float(delta / double(m_simulation->m_timeFactor.Get()) * 1.001);
+        // A formula elsewhere may have stopped it.
+        if (!m_simulation->m_running)
+            m_simulation->m_running = true;
+        // A little more than the time of one step, so that rounding cannot make it none; the step
+        // limit keeps it at one. Any time above 0 does where a step takes none, or none that is a number.
+        float dt = m_simulation->m_timeDelta / m_simulation->m_timeFactor * 1.001f;
+        if (!(dt > 0) || !math::IsFinite(dt))
+            dt = 1e-9f;
         m_simulation->ClearTimeDebt();
 
         const double start = GetThreadMilliseconds();
         gui::GUI::GetInstancePtr()->Update(dt);
         const double taken = GetThreadMilliseconds() - start;
 
-        if (isFrozen)
+        if (isOdd)
             m_simulation->m_timeFactor->SetObject(bound);
         logging::Logger::GetInstancePtr()->Update();
         if (m_times.IsWanted())
@@ -500,13 +182,12 @@ private:
 
     void WriteEntities(long step, double time)
     {
-        const auto ids = Serializer::GetInstancePtr()->GetFileEntityIDs();
+        const Serializer* serializer = Serializer::GetInstancePtr();
         for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
         {
             const GeomEntity* geomEntity = entity->AsGeomEntity();
             if (!geomEntity)
                 continue;
-            const auto id = ids.find(entity.get());
             const physics::Geom& geom = *geomEntity->GetGeom();
             const math::Vec2 pos = geom.GetCenter();
             math::Vec2 vel;
@@ -517,25 +198,19 @@ private:
                 angVel = body->GetAngVel();
             }
             std::fprintf(m_csv.GetFile(), "%ld,%.9g,%lu,%.9g,%.9g,%.9g,%.9g,%.9g,%.9g\n", step,
-                         time, id != ids.end() ? id->second : entity->GetID(), pos.x, pos.y,
+                         time, serializer->GetFileID(*entity), pos.x, pos.y,
                          geom.GetPose().GetAngle(), vel.x, vel.y, angVel);
         }
     }
 
     void WriteContacts(long step)
     {
-        // A contact knows its geometries by the ids of this run, and its first body.
-        const auto fileIDs = Serializer::GetInstancePtr()->GetFileGeomIDs();
-        std::map<unsigned, const physics::Geom*> geoms;
+        // A contact knows its geometries by their ids.
+        const Serializer* serializer = Serializer::GetInstancePtr();
+        std::unordered_map<unsigned, const physics::Geom*> geoms;
         for (const physics::BodyPtr& body : m_simulation->GetBodies())
             for (const physics::Body::BodyPart& part : body->GetParts())
                 geoms[part.geom->GetID()] = part.geom.get();
-        const auto getFileID = [&](unsigned id) -> unsigned long
-        {
-            const auto geom = geoms.find(id);
-            const auto fileID = geom == geoms.end() ? fileIDs.end() : fileIDs.find(geom->second);
-            return fileID == fileIDs.end() ? id : fileID->second;
-        };
         for (const physics::ContactPtr& contact : m_simulation->GetContacts())
         {
             unsigned a = contact->GetContactID().GetLowGeom();
@@ -545,21 +220,44 @@ private:
             if (geomA != geoms.end() && geomA->second->GetBodyPtr() != contact->GetBodyPtr(0))
                 std::swap(a, b);
             std::fprintf(m_contactsCsv.GetFile(),
-                         "%ld,%lu,%lu,%u,%.9g,%.9g,%.9g,%.9g,%.9g,%.9g,%.9g\n", step, getFileID(a),
-                         getFileID(b), contact->GetIndex(), contact->GetPos().x,
-                         contact->GetPos().y, contact->GetNormal().x, contact->GetNormal().y,
-                         contact->GetDepth(), contact->GetTotalN(), contact->GetTotalT());
+                         "%ld,%lu,%lu,%u,%.9g,%.9g,%.9g,%.9g,%.9g,%.9g,%.9g\n", step,
+                         serializer->GetFileGeomID(a), serializer->GetFileGeomID(b),
+                         contact->GetIndex(), contact->GetPos().x, contact->GetPos().y,
+                         contact->GetNormal().x, contact->GetNormal().y, contact->GetDepth(),
+                         contact->GetTotalN(), contact->GetTotalT());
         }
     }
 
-    void WriteFiles()
+    /// Those that fail keep none of the others from being written.
+    /// @return  their names
+    std::string WriteFiles()
     {
-        for (Table* table : {&m_csv, &m_contactsCsv, &m_waterCsv, &m_times})
-            table->Close();
-        if (!m_options.save.empty())
-            WriteFile(m_options.save, Serializer::GetInstancePtr()->SerializeScene());
-        if (!m_options.saveConfig.empty())
-            WriteFile(m_options.saveConfig, script::Parser::GetInstancePtr()->ToCode());
+        std::vector<std::string> failed;
+        const auto attempt = [&failed](const std::string& path, const auto& write)
+        {
+            try
+            {
+                if (!path.empty())
+                    write();
+            }
+            catch (std::exception& e)
+            {
+                CatchException(e, QUIB_LOCATION);
+                failed.push_back(path);
+            }
+        };
+        for (RunnerTable* table : {&m_csv, &m_contactsCsv, &m_waterCsv, &m_times})
+            attempt(table->GetPath(), [table] { table->Close(); });
+        util::FileSystem* files = util::FileSystem::GetInstancePtr();
+        attempt(
+            m_options.save, [&]
+            { files->WriteFile(m_options.save, Serializer::GetInstancePtr()->SerializeScene()); });
+        attempt(m_options.saveConfig,
+                [&] {
+                    files->WriteFile(m_options.saveConfig,
+                                     script::Parser::GetInstancePtr()->ToCode());
+                });
+        return util::Join(failed, ", ");
     }
 
     void PrintStats()
@@ -572,26 +270,28 @@ private:
         if (!m_milliseconds.empty())
         {
             std::sort(m_milliseconds.begin(), m_milliseconds.end());
-            std::cout << "ms per step: min " << m_milliseconds.front() << ", median "
-                      << m_milliseconds[m_milliseconds.size() / 2] << ", max "
-                      << m_milliseconds.back() << "\n";
+            // Of an even number, half way between the two in the middle.
+            const size_t n = m_milliseconds.size();
+            const double median = (m_milliseconds[(n - 1) / 2] + m_milliseconds[n / 2]) / 2;
+            std::cout << std::setprecision(9) << "ms per step: min " << m_milliseconds.front()
+                      << ", median " << median << ", max " << m_milliseconds.back() << "\n";
         }
         std::cout << std::flush;
     }
 
-    const Options& m_options;
-    Table m_csv, m_contactsCsv, m_waterCsv, m_times;
+    const RunnerOptions& m_options;
+    RunnerTable m_csv, m_contactsCsv, m_waterCsv, m_times;
     physics::Simulation* m_simulation;
     std::vector<double> m_milliseconds; // of each step
 };
 
-void RunOptions(const Options& options)
+void RunOptions(const RunnerOptions& options)
 {
-    std::unique_ptr<TempDir> tempDir;
+    std::unique_ptr<RunnerTempDir> tempDir;
     std::string workDir = options.workDir;
     if (workDir.empty())
     {
-        tempDir.reset(new TempDir);
+        tempDir = std::make_unique<RunnerTempDir>();
         workDir = tempDir->GetPath();
     }
     else if (!fs::is_directory(workDir))
@@ -600,7 +300,7 @@ void RunOptions(const Options& options)
         workDir += '/';
     util::FileSystem::GetInstancePtr()->SetWorkDir(workDir);
 
-    // What can't be read or written is said before anything runs.
+    // What can't be read is said before anything runs; so is a table that can't be opened.
     const std::string scene = options.scene.empty() ? "" : FindScene(options.scene);
     std::vector<std::string> scripts;
     for (const ScriptSource& source : options.scripts)
@@ -617,7 +317,7 @@ int RunHeadless(int argc, char** argv)
 {
     try
     {
-        Options options;
+        RunnerOptions options;
         if (ReadCommandLine(argc, argv, options))
             RunOptions(options);
         return Success;

@@ -1,6 +1,7 @@
 #include "app/Scene.h"
 
 #include "app/Camera.h"
+#include "app/Serializer.h"
 #include "app/entities/GeomEntity.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
@@ -37,6 +38,15 @@ unsigned long LowestID(const GroupPtr& group)
     return lowest;
 }
 
+/// The order of groups wherever one shows.
+bool IsBefore(const GroupPtr& a, const GroupPtr& b)
+{
+    if (a->GetName() != b->GetName())
+        return a->GetName() < b->GetName();
+    const unsigned long lowestA = LowestID(a), lowestB = LowestID(b);
+    return lowestA != lowestB ? lowestA < lowestB : a->GetPointeeID() < b->GetPointeeID();
+}
+
 bool IsAltDown()
 {
     const input::Input* input = input::Input::GetInstancePtr();
@@ -63,22 +73,18 @@ Scene::~Scene() = default;
 std::vector<GroupPtr> Scene::GetGroups() const
 {
     std::vector<GroupPtr> groups(m_groups.begin(), m_groups.end());
-    std::sort(groups.begin(), groups.end(),
-              [](const GroupPtr& a, const GroupPtr& b)
-              {
-                  if (a->GetName() != b->GetName())
-                      return a->GetName() < b->GetName();
-                  return LowestID(a) < LowestID(b);
-              });
+    std::sort(groups.begin(), groups.end(), IsBefore);
     return groups;
 }
 
 GroupPtr Scene::GetGroupByName(const util::String& name) const
 {
+    // The set has no order that two runs would share.
+    GroupPtr first;
     for (const GroupPtr& group : m_groups)
-        if (group->GetName() == name)
-            return group;
-    return nullptr;
+        if (group->GetName() == name && (!first || IsBefore(group, first)))
+            first = group;
+    return first;
 }
 
 GroupPtr Scene::GetOrCreateGroupByName(const util::String& name)
@@ -154,6 +160,8 @@ void Scene::RemoveEntity(const EntityPtr& entity)
     if (it != m_entities.end())
         m_entities.erase(it);
     RemoveFromGroups(keep);
+    if (Serializer::Exists())
+        Serializer::GetInstancePtr()->ForgetEntity(keep);
     keep->RemoveFromSimulation();
 }
 
@@ -161,6 +169,9 @@ void Scene::RemoveFromGroups(const EntityPtr& entity)
 {
     for (const GroupPtr& group : m_groups)
         group->Remove(entity);
+    // It need not be one of the scene's.
+    if (const GroupPtr& tracked = m_camera->GetTrackedGroup())
+        tracked->Remove(entity);
 }
 
 void Scene::AddGroup(const GroupPtr& group)
@@ -296,12 +307,20 @@ void Scene::ZoomToScene()
     const math::Mat3 guiToWorld = math::Mat3::Translation2D(all.GetCenter()) *
                                   math::Mat3::Scale2D(Vec2(s, -s)) *
                                   math::Mat3::Translation2D(screen * -0.5f);
-    m_camera->SetWorldToGUI(Inverted(guiToWorld));
+    const math::Mat3 worldToGUI = Inverted(guiToWorld);
+    // Finite boxes can have a middle or a size that is not, and lie where no view reaches.
+    if (math::IsFinite(TransformCoordinate(worldToGUI, all.GetCenter())))
+        m_camera->SetWorldToGUI(worldToGUI);
+    else
+        m_camera->Reset();
 }
 
 void Scene::ClearScene()
 {
     m_camera->Reset();
+    // The scene is made before what reads files, and clears itself then.
+    if (Serializer::Exists())
+        Serializer::GetInstancePtr()->ForgetAll();
     // Held until the simulation is empty: an entity frees its body only when it finds that the
     // simulation has let go of it.
     std::vector<EntityPtr> entities;

@@ -25,12 +25,14 @@ public:
     const std::vector<EntityPtr>& GetEntities() const { return m_entities; }
     const GroupPtr& GetSelection() const { return m_selection; }
     const util::SharedPtr<Camera>& GetCamera() const { return m_camera; }
-    /// All named groups by name, and of equal names by their lowest entity id. The order is the same
-    /// in every run, which that of the set is not.
+    /// All named groups by name, of equal names by their lowest entity id, and then the older first.
+    /// The order is the same in every run, which that of the set is not.
     std::vector<GroupPtr> GetGroups() const;
-    /// Null when there is none.
+    /// The first of them in the order of GetGroups; null when there is none.
     GroupPtr GetGroupByName(const util::String& name) const;
     GroupPtr GetOrCreateGroupByName(const util::String& name);
+    /// Looks through all entities.
+    /// @param entity  null is never there
     bool HasEntity(const EntityPtr& entity) const;
     bool IsSelected(const EntityPtr& entity) const { return m_selection->Contains(entity); }
 
@@ -52,12 +54,13 @@ public:
     void RemoveGroup(const GroupPtr& group);
     /// The selection takes the group's entities; it stays the same object.
     void SetSelection(const GroupPtr& group);
-    /// Takes the entity out of all groups.
+    /// Takes the entity out of all groups, and out of what the camera follows.
     void RemoveFromGroups(const EntityPtr& entity);
 
     /// Writes each entity's place in the list to its zDepth.
     void DepthTagEntities();
-    /// Stable: equal depths keep their order.
+    /// Puts the list in the order of the entities' zDepth, the lowest at the back. Stable: equal depths
+    /// keep their order.
     void SortByDepth();
 
     /// Once a frame: updates the living, removes the dead, and the bodies that nobody shows.
@@ -66,6 +69,8 @@ public:
     void FlushBodies();
     /// Brings everything finite into view.
     void ZoomToScene();
+    /// Back to an empty world with the default view: no entities, no groups but the selection, no
+    /// texts, no ids of a file. Settings of the simulation stay.
     void ClearScene();
 
     util::String GetTitle() const { return m_title; }

@@ -54,5 +54,8 @@ void SceneLoader::Do()
         CatchException(QUIB_LOCATION);
         Log(logging::LogError, "An unknown error occurred while loading the scene " + m_path);
     }
+    // Nothing that was loaded shows a view of its own.
+    if (Camera* camera = Scene::GetInstancePtr()->GetCamera().get(); camera->GetPan() == NoPan)
+        camera->Reset();
 }
 }

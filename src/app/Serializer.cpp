@@ -15,12 +15,10 @@
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
-#include "physics/WorldGeom.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
 using math::Vec2;
@@ -52,6 +50,17 @@ EntitySerializer CallBlock(script::Function& function)
     return EntitySerializer(*function.GetCallClosure());
 }
 
+// What an entity of an earlier file says it is.
+util::String OldType(const EntitySerializer& serializer)
+{
+    return serializer.Has("type") ? serializer.Get<util::String>("type") : "";
+}
+
+bool IsOneOf(const util::String& text, std::initializer_list<const char*> words)
+{
+    return std::find(words.begin(), words.end(), text) != words.end();
+}
+
 bool IsOnBox(const Vec2& p, const Vec2& half)
 {
     const float tolerance = 1e-7f;
@@ -78,11 +87,11 @@ bool PolygonAsBox(EntitySerializer& serializer)
 const std::vector<Serializer::Kind>& Serializer::GetKinds()
 {
     static const std::vector<Kind>* kinds = new std::vector<Kind>{
-        {"addPlane", &Serializer::AddPlane, &IsKind<PlaneEntity>},
-        {"addCircle", &Serializer::AddCircle, &IsKind<CircleEntity>},
-        {"addPolygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
-        {"addBox", &Serializer::AddBox, &IsKind<BoxEntity>},
-        {"addGroup", &Serializer::AddGroup, nullptr},
+        {"addPlane", "plane", &Serializer::AddPlane, &IsKind<PlaneEntity>},
+        {"addCircle", "circle", &Serializer::AddCircle, &IsKind<CircleEntity>},
+        {"addPolygon", "polygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
+        {"addBox", "box", &Serializer::AddBox, &IsKind<BoxEntity>},
+        {"addGroup", "group", &Serializer::AddGroup, nullptr},
     };
     return *kinds;
 }
@@ -90,7 +99,6 @@ const std::vector<Serializer::Kind>& Serializer::GetKinds()
 Serializer::Serializer()
     : m_loadedGroup(QUIB_NEW Group)
 {
-    ForgetIDs();
     FileInfo::GetInstancePtr()->AddToRoot();
     Scene* scene = Scene::GetInstancePtr();
     for (const Kind& kind : GetKinds())
@@ -103,7 +111,8 @@ Serializer::~Serializer() = default;
 script::ObjectPtr Serializer::Helper(const Kind& kind, const script::ObjectPtr& argument)
 {
     auto* function = dynamic_cast<script::Function*>(argument.get());
-    if (!function || function->GetArgCount() != 0)
+    // One that a variable holds was not written here.
+    if (!function || !function->GetOwner().IsNull() || function->GetArgCount() != 0)
         QUIB_THROW(script::ParseException("Bad argument to scene creator function, must be an "
                                           "inline function with zero arguments "
                                           "(i.e.: {...} )"));
@@ -111,21 +120,47 @@ script::ObjectPtr Serializer::Helper(const Kind& kind, const script::ObjectPtr& 
     return QUIB_NEW script::Void;
 }
 
-void Serializer::ForgetIDs()
+void Serializer::ForgetAll()
 {
+    m_loadedGroup->Clear();
     m_entities.clear();
-    m_geoms.clear();
-    const physics::WorldGeomPtr world = physics::Simulation::GetInstancePtr()->GetWorldGeom();
-    m_geoms[world->GetID()] = world;
+    m_entityIDs.clear();
+    m_geomIDs.clear();
+}
+
+void Serializer::ForgetEntity(const EntityPtr& entity)
+{
+    m_loadedGroup->Remove(entity);
+    const auto id = m_entityIDs.find(entity->GetID());
+    if (id != m_entityIDs.end())
+    {
+        const auto found = m_entities.find(id->second);
+        if (found != m_entities.end() && found->second == entity)
+            m_entities.erase(found);
+        m_entityIDs.erase(id);
+    }
+    if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+        m_geomIDs.erase(geomEntity->GetGeom()->GetID());
+}
+
+unsigned long Serializer::GetFileID(const Entity& entity) const
+{
+    const auto id = m_entityIDs.find(entity.GetID());
+    return id != m_entityIDs.end() ? id->second : entity.GetID();
+}
+
+unsigned long Serializer::GetFileGeomID(unsigned geomID) const
+{
+    const auto id = m_geomIDs.find(geomID);
+    return id != m_geomIDs.end() ? id->second : geomID;
 }
 
 // Reading.
 
 GroupPtr Serializer::Deserialize(const util::String& text)
 {
-    m_loadedGroup->Clear();
     // Ids relate what stands in one text. Those of an earlier text mean nothing in this one.
-    ForgetIDs();
+    ForgetAll();
     script::Parser* parser = script::Parser::GetInstancePtr();
     const script::CodeBlockPtr program = parser->Parse(text);
     if (!program)
@@ -198,7 +233,7 @@ void Serializer::AddGeomEntity(const EntitySerializer& serializer,
     const unsigned long id = hasID ? serializer.Get<unsigned long>(idKey) : 0;
     AddEntity(serializer, entity);
     if (hasID)
-        m_geoms[id] = entity->GetGeom();
+        m_geomIDs[entity->GetGeom()->GetID()] = id;
 }
 
 void Serializer::AddEntity(const EntitySerializer& serializer, const EntityPtr& entity)
@@ -208,24 +243,11 @@ void Serializer::AddEntity(const EntitySerializer& serializer, const EntityPtr& 
     entity->Deserialize(serializer);
     Scene::GetInstancePtr()->AddEntity(entity);
     if (hasID)
+    {
         m_entities[id] = entity;
+        m_entityIDs[entity->GetID()] = id;
+    }
     m_loadedGroup->Add(entity);
-}
-
-std::map<const Entity*, unsigned long> Serializer::GetFileEntityIDs() const
-{
-    std::map<const Entity*, unsigned long> ids;
-    for (const auto& entity : m_entities)
-        ids[entity.second.get()] = entity.first;
-    return ids;
-}
-
-std::map<const physics::Geom*, unsigned long> Serializer::GetFileGeomIDs() const
-{
-    std::map<const physics::Geom*, unsigned long> ids;
-    for (const auto& geom : m_geoms)
-        ids[geom.second.get()] = geom.first;
-    return ids;
 }
 
 // Reading files from before scenes were programs: named blocks that each tell their type, and are
@@ -236,29 +258,36 @@ void Serializer::DeserializeOld(const script::CodeBlock& program)
     FileInfo::GetInstancePtr()->SetVersion(0);
     const script::ClosurePtr closure = QUIB_NEW script::Closure(
         "Deserialize_closure", script::Parser::GetInstancePtr()->GetRootClosure());
-    std::vector<EntitySerializer> geoms, others;
+    // Joints name geometries and groups name entities, which must be there by then.
+    std::vector<EntitySerializer> geoms, joints, others;
     for (const script::ExpressionPtr& statement : program.GetElements())
     {
         try
         {
             const script::Assignment* assignment = statement->AsAssignment();
-            const script::ExpressionPtr value = assignment ? assignment->GetValue() : statement;
+            if (!assignment)
+            {
+                Log(logging::LogWarning,
+                    "Unknown garbage found in scene file: " + statement->ToCode());
+                continue;
+            }
+            const script::ExpressionPtr& value = assignment->GetValue();
+            const util::String name = assignment->GetTarget()->GetName();
             if (dynamic_cast<const script::FunctionDeclaration*>(value.get()))
             {
                 const auto function = util::DynamicCast<script::Function>(value->Evaluate(closure));
                 const EntitySerializer serializer = CallBlock(*function);
-                const bool isGroup = serializer.Get<util::String>("type") == "group";
-                (isGroup ? others : geoms).push_back(serializer);
+                const util::String type = OldType(serializer);
+                (IsOneOf(type, {"polygon", "circle", "plane", "box"})    ? geoms
+                 : IsOneOf(type, {"fixjoint", "hinge", "spring", "pen"}) ? joints
+                                                                         : others)
+                    .push_back(serializer);
             }
-            else if (assignment && assignment->GetTarget()->GetName() == "version")
+            else if (name == "version")
                 FileInfo::GetInstancePtr()->SetVersion(
                     script::ObjectToValue<int>(value->Evaluate(closure)));
-            else if (assignment)
-                Log(logging::LogWarning, "Unknown constant declared in scene file: " +
-                                             assignment->GetTarget()->GetName());
             else
-                Log(logging::LogWarning,
-                    "Unknown garbage found in scene file: " + statement->ToCode());
+                Log(logging::LogWarning, "Unknown constant declared in scene file: " + name);
         }
         catch (std::exception& e)
         {
@@ -267,22 +296,20 @@ void Serializer::DeserializeOld(const script::CodeBlock& program)
                 util::String("An error occurred while deserializing: ") + e.what());
         }
     }
-    // Groups name entities, which must be there by then.
-    for (const EntitySerializer& serializer : geoms)
-        DeserializeOldEntity(serializer);
-    for (const EntitySerializer& serializer : others)
-        DeserializeOldEntity(serializer);
+    for (auto* list : {&geoms, &joints, &others})
+        for (EntitySerializer& serializer : *list)
+            DeserializeOldEntity(serializer);
 }
 
-void Serializer::DeserializeOldEntity(EntitySerializer serializer)
+void Serializer::DeserializeOldEntity(EntitySerializer& serializer)
 {
     try
     {
-        util::String type = serializer.Get<util::String>("type");
+        util::String type = OldType(serializer);
         if (type == "polygon" && PolygonAsBox(serializer))
             type = "box";
         for (const Kind& kind : GetKinds())
-            if (util::iequals(kind.command, "add" + type))
+            if (type == kind.oldType)
             {
                 (this->*kind.handler)(serializer);
                 return;

@@ -8,12 +8,8 @@
 #include "util/Singleton.h"
 
 #include <map>
+#include <unordered_map>
 #include <vector>
-
-namespace physics
-{
-class Geom;
-}
 
 namespace app
 {
@@ -25,24 +21,33 @@ public:
     Serializer();
     ~Serializer() override;
 
-    /// The whole scene with its settings.
+    /// The whole scene with its settings. Writes the version into FileInfo, and there the scene's texts
+    /// where it had none; and into each entity its zDepth.
     util::String SerializeScene();
     /// Runs the text.
-    /// @return what it added to the scene; the same group every time
+    /// @return what it added to the scene and is there still; the same group every time
     /// @throws BadDataException  when the text does not parse; nothing has run then. A statement that
     ///                           fails is logged and costs itself only.
     GroupPtr Deserialize(const util::String& text);
 
-    /// Ids as the text gave them that was loaded last, for those which it gave one.
-    std::map<const Entity*, unsigned long> GetFileEntityIDs() const;
+    /// The id as the text gave it that brought the entity, else the entity's own. A text may give one
+    /// id to several entities.
+    unsigned long GetFileID(const Entity& entity) const;
     /// The same for geometries; the world's has 0.
-    std::map<const physics::Geom*, unsigned long> GetFileGeomIDs() const;
+    /// @param geomID  its id in this run
+    unsigned long GetFileGeomID(unsigned geomID) const;
+
+    /// Lets go of everything that was read so far: its ids mean nothing any more.
+    void ForgetAll();
+    /// The same for one that has left the scene.
+    void ForgetEntity(const EntityPtr& entity);
 
 private:
     // What a scene can hold. One table serves reading and writing.
     struct Kind
     {
         const char* command; // of "Scene"
+        const char* oldType; // in files from before scenes were programs
         void (Serializer::*handler)(const EntitySerializer&);
         bool (*isKind)(const Entity&); // null for what is no entity
     };
@@ -57,7 +62,6 @@ private:
     void AddGeomEntity(const EntitySerializer& serializer,
                        const util::SharedPtr<GeomEntity>& entity);
     void AddEntity(const EntitySerializer& serializer, const EntityPtr& entity);
-    void ForgetIDs();
 
     void SerializeMetaVars(script::CodeBlock& block);
     void SerializeSettings(script::CodeBlock& block);
@@ -65,10 +69,12 @@ private:
     void SerializeGroup(script::CodeBlock& block, const GroupPtr& group);
 
     void DeserializeOld(const script::CodeBlock& program);
-    void DeserializeOldEntity(EntitySerializer serializer);
+    void DeserializeOldEntity(EntitySerializer& serializer);
 
     GroupPtr m_loadedGroup;
-    std::map<unsigned long, util::SharedPtr<physics::Geom>> m_geoms; // by the id in the file
-    std::map<unsigned long, EntityPtr> m_entities;                   // by the id in the file
+    std::map<unsigned long, EntityPtr>
+        m_entities; // by the id in the file; the latest of equal ones
+    std::unordered_map<unsigned long, unsigned long> m_entityIDs; // of this run -> in the file
+    std::unordered_map<unsigned, unsigned long> m_geomIDs;        // of this run -> in the file
 };
 }

@@ -1,10 +1,18 @@
 #include "AppFixture.h"
 
+#include "input/Input.h"
+#include "util/Callback.h"
+
+#include <SDL_keysym.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <thread>
+#include <utility>
 
 using math::Vec2;
 
@@ -174,6 +182,132 @@ TEST_F(AppGUITest, ZoomsToASceneWithoutAView)
                "Scene.Camera.pan = [1.0, 0.0]; Scene.addBox { pos = [5.0, 5.0] }");
     TheGUI()->LoadScene("a", true);
     EXPECT_EQ(Vec2(1, 0), TheCamera()->GetPan());
+}
+
+TEST_F(AppGUITest, ShowsTheDefaultViewWhenNothingElseCanBeShown)
+{
+    for (const char* text : {"))))", "Scene.addBox { pos = [3.0e38, 3.0e38] }",
+                             "Scene.addBox { pos = [1.6e38, 1.0] }", ""})
+    {
+        SCOPED_TRACE(text);
+        test::Spit(Dir() / "scenes/a.qib", text);
+        TheCamera()->SetPan(Vec2(3, 4));
+        TheGUI()->LoadScene("a", true);
+        EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
+        EXPECT_EQ(150, TheCamera()->GetZoom());
+    }
+}
+
+TEST_F(AppGUITest, WarnsOfNulBytesInASceneAndInAConfiguration)
+{
+    const std::string text = std::string(300, '\0') + "Scene.addBox { };" + std::string(1, '\0');
+    test::Spit(Dir() / "scenes/nul.qib", text);
+    test::Spit(Dir() / "nul.cfg", text);
+    test::LogCapture log(logging::LogWarning);
+    TheGUI()->LoadScene("nul", true);
+    EXPECT_TRUE(log.Has("\"" + (Dir() / "scenes/nul.qib") + "\" holds NUL bytes")) << log.Text();
+    log.Clear();
+    Parser()->LoadConfig(Dir() / "nul.cfg");
+    EXPECT_TRUE(log.Has("\"" + (Dir() / "nul.cfg") + "\" holds NUL bytes")) << log.Text();
+}
+
+// What no std::exception tells of.
+class OddFunction final : public script::AbstractFunction
+{
+public:
+    OddFunction()
+        : AbstractFunction(script::ObjectKind::Intrinsic)
+    {
+    }
+    script::ObjectPtr Call(const script::ObjectList&) override { return QUIB_NEW script::Void; }
+    int GetArgCount() override { return 1; }
+    script::ExpressionPtr ToExpression() const override { throw 17; }
+    util::String ToText() const override { return "odd"; }
+};
+
+TEST_F(AppGUITest, SurvivesALoadAndASaveThatFailInAnUnknownWay)
+{
+    test::Spit(Dir() / "scenes/odd.qib", "old");
+    bool fails = true;
+    const util::SharedPtr<util::Pointee> owner = QUIB_NEW util::Pointee;
+    const auto fail = [&fails]
+    {
+        if (std::exchange(fails, false))
+            throw 17;
+    };
+    util::DynamicCast<script::TAttrib<Vec2>>(TheCamera()->GetVariable("pan"))
+        ->AddChangeCallback(QUIB_NEW util::Callback(fail, owner.get()));
+    test::LogCapture log;
+    TheGUI()->LoadScene("odd", true);
+    EXPECT_TRUE(
+        log.Has("An unknown error occurred while loading the scene " + (Dir() / "scenes/odd.qib")))
+        << log.Text();
+    EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
+
+    const script::VariablePtr setting = Sim()->GetVariable("airSwitch");
+    const script::ObjectPtr before = setting->GetObject();
+    setting->script::Variable::SetObject(QUIB_NEW OddFunction);
+    TheGUI()->SaveSceneAs("odd", true);
+    setting->SetObject(before);
+    EXPECT_TRUE(std::count(log.Lines().begin(), log.Lines().end(), "Fail\n") ||
+                std::count(log.Lines().begin(), log.Lines().end(), "Fail"))
+        << log.Text();
+    EXPECT_EQ("old", test::Slurp(Dir() / "scenes/odd.qib"));
+}
+
+void TurnWheel(int key, const Vec2& pos)
+{
+    for (bool down : {true, false})
+        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, pos));
+}
+
+TEST_F(AppGUITest, ZoomsAroundTheMouseWithTheWheel)
+{
+    const Vec2 mouse(100, 50);
+    const Vec2 before = TheCamera()->GUIToWorld(mouse);
+    TurnWheel(327, mouse);
+    EXPECT_FLOAT_EQ(150 * std::exp2(0.2f), TheCamera()->GetZoom());
+    EXPECT_NEAR(before.x, TheCamera()->GUIToWorld(mouse).x, 1e-3f);
+    EXPECT_NEAR(before.y, TheCamera()->GUIToWorld(mouse).y, 1e-3f);
+    TurnWheel(328, mouse);
+    TurnWheel(328, mouse);
+    EXPECT_FLOAT_EQ(150 * std::exp2(-0.2f), TheCamera()->GetZoom());
+    EXPECT_NEAR(before.x, TheCamera()->GUIToWorld(mouse).x, 1e-3f);
+}
+
+TEST_F(AppGUITest, DoesNotZoomPastTheEndsNorMoveThere)
+{
+    for (int key : {327, 328})
+    {
+        TheCamera()->SetZoom(key == 327 ? Camera::GetMaxZoom() : Camera::GetMinZoom());
+        TheCamera()->SetPan(Vec2(1, 2));
+        TurnWheel(key, Vec2(3, 3));
+        EXPECT_EQ(Vec2(1, 2), TheCamera()->GetPan());
+        TurnWheel(key == 327 ? 328 : 327, Vec2(3, 3));
+        EXPECT_NE(Vec2(1, 2), TheCamera()->GetPan());
+    }
+}
+
+TEST_F(AppGUITest, LeavesTheWheelToWhoHasTakenItAndToCtrlAndShift)
+{
+    class Taker final : public gui::Component
+    {
+    public:
+        void OnKeyEvent(const input::KeyEvent& event) override { event.SetHandled(true); }
+    };
+    const gui::ComponentPtr taker = QUIB_NEW Taker;
+    TheGUI()->AddComponent(taker);
+    TurnWheel(327, Vec2(3, 3));
+    TheGUI()->RemoveComponent(taker);
+    EXPECT_EQ(150, TheCamera()->GetZoom());
+    for (int key : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LSHIFT, SDLK_RSHIFT})
+    {
+        input::Input* input = input::Input::GetInstancePtr();
+        input->OnKeyEvent(input::KeyEvent(key, true, Vec2()));
+        TurnWheel(327, Vec2(3, 3));
+        input->OnKeyEvent(input::KeyEvent(key, false, Vec2()));
+        EXPECT_EQ(150, TheCamera()->GetZoom()) << key;
+    }
 }
 
 TEST_F(AppGUITest, TakesTheTextsOfTheFileForTheScene)

@@ -5,7 +5,10 @@
 
 #include <SDL_events.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <thread>
 
 using math::Vec2;
 using math::Vec3;
@@ -93,6 +96,89 @@ TEST_F(AppTest, HasItsSettingsWithTheirDefaults)
     }
 }
 
+TEST_F(AppTest, DeclaresItsSettingsInTheirOrder)
+{
+    std::vector<script::VariablePtr> attribs;
+    for (const script::VariablePtr& variable : TheApp()->GetVariables())
+        if (dynamic_cast<script::AbstractAttrib*>(variable.get()))
+            attribs.push_back(variable);
+    std::sort(attribs.begin(), attribs.end(),
+              [](const script::VariablePtr& a, const script::VariablePtr& b)
+              { return a->GetPointeeID() < b->GetPointeeID(); });
+    std::vector<util::String> names;
+    for (const script::VariablePtr& attrib : attribs)
+        names.push_back(attrib->GetName());
+    EXPECT_EQ((std::vector<util::String>{"language",
+                                         "lineWidth",
+                                         "pointSize",
+                                         "drawOBBs",
+                                         "drawMapOBBs",
+                                         "drawBCs",
+                                         "drawVertices",
+                                         "drawCollisions",
+                                         "drawParticleCenters",
+                                         "drawBodyCenters",
+                                         "polyTCFactor",
+                                         "selectColor",
+                                         "fadeColor",
+                                         "fadeScale",
+                                         "fadeTranslate",
+                                         "fadeRotate",
+                                         "minPointDist",
+                                         "maxPointDist",
+                                         "DPI",
+                                         "maxSPHSpawn",
+                                         "waterElongation",
+                                         "waterMaxElongation",
+                                         "metaCutoff",
+                                         "borderWidth",
+                                         "maxUndo",
+                                         "autosaveTime",
+                                         "chainDensityFactor",
+                                         "dragToolStrength",
+                                         "waterColor",
+                                         "simpleWater",
+                                         "waterFanceyFactor",
+                                         "borders"}),
+              names);
+}
+
+TEST_F(AppTest, UpdatesItsChildrenBeforeTheWorld)
+{
+    // A circle that starts to fall: 0 in what is saved means that the autosave saw the world before
+    // the step.
+    const auto circle = Add("Scene.addCircle { entityID = 1 }");
+    boost::filesystem::remove(Dir() / "scenes/_AUTOSAVE.qib");
+    Run("App.autosaveTime = 0.0");
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    TheApp()->Update(0.02f);
+    Run("App.autosaveTime = 30.0");
+    EXPECT_LT(GeomOf(circle).GetCenter().y, 0);
+    EXPECT_NE(std::string::npos,
+              test::Slurp(Dir() / "scenes/_AUTOSAVE.qib").find("pos = [0.0, 0.0]"));
+}
+
+TEST_F(AppTest, AssertsThatTheMouseIsSomewhere)
+{
+    input::Input* input = input::Input::GetInstancePtr();
+    input->SetPosFromPixel([](int, int) { return Vec2(std::nanf(""), 0); });
+    input->PumpEvents();
+    test::LogCapture log;
+    EXPECT_THROW(TheApp()->Update(0.01f), BadCoderException);
+    EXPECT_TRUE(log.Has("IsFinite(GetMousePos())")) << log.Text();
+    input->SetPosFromPixel([](int x, int y)
+                           { return gui::GUI::GetInstancePtr()->PosFromPixel(x, y); });
+    input->PumpEvents();
+    EXPECT_NO_THROW(TheApp()->Update(0.01f));
+}
+
+TEST_F(AppTest, WishesForThePanelsAtAFirstStart)
+{
+    EXPECT_FALSE(TheApp()->GetAppGUI()->WantsDefaults());
+    TheApp()->SetFirstTimeRunning();
+    EXPECT_TRUE(TheApp()->GetAppGUI()->WantsDefaults());
+}
+
 TEST_F(AppTest, ShowsBackgroundAndInterfaceBelowItself)
 {
     EXPECT_EQ("0.9", Run("App.Background.cloudOpacity"));
@@ -129,6 +215,9 @@ TEST_F(AppTest, MeasuresInScreenCentimetres)
     EXPECT_FLOAT_EQ(0.01f, TheApp()->GetPixelSize());
     EXPECT_FLOAT_EQ(0.01f * 86 / 2.54f, TheApp()->GetScreenCM());
     EXPECT_FLOAT_EQ(0.001f * 86 / 2.54f, TheApp()->GetObjectBorderWidth());
+    EXPECT_FLOAT_EQ(0.0066667f * 86 / 2.54f, TheApp()->GetDefaultJointSize());
+    EXPECT_FLOAT_EQ(0.002f * 86 / 2.54f, TheApp()->GetMinimumPointDist());
+    EXPECT_FLOAT_EQ(0.005f * 86 / 2.54f, TheApp()->GetMaximumPointDist());
     Run("GUI.scale = 2.0");
     EXPECT_FLOAT_EQ(0.005f, TheApp()->GetPixelSize());
     Run("GUI.scale = 1.0");

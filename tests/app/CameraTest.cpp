@@ -1,5 +1,7 @@
 #include "AppFixture.h"
 
+#include "util/Callback.h"
+
 #include <limits>
 
 using math::Vec2;
@@ -37,6 +39,116 @@ TEST_F(CameraTest, ShowsNativeChangesToScripts)
     TheCamera()->SetPan(Vec2(2, -3));
     EXPECT_EQ("75", Run("Scene.Camera.zoom"));
     EXPECT_EQ("[2, -3]", Run("Scene.Camera.pan"));
+}
+
+util::String Setting(const char* name)
+{
+    return Scene::GetInstancePtr()->GetCamera()->GetVariable(name)->ToExpression()->ToCode();
+}
+
+TEST_F(CameraTest, FollowsFormulasFrameByFrame)
+{
+    Run("k = 10.0; Scene.Camera.zoom = { k }; Scene.Camera.pan = { [k, 1.0] }");
+    for (const char* value : {"20.0", "30.0", "40.0"})
+    {
+        Run(util::String("k = ") + value);
+        Parser()->Update();
+        App::GetInstancePtr()->Update(0.01f);
+        EXPECT_EQ(util::FromString<float>(value), TheCamera()->GetZoom());
+        EXPECT_EQ(Vec2(util::FromString<float>(value), 1), TheCamera()->GetPan());
+        EXPECT_EQ("Scene.Camera.zoom = {k}", Setting("zoom"));
+        EXPECT_EQ("Scene.Camera.pan = {[k, 1.0]}", Setting("pan"));
+    }
+    // One that leaves the range is held there, and stays.
+    Run("k = 1.0");
+    Parser()->Update();
+    EXPECT_EQ(1.5f, TheCamera()->GetZoom());
+    EXPECT_EQ("Scene.Camera.zoom = {k}", Setting("zoom"));
+}
+
+TEST_F(CameraTest, ReplacesTheFormulaOfWhatIsSetNativelyAndNoOther)
+{
+    Run("k = 10.0; Scene.Camera.zoom = { k }; Scene.Camera.pan = { [k, 1.0] }");
+    TheCamera()->PanView(Vec2(10, 0));
+    Parser()->Update();
+    EXPECT_EQ("Scene.Camera.zoom = {k}", Setting("zoom"));
+    EXPECT_EQ("Scene.Camera.pan = [9.0, 1.0]", Setting("pan"));
+    Run("Scene.Camera.pan = { [k, 1.0] }");
+    TheCamera()->SetZoom(5000);
+    EXPECT_EQ("Scene.Camera.zoom = 3000.0", Setting("zoom"));
+    EXPECT_EQ("Scene.Camera.pan = {[k, 1.0]}", Setting("pan"));
+    TheCamera()->Reset();
+    EXPECT_EQ("Scene.Camera.pan = [0.0, 0.0]", Setting("pan"));
+}
+
+TEST_F(CameraTest, WritesBackAPlainValueThatWasHeldToTheRange)
+{
+    Run("Scene.Camera.zoom = 1.0");
+    EXPECT_EQ("Scene.Camera.zoom = 1.5", Setting("zoom"));
+    Run("Scene.Camera.zoom = 1.0e9");
+    EXPECT_EQ("Scene.Camera.zoom = 3000.0", Setting("zoom"));
+}
+
+TEST_F(CameraTest, CallsWhoWaitsForAChange)
+{
+    int zooms = 0, pans = 0;
+    const util::SharedPtr<util::Pointee> owner = QUIB_NEW util::Pointee;
+    const auto attrib = [](const char* name) { return TheCamera()->GetVariable(name); };
+    util::DynamicCast<script::TAttrib<float>>(attrib("zoom"))
+        ->AddChangeCallback(QUIB_NEW util::Callback([&zooms] { ++zooms; }, owner.get()));
+    util::DynamicCast<script::TAttrib<Vec2>>(attrib("pan"))
+        ->AddChangeCallback(QUIB_NEW util::Callback([&pans] { ++pans; }, owner.get()));
+    TheCamera()->SetZoom(20);
+    TheCamera()->SetZoom(20);
+    EXPECT_EQ(1, zooms);
+    Run("Scene.Camera.zoom = 30.0");
+    EXPECT_EQ(2, zooms);
+    TheCamera()->SetPan(Vec2(1, 1));
+    EXPECT_EQ(1, pans);
+    TheCamera()->Reset();
+    EXPECT_EQ(3, zooms);
+    EXPECT_EQ(2, pans);
+}
+
+TEST_F(CameraTest, ZoomsByNotches)
+{
+    Run("App.GUI.zoomFactor = 0.5");
+    TheCamera()->SetZoom(100);
+    TheCamera()->SetPan(Vec2(3, 4));
+    TheCamera()->ZoomView(2);
+    EXPECT_FLOAT_EQ(200, TheCamera()->GetZoom());
+    EXPECT_EQ(Vec2(3, 4), TheCamera()->GetPan());
+    TheCamera()->ZoomView(-4);
+    EXPECT_FLOAT_EQ(50, TheCamera()->GetZoom());
+    TheCamera()->ZoomView(100);
+    EXPECT_EQ(3000, TheCamera()->GetZoom());
+    TheCamera()->ZoomView(-100);
+    EXPECT_EQ(1.5f, TheCamera()->GetZoom());
+    // A zoom that is no number is none.
+    Run("App.GUI.zoomFactor = +inf");
+    TheCamera()->ZoomView(1);
+    EXPECT_EQ(1.5f, TheCamera()->GetZoom());
+    Run("App.GUI.zoomFactor = 0.2");
+}
+
+TEST_F(CameraTest, ZoomsAroundAPlaceThatKeepsShowingTheSamePoint)
+{
+    TheCamera()->SetPan(Vec2(3, 4));
+    for (float delta : {1.0f, -3.0f, 40.0f})
+    {
+        const Vec2 place(100, 50), before = TheCamera()->GUIToWorld(place);
+        TheCamera()->ZoomView(delta, place);
+        EXPECT_NEAR(before.x, TheCamera()->GUIToWorld(place).x, 1e-3f) << delta;
+        EXPECT_NEAR(before.y, TheCamera()->GUIToWorld(place).y, 1e-3f) << delta;
+    }
+    EXPECT_EQ(3000, TheCamera()->GetZoom());
+}
+
+TEST_F(CameraTest, IsWhereItIsHeading)
+{
+    TheCamera()->SetPan(Vec2(3, 4));
+    TheCamera()->SetZoom(20);
+    EXPECT_EQ(TheCamera()->WorldToGUI(), TheCamera()->WorldToGUITarget());
 }
 
 TEST_F(CameraTest, RefusesAViewFromAScriptThatIsNotFinite)
@@ -137,6 +249,15 @@ TEST_F(CameraTest, StopsFollowingWhatIsGone)
     TheCamera()->Update(0.01f);
     EXPECT_FALSE(TheCamera()->GetTrackedGroup());
     EXPECT_FALSE(TheScene()->GetGroupByName(TrackedName));
+}
+
+TEST_F(CameraTest, StopsFollowingAGroupWithoutANameOnceItsEntitiesAreGone)
+{
+    const auto box = Add("Scene.addBox { tracked = true }");
+    ASSERT_TRUE(TheCamera()->GetTrackedGroup());
+    TheScene()->RemoveEntity(box);
+    TheCamera()->Update(0.01f);
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup());
 }
 
 TEST_F(CameraTest, TakesAReplacedTrackedGroupOutOfTheScene)

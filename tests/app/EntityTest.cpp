@@ -101,6 +101,11 @@ TEST_F(EntityTest, PlanesTakeANormalAndADistance)
                            "angle = 1.5707964 }");
     EXPECT_NEAR(-1, GeomOf(posed).DistanceWorld(Vec2(3, 0)), 1e-5f);
     EXPECT_TRUE(posed->GetBody()->IsImmovable());
+    // The normal has any length. What it multiplies is the plane's foot, -dist times the normal.
+    const auto slope = Add("Scene.addPlane { normal = [3.0, 4.0]; dist = 0.5 }");
+    EXPECT_EQ(Vec2(-1.5f, -2), GeomOf(slope).GetCenter());
+    EXPECT_NEAR(2.5f, GeomOf(slope).DistanceWorld(Vec2(0, 0)), 1e-5f);
+    EXPECT_NEAR(7.5f, GeomOf(slope).DistanceWorld(Vec2(3, 4)), 1e-5f);
 }
 
 TEST_F(EntityTest, PolygonsKeepTheirLocalPoints)
@@ -227,13 +232,16 @@ TEST_F(EntityTest, WithBadValuesCostTheirOwnStatementOnly)
         {"Scene.addPolygon { vecs = [[0.0, 0.0], [1.0e-30, 0.0], [0.0, 1.0e-30]] }", ""},
         {"Scene.addPlane { normal = [0.0, 0.0] }", "Bad normal: it must have a direction"},
         {"Scene.addPlane { normal = [+inf, 0.0] }", "Bad normal: it must have a direction"},
+        {"Scene.addPlane { normal = [1.0e30, 0.0]; dist = 1.0e30 }",
+         "Bad geometry: its place is not finite"},
         {"Scene.addPlane { dist = math.divide(0.0, 0.0) }", "Bad dist"},
         {"Scene.addPlane { pos = [0.0, +inf] }", "Bad pos"},
         {"Scene.addBox 1",
          "Bad argument to scene creator function, must be an inline function with "
          "zero arguments (i.e.: {...} )"},
+        {"Scene.addBox [{ }](0); Scene.addBox (f = { })", "Bad argument to scene creator function"},
+        {"Scene.addBox math.sin", "Bad argument to scene creator function"},
         {"Scene.addBox (a) => { pos = [0.0, 0.0] }", "Bad argument to scene creator function"},
-        {"Scene.addHinge { geom0 = 1 }", "addHinge not found in scope"},
         {"Scene.addGroup { name = 3; entityIDs = [1] }", "Not a string"},
         {"Scene.addGroup { entityIDs = [1.0] }", "Not an integer"},
         {"Scene.addGroup { entityIDs = 1 }", "Not a list"},

@@ -1,5 +1,6 @@
 #include "AppFixture.h"
 
+#include "input/Input.h"
 #include "physics/WorldGeom.h"
 
 #include <SDL_keysym.h>
@@ -52,6 +53,24 @@ TEST_F(SceneTest, PicksAnEntityWithItsGroups)
     // Neither the selection nor what the camera follows is a group to be picked.
     EXPECT_FALSE(picked->Contains(c));
     EXPECT_TRUE(TheScene()->GetSelectionAt(Vec2(-5, 0))->IsEmpty());
+}
+
+TEST_F(SceneTest, PicksASingleEntityWithAltHeld)
+{
+    const auto a = Add("Scene.addBox { entityID = 1 }");
+    Add("Scene.addBox { entityID = 2; pos = [5.0, 0.0] }");
+    Run("Scene.addGroup { name = \"pair\"; entityIDs = [1, 2] }");
+    for (int key : {SDLK_LALT, SDLK_RALT})
+    {
+        const auto press = [key](bool down)
+        { input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, Vec2())); };
+        press(true);
+        const GroupPtr picked = TheScene()->GetSelectionAt(Vec2(0, 0));
+        press(false);
+        EXPECT_EQ(1u, picked->GetEntities().size());
+        EXPECT_TRUE(picked->Contains(a));
+        EXPECT_EQ(2u, TheScene()->GetSelectionAt(Vec2(0, 0))->GetEntities().size());
+    }
 }
 
 TEST_F(SceneTest, IgnoresANullEntity)
@@ -128,10 +147,14 @@ public:
         if (failsToAdd)
             QUIB_THROW(BadDataException("not here"));
     }
-    void RemoveFromSimulation() override {}
+    void RemoveFromSimulation() override
+    {
+        if (failsToGo)
+            QUIB_THROW(BadDataException("not gone"));
+    }
     math::BoundingBox GetAABB() const override { return math::BoundingBox::Empty(); }
 
-    bool fails = false, failsToAdd = false;
+    bool fails = false, failsToAdd = false, failsToGo = false;
     int updates = 0;
 };
 
@@ -147,6 +170,23 @@ TEST_F(SceneTest, LosesOnlyTheEntityWhoseUpdateFails)
     EXPECT_FALSE(TheScene()->HasEntity(bad));
     EXPECT_TRUE(TheScene()->HasEntity(good));
     EXPECT_EQ(1, good->updates);
+}
+
+TEST_F(SceneTest, PassesOnWhatFailsOutsideOfUpdates)
+{
+    const auto run = [](const char* name, auto update)
+    {
+        SCOPED_TRACE(name);
+        const util::SharedPtr<FailingEntity> bad = QUIB_NEW FailingEntity;
+        TheScene()->AddEntity(bad);
+        bad->fails = bad->failsToGo = true;
+        test::LogCapture log(logging::LogInfo);
+        EXPECT_THROW(update(), BadDataException);
+        EXPECT_TRUE(log.Has("Exception passed on at ")) << log.Text();
+        EXPECT_TRUE(log.Has(name)) << log.Text();
+    };
+    run("Scene::Update", [] { TheScene()->Update(0.01f); });
+    run("App::Update", [] { App::GetInstancePtr()->Update(0.01f); });
 }
 
 TEST_F(SceneTest, KeepsNothingOfAnEntityThatCannotEnterTheWorld)
@@ -208,6 +248,30 @@ TEST_F(SceneTest, GivesGroupsByNameAndThenByTheirLowestId)
     EXPECT_EQ("z", groups[3]->GetName());
 }
 
+TEST_F(SceneTest, GivesOfGroupsOfOneNameTheSameInEveryRun)
+{
+    // In the order of their addresses it would be this one once in thirty times.
+    for (int i = 1; i <= 30; ++i)
+        Add("Scene.addBox { entityID = " + util::ToString(i) + "; pos = [0.0, " +
+            util::ToString(i * 10) + ".0] }");
+    for (int i = 30; i >= 1; --i)
+        Run("Scene.addGroup { name = \"a\"; entityIDs = [" + util::ToString(i) + "] }");
+    EXPECT_EQ(TheScene()->GetGroups()[0], TheScene()->GetGroupByName("a"));
+    EXPECT_TRUE(TheScene()->GetGroupByName("a")->Contains(TheScene()->GetEntities()[0]));
+    // Of groups of the same members too: the oldest.
+    std::vector<GroupPtr> groups;
+    for (int i = 0; i < 30; ++i)
+    {
+        groups.push_back(QUIB_NEW Group("b"));
+        groups.back()->Add(TheScene()->GetEntities()[0]);
+    }
+    for (const GroupPtr& group : groups)
+        TheScene()->AddGroup(group);
+    EXPECT_EQ(groups[0], TheScene()->GetGroupByName("b"));
+    const std::vector<GroupPtr> all = TheScene()->GetGroups();
+    EXPECT_TRUE(std::equal(groups.begin(), groups.end(), all.begin() + 30));
+}
+
 TEST_F(SceneTest, SortsByDepthAndKeepsTheOrderOfEqualDepths)
 {
     std::vector<EntityPtr> boxes;
@@ -259,6 +323,21 @@ TEST_F(SceneTest, ZoomsToSpecksAndWorldsWithinItsRange)
     EXPECT_EQ(1.5f, TheCamera()->GetZoom());
 }
 
+TEST_F(SceneTest, ResetsTheViewWhenThereIsNoPlaceToZoomTo)
+{
+    // Finite boxes whose middle, or whose place on the screen, is not.
+    for (const char* pos : {"[3.0e38, 3.0e38]", "[-1.6e38, 0.0]"})
+    {
+        TheCamera()->SetPan(Vec2(4, 4));
+        Add(util::String("Scene.addBox { pos = ") + pos + " }");
+        ASSERT_TRUE(TheScene()->GetEntities()[0]->GetAABB().IsFinite()) << pos;
+        TheScene()->ZoomToScene();
+        EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan()) << pos;
+        EXPECT_EQ(150, TheCamera()->GetZoom()) << pos;
+        Reset();
+    }
+}
+
 TEST_F(SceneTest, LeavesNothingWhenCleared)
 {
     Add("Scene.addBox { entityID = 1 }");
@@ -277,15 +356,22 @@ TEST_F(SceneTest, LeavesNothingWhenCleared)
     EXPECT_EQ(0u, BodyCount());
 }
 
-TEST_F(SceneTest, LeaksNoBodyWhenCleared)
+TEST_F(SceneTest, LeaksNothingOfWhatIsClearedOrErased)
 {
-    Serializer::GetInstancePtr()->Deserialize("");
     util::PointeeHandle::Flush();
     const unsigned long before = util::Pointee::GetInstanceCount();
-    for (int i = 0; i < 20; ++i)
-        Add("Scene.addBox { }");
+    const auto fill = []
+    {
+        Run("Scene.addBox { entityID = 1; geomID = 1 }; Scene.addBox { entityID = 1; geomID = 1 }; "
+            "Scene.addBox { entityID = 2 }; Scene.addBox { }");
+        EXPECT_EQ(4u, TheScene()->GetEntities().size());
+    };
+    fill();
     TheScene()->ClearScene();
-    Serializer::GetInstancePtr()->Deserialize("");
+    EXPECT_EQ(before, util::Pointee::GetInstanceCount());
+    fill();
+    while (!TheScene()->GetEntities().empty())
+        TheScene()->RemoveEntity(TheScene()->GetEntities()[0]);
     EXPECT_EQ(before, util::Pointee::GetInstanceCount());
 }
 

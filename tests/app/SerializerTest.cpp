@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "app/EntitySerializer.h"
+#include "physics/WorldGeom.h"
 
 using math::Vec2;
 
@@ -84,21 +85,54 @@ TEST_F(SerializerTest, WritesTheTextsThatAreThere)
 
 TEST_F(SerializerTest, WritesOnlyTheKeysThatMakeAPlainEntity)
 {
-    Add("Scene.addBox { color = [0.5, 0.25, 0.125, 1.0]; pos = [1.0, 2.0]; angle = 0.5; "
-        "size = [3.0, 4.0] }");
-    util::String block = Block(Save(), "Scene.addBox({");
-    std::vector<util::String> keys;
-    for (const util::String& line : util::Split(block, '\n'))
-        if (line.find(" = ") != util::String::npos)
-            keys.push_back(line.substr(4, line.find(" = ") - 4));
-    std::sort(keys.begin(), keys.end());
-    EXPECT_EQ((std::vector<util::String>{"angle", "color", "entityID", "geomID", "pos", "size",
-                                         "zDepth"}),
-              keys);
-    EXPECT_TRUE(Has(block, "    color = [0.5, 0.25, 0.125, 1.0]"));
-    EXPECT_TRUE(Has(block, "    pos = [1.0, 2.0]"));
-    EXPECT_TRUE(Has(block, "    size = [3.0, 4.0]"));
-    EXPECT_TRUE(Has(block, "    zDepth = 0.0"));
+    const std::vector<util::String> common{"angle", "color", "entityID", "geomID", "pos", "zDepth"};
+    const struct
+    {
+        const char *command, *key, *own;
+    } kinds[] = {
+        {"addBox", "size", "size = [3.0, 4.0]"},
+        {"addCircle", "radius", "radius = 2.5"},
+        {"addPolygon", "vecs", "vecs = [[-1.0, -1.0], [1.0, -1.0], [1.0, 1.0], [-1.0, 1.0]]"},
+        {"addPlane", nullptr, ""},
+    };
+    for (const auto& kind : kinds)
+    {
+        SCOPED_TRACE(kind.command);
+        Add(util::String("Scene.") + kind.command +
+            " { color = [0.5, 0.25, 0.125, 1.0]; pos = [1.0, 2.0]; angle = 0.5; " + kind.own +
+            " }");
+        const util::String block = Block(Save(), util::String("Scene.") + kind.command + "({");
+        std::vector<util::String> keys, expected = common;
+        for (const util::String& line : util::Split(block, '\n'))
+            if (line.find(" = ") != util::String::npos)
+                keys.push_back(line.substr(4, line.find(" = ") - 4));
+        if (kind.key)
+            expected.push_back(kind.key);
+        std::sort(keys.begin(), keys.end());
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(expected, keys);
+        EXPECT_TRUE(Has(block, "    color = [0.5, 0.25, 0.125, 1.0]"));
+        EXPECT_TRUE(Has(block, "    pos = [1.0, 2.0]"));
+        EXPECT_TRUE(Has(block, "    angle = 0.5"));
+        EXPECT_TRUE(Has(block, "    zDepth = 0.0"));
+        EXPECT_TRUE(Has(block, kind.own)) << block;
+        Reset();
+    }
+}
+
+TEST_F(SerializerTest, GivesWhatWasAtItsDefaultTheDefaultOfWhereItIsRead)
+{
+    Add("Scene.addBox { friction = 0.75 }");
+    const util::String text = Save();
+    Run("Sim.defaultBodyDensity = 3.0; Sim.defaultBodyFriction = 0.25; "
+        "Sim.defaultBodyRestitution = 0.75");
+    Load(text);
+    const EntityPtr read = TheScene()->GetEntities()[0];
+    Run("Sim.defaultBodyDensity = 2.0; Sim.defaultBodyFriction = 0.5; "
+        "Sim.defaultBodyRestitution = 0.5");
+    EXPECT_EQ("3", Attribute(read, "density"));
+    EXPECT_EQ("0.75", Attribute(read, "restitution"));
+    EXPECT_EQ("0.75", Attribute(read, "friction")); // this one was written
 }
 
 TEST_F(SerializerTest, WritesWhatDiffersFromItsDefault)
@@ -255,16 +289,40 @@ TEST_F(SerializerTest, ForgetsTheIdsOfAnEarlierText)
 TEST_F(SerializerTest, KnowsTheIdsThatTheTextGave)
 {
     Load("Scene.addBox { entityID = 500; geomID = 700 }; "
-         "Scene.addBox { id = 701; pos = [5.0, 0.0] }");
-    const auto first = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[0]);
-    const auto second = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[1]);
-    const auto entities = TheSerializer()->GetFileEntityIDs();
-    EXPECT_EQ(1u, entities.size());
-    EXPECT_EQ(500u, entities.at(first.get()));
-    const auto geoms = TheSerializer()->GetFileGeomIDs();
-    EXPECT_EQ(700u, geoms.at(first->GetGeom().get()));
-    EXPECT_EQ(701u, geoms.at(second->GetGeom().get()));
-    EXPECT_EQ(3u, geoms.size()); // and the world's
+         "Scene.addBox { id = 701; pos = [5.0, 0.0] }; "
+         "Scene.addBox { entityID = 500; geomID = 700; pos = [9.0, 0.0] }");
+    ASSERT_EQ(3u, TheScene()->GetEntities().size());
+    const auto entity = [](int i)
+    { return util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[i]); };
+    EXPECT_EQ(500u, TheSerializer()->GetFileID(*entity(0)));
+    EXPECT_EQ(entity(1)->GetID(), TheSerializer()->GetFileID(*entity(1)));
+    EXPECT_EQ(500u, TheSerializer()->GetFileID(*entity(2)));
+    EXPECT_EQ(700u, TheSerializer()->GetFileGeomID(GeomOf(entity(0)).GetID()));
+    EXPECT_EQ(701u, TheSerializer()->GetFileGeomID(GeomOf(entity(1)).GetID()));
+    EXPECT_EQ(700u, TheSerializer()->GetFileGeomID(GeomOf(entity(2)).GetID()));
+    EXPECT_EQ(0u, TheSerializer()->GetFileGeomID(Sim()->GetWorldGeom()->GetID()));
+    // In a group it is the latest of them.
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [500] }");
+    EXPECT_TRUE(TheScene()->GetGroupByName("g")->Contains(entity(2)));
+    EXPECT_EQ(1u, TheScene()->GetGroupByName("g")->GetEntities().size());
+}
+
+TEST_F(SerializerTest, PutsNothingIntoAGroupThatHasLeftTheScene)
+{
+    Run("Scene.addBox { entityID = 5 }; Scene.Clear; Scene.addBox { entityID = 6 }; "
+        "Scene.addGroup { name = \"g\"; entityIDs = [5, 6] }");
+    EXPECT_EQ(1u, TheScene()->GetGroupByName("g")->GetEntities().size());
+    const EntityPtr box = TheScene()->GetEntities()[0];
+    EXPECT_EQ(6u, TheSerializer()->GetFileID(*box));
+    TheScene()->RemoveEntity(box);
+    EXPECT_EQ(box->GetID(), TheSerializer()->GetFileID(*box));
+    Run("Scene.addGroup { name = \"h\"; entityIDs = [6] }");
+    EXPECT_TRUE(TheScene()->GetGroupByName("h")->IsEmpty());
+    // An erased one does not take the id along that a later one bears.
+    Run("Scene.addBox { entityID = 7 }; Scene.addBox { entityID = 7; pos = [5.0, 0.0] }");
+    TheScene()->RemoveEntity(TheScene()->GetEntities()[0]);
+    Run("Scene.addGroup { name = \"i\"; entityIDs = [7] }");
+    EXPECT_EQ(1u, TheScene()->GetGroupByName("i")->GetEntities().size());
 }
 
 TEST_F(SerializerTest, WarnsOfANewerVersionAndGoesOn)
@@ -308,11 +366,73 @@ TEST_F(SerializerTest, LosesOnlyWhatIsBadInAnEarlierFormat)
 {
     test::LogCapture log(logging::LogWarning);
     Load("version = 1; a = { type = \"circle\"; radius = -1.0 }; b = { radius = 1.0 }; "
-         "c = { type = \"circle\" }");
+         "c = { type = \"circle\" }; d = { type = 3 }; e = (x) => { type = \"box\" }");
     EXPECT_TRUE(log.Has("An error occurred while deserializing: Bad radius")) << log.Text();
-    EXPECT_TRUE(log.Has("An error occurred while deserializing: Missing key \"type\""))
+    EXPECT_TRUE(log.Has("Unknown type: ")) << log.Text();
+    EXPECT_TRUE(log.Has("An error occurred while deserializing: Not a string")) << log.Text();
+    EXPECT_TRUE(log.Has("An error occurred while deserializing: Wrong number of arguments"))
         << log.Text();
     EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SerializerTest, TakesTypesOfAnEarlierFormatLetterByLetter)
+{
+    for (const char* type : {"BOX", "Group", "Circle", "water", "addBox", ""})
+    {
+        test::LogCapture log(logging::LogWarning);
+        Load(util::String("version = 1; a = { type = \"") + type + "\" }");
+        EXPECT_TRUE(log.Has(util::String("Unknown type: ") + type)) << log.Text();
+        EXPECT_TRUE(TheScene()->GetEntities().empty()) << type;
+    }
+    // What has no name is no entity.
+    test::LogCapture log(logging::LogWarning);
+    Load("version = 1; { type = \"box\" }");
+    EXPECT_TRUE(log.Has("Unknown garbage found in scene file: {")) << log.Text();
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+}
+
+TEST_F(SerializerTest, ReadsGroupsOfAnEarlierFormatAfterAllElse)
+{
+    test::LogCapture log(logging::LogWarning);
+    Load("version = 1; g = { type = \"group\"; name = \"g\"; entityIDs = [1] }; "
+         "w = { type = \"odd\" }; h = { type = \"hinge\" }; "
+         "a = { type = \"box\"; entityID = 1 }");
+    EXPECT_EQ(1u, TheScene()->GetGroupByName("g")->GetEntities().size());
+    EXPECT_LT(log.Text().find("Unknown type: hinge"), log.Text().find("Unknown type: odd"));
+}
+
+TEST_F(SerializerTest, ReadsAPlaneOfAnEarlierFormat)
+{
+    Load("version = 1; p = { type = \"plane\"; id = 7; normal = [1.0, 0.0]; dist = 2.0; "
+         "entityID = 3 }");
+    ASSERT_EQ(1u, TheScene()->GetEntities().size());
+    const auto plane = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[0]);
+    EXPECT_NEAR(7, GeomOf(plane).DistanceWorld(Vec2(5, 5)), 1e-5f);
+    EXPECT_EQ(7u, TheSerializer()->GetFileGeomID(GeomOf(plane).GetID()));
+    EXPECT_EQ(3u, TheSerializer()->GetFileID(*plane));
+}
+
+TEST_F(SerializerTest, NeverRunsATextThatStartsLikeAnEarlierFormat)
+{
+    // Programs, every one of them.
+    for (const char* start : {"version = 2; ", "version = \"new\"; ", "version = { 2 }; "})
+    {
+        SCOPED_TRACE(start);
+        test::LogCapture log;
+        Load(util::String(start) + "Scene.addBox { }");
+        EXPECT_TRUE(log.Has("Old (pre beta 4) file type detected"));
+        EXPECT_TRUE(log.Has("Unknown garbage found in scene file: Scene.addBox({})"));
+        EXPECT_TRUE(TheScene()->GetEntities().empty());
+        EXPECT_FALSE(Parser()->GetRootClosure()->HasVariable("version"));
+    }
+    // And these do not start like it.
+    for (const char* start : {"version=2; ", " version = 2; ", "// A comment.\nversion = 2; "})
+    {
+        SCOPED_TRACE(start);
+        Load(util::String(start) + "Scene.addBox { }");
+        EXPECT_EQ(1u, TheScene()->GetEntities().size());
+        Parser()->GetRootClosure()->RemoveVariable("version");
+    }
 }
 
 TEST_F(SerializerTest, MakesABoxOfAnEarlierRoundedBox)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -149,6 +150,15 @@ TEST_F(RunnerTest, RefusesABadCommandLine)
         {"--every", "0"},
         {"-e"},
         {"--workdir", ""},
+        {"--save", ""},
+        {"--save="},
+        {"--save-config", ""},
+        {"--csv", ""},
+        {"--contacts-csv", ""},
+        {"--water-csv", ""},
+        {"--times", ""},
+        {"-f", ""},
+        {""},
         {"a.qib", "b.qib"},
         {"scene.txt"},
     };
@@ -308,9 +318,109 @@ TEST_F(RunnerTest, MakesTheSameStepsWhateverTheTimeFactor)
           "Sim.timeFactor = 0.0", "Sim.timeFactor = -3.0", "Sim.running = false",
           "Sim.running = { false }", "System.minFPS = 1000000.0"})
         EXPECT_EQ(plain, run(code)) << code;
+    // Nor what no clock can follow.
+    for (const char* code :
+         {"Sim.timeFactor = +inf", "Sim.timeFactor = -inf", "Sim.timeFactor = { +inf }",
+          "Sim.timeFactor = math.divide(0.0, 0.0)", "Sim.timeFactor = 3.0e38",
+          "Sim.timeFactor = 1.0e-40", "Sim.timeFactor = -0.0",
+          "Sim.solveIter = { Sim.running = false; 30 }"})
+        EXPECT_EQ(plain, run(code)) << code;
     // A frozen world stays one in what is saved.
     Run({"-q", "a.qib", "-e", "Sim.timeFactor = 0.0", "--steps", "3", "--save", "b.qib"});
     EXPECT_NE(std::string::npos, Slurp(Path("b.qib")).find("Sim.timeFactor = 0.0;"));
+}
+
+TEST_F(RunnerTest, MakesAsManyStepsWhateverTheTimeStep)
+{
+    for (const char* timeFactor : {"1.0", "+inf", "0.0", "1.0e30"})
+        for (const char* timeDelta :
+             {"-1.0", "+inf", "-inf", "math.divide(0.0, 0.0)", "1.0e30", "0.0", "1.0e-30"})
+        {
+            SCOPED_TRACE(testing::Message() << timeFactor << ", " << timeDelta);
+            const std::string code = "Sim.timeFactor = " + std::string(timeFactor) +
+                                     "; Sim.timeDelta = " + timeDelta +
+                                     "; Scene.addCircle { }; Scene.addPlane { entityID = 1000 }";
+            const Result result = Run({"-q", "-e", code, "--steps", "5", "--csv", "a.csv"});
+            EXPECT_EQ(0, result.exitCode) << result.err;
+            std::string steps;
+            int circleRows = 0;
+            for (const std::string& row : Lines(Slurp(Path("a.csv"))))
+                if (Fields(row)[2] == "1000")
+                    steps += Fields(row)[0];
+                else
+                    ++circleRows;
+            EXPECT_EQ("012345", steps);
+            // Its first step throws the circle out of the world, or moves it next to nowhere.
+            const bool staysThere = timeDelta == std::string("-1.0") ||
+                                    timeDelta == std::string("0.0") ||
+                                    timeDelta == std::string("1.0e-30");
+            EXPECT_EQ(1 + (staysThere ? 6 : 1), circleRows); // and the header
+        }
+    // What a step was made of shows in the time it took, where that is a number.
+    Run({"-q", "-e", "Sim.timeDelta = -1.0; Scene.addPlane { }", "--steps", "5", "--csv", "a.csv"});
+    EXPECT_EQ("-5", Fields(Lines(Slurp(Path("a.csv"))).back())[1]);
+}
+
+TEST_F(RunnerTest, LeavesTheOldFilesWholeUntilTheEnd)
+{
+    const std::vector<std::string> names{"a.csv", "c.csv", "w.csv", "t.txt", "s.qib", "c.cfg"};
+    for (const std::string& name : names)
+        Write(name, "old");
+    const auto run = [this](const std::string& scene, const char* steps)
+    {
+        return Start({"-q", scene, "--steps", steps, "--csv", "a.csv", "--contacts-csv", "c.csv",
+                      "--water-csv", "w.csv", "--times", "t.txt", "--save", "s.qib",
+                      "--save-config", "c.cfg"});
+    };
+    const pid_t pid = run(Scene("pyramid"), "1000000");
+    for (int i = 0; i < 500 && Slurp(Path("a.csv.tmp")).size() < 100000; ++i)
+        usleep(10000);
+    kill(pid, SIGKILL);
+    EXPECT_EQ(-1, Wait(pid).exitCode);
+    EXPECT_LT(100000u, Slurp(Path("a.csv.tmp")).size());
+    for (const std::string& name : names)
+        EXPECT_EQ("old", Slurp(Path(name))) << name;
+    // The next run is not bothered by what that one left.
+    EXPECT_EQ(0, Wait(run(Write("a.qib", FallingCircle), "3")).exitCode);
+    for (const std::string& name : names)
+    {
+        EXPECT_NE("old", Slurp(Path(name))) << name;
+        EXPECT_FALSE(fs::exists(Path(name + ".tmp"))) << name;
+    }
+    fs::remove_all(Path("tmp")); // a killed run could not
+    fs::create_directories(Path("tmp"));
+}
+
+TEST_F(RunnerTest, WritesAllTheOtherFilesWhenOneFails)
+{
+    Write("a.qib", FallingCircle);
+    Write("no.cfg", "old");
+    fs::create_directories(Path("no.cfg.tmp/x")); // where it would be written first
+    const Result result =
+        Run({"-q", "a.qib", "--steps", "2000", "--csv", "/dev/full", "--contacts-csv", "/dev/full",
+             "--times", "t.txt", "--save", "nowhere/a.qib", "--save-config", "no.cfg", "--stats"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_NE(
+        std::string::npos,
+        result.err.find("quib-run: can't write /dev/full, /dev/full, nowhere/a.qib, no.cfg\n"))
+        << result.err;
+    EXPECT_EQ(2000u, Lines(Slurp(Path("t.txt"))).size());
+    EXPECT_EQ("old", Slurp(Path("no.cfg")));
+    EXPECT_EQ(3u, Lines(result.out).size()) << result.out;
+
+    EXPECT_EQ(1, Run({"-q", "a.qib", "--csv", "/dev/full", "--save", "b.qib", "--save-config",
+                      "c.cfg", "--steps", "2000"})
+                     .exitCode);
+    EXPECT_NE(std::string::npos, Slurp(Path("b.qib")).find("Scene.addCircle"));
+    EXPECT_NE("", Slurp(Path("c.cfg")));
+}
+
+TEST_F(RunnerTest, WritesATableToStandardOutput)
+{
+    Write("a.qib", FallingCircle);
+    const Result result = Run({"-q", "a.qib", "--csv", "/dev/stdout"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(3u, Lines(result.out).size()) << result.out;
 }
 
 TEST_F(RunnerTest, WritesRowsEveryFewSteps)
@@ -355,6 +465,26 @@ TEST_F(RunnerTest, WritesContactsWithTheIdsOfTheFile)
     EXPECT_NEAR(2 * 9.8 * 0.01, impulse, 0.01);
 }
 
+TEST_F(RunnerTest, WritesTheIdsOfTheFileWhenItRepeatsThem)
+{
+    Write("a.qib", "FileInfo.version = 2; Sim.airSwitch = false;"
+                   "Scene.addPlane { entityID = 300; geomID = 900 };"
+                   "Scene.addBox { entityID = 400; geomID = 700; pos = [0.0, 0.5] };"
+                   "Scene.addBox { entityID = 400; geomID = 700; pos = [5.0, 0.5] }");
+    ASSERT_EQ(0, Run({"-q", "a.qib", "--steps", "60", "--every", "60", "--csv", "a.csv",
+                      "--contacts-csv", "c.csv"})
+                     .exitCode);
+    std::map<std::string, int> entities, geoms;
+    for (const std::string& row : Lines(Slurp(Path("a.csv"))))
+        ++entities[Fields(row)[2]];
+    EXPECT_EQ((std::map<std::string, int>{{"entityID", 1}, {"300", 2}, {"400", 4}}), entities);
+    for (const std::string& row : Lines(Slurp(Path("c.csv"))))
+        for (int i : {1, 2})
+            ++geoms[Fields(row)[i]];
+    EXPECT_EQ((std::map<std::string, int>{{"geomA", 1}, {"geomB", 1}, {"700", 4}, {"900", 4}}),
+              geoms);
+}
+
 TEST_F(RunnerTest, WritesTheHeaderForWater)
 {
     ASSERT_EQ(0, Run({"-q", "--steps", "3", "--water-csv", "w.csv"}).exitCode);
@@ -379,6 +509,20 @@ TEST_F(RunnerTest, TimesEachStep)
         EXPECT_GT(std::stod(time), 0);
         EXPECT_LT(std::stod(time), 1000);
     }
+    // Of an even number of steps the median lies between the two in the middle.
+    const Result even = Run({"-q", "a.qib", "--steps", "2", "--times", "t.txt", "--stats"});
+    double min = 0, median = 0, max = 0;
+    ASSERT_EQ(3, std::sscanf(Lines(even.out).back().c_str(),
+                             "ms per step: min %lf, median %lf, max %lf", &min, &median, &max));
+    EXPECT_NEAR((min + max) / 2, median, 1e-8 * max);
+    std::vector<double> both;
+    for (const std::string& time : Lines(Slurp(Path("t.txt"))))
+        both.push_back(std::stod(time));
+    ASSERT_EQ(2u, both.size());
+    // The same 9 digits as everywhere.
+    EXPECT_EQ(std::min(both[0], both[1]), min);
+    EXPECT_EQ(std::max(both[0], both[1]), max);
+
     const std::vector<std::string> stats = Lines(result.out);
     ASSERT_EQ(3u, stats.size()) << result.out;
     EXPECT_EQ("bodies 2", stats[0]);
@@ -403,15 +547,58 @@ TEST_F(RunnerTest, SavesTheSameBytesAgainAndAgain)
 {
     for (const char* name : {"welcome", "rubble", "pyramid"})
     {
-        SCOPED_TRACE(name);
-        ASSERT_EQ(0, Run({"-q", Scene(name), "--save", "1.qib"}).exitCode);
-        EXPECT_EQ(Slurp(Scene(name)), Slurp(Path("1.qib")));
+        ASSERT_EQ(0, Run({"-q", Scene(name), "--save", "0.qib"}).exitCode);
+        EXPECT_EQ(Slurp(Scene(name)), Slurp(Path("0.qib"))) << name;
         // Of a world in motion too.
-        ASSERT_EQ(0, Run({"-q", Scene(name), "--steps", "150", "--save", "2.qib"}).exitCode);
-        ASSERT_EQ(0, Run({"-q", "2.qib", "--save", "3.qib"}).exitCode);
-        ASSERT_EQ(0, Run({"-q", "3.qib", "--save", "4.qib"}).exitCode);
-        EXPECT_EQ(Slurp(Path("3.qib")), Slurp(Path("4.qib")));
+        for (const char* steps : {"150", "400"})
+        {
+            SCOPED_TRACE(testing::Message() << name << " after " << steps << " steps");
+            ASSERT_EQ(0, Run({"-q", Scene(name), "--steps", steps, "--save", "1.qib"}).exitCode);
+            ASSERT_EQ(0, Run({"-q", "1.qib", "--save", "2.qib"}).exitCode);
+            ASSERT_EQ(0, Run({"-q", "2.qib", "--save", "3.qib"}).exitCode);
+            EXPECT_TRUE(Slurp(Path("1.qib")) == Slurp(Path("2.qib")));
+            EXPECT_TRUE(Slurp(Path("1.qib")) == Slurp(Path("3.qib")));
+        }
     }
+}
+
+TEST_F(RunnerTest, SavesThroughALink)
+{
+    Write("target.qib", "old");
+    fs::create_symlink("target.qib", Path("link.qib"));
+    ASSERT_EQ(0,
+              Run({"-q", "-e", "Scene.addCircle { }", "--save", "link.qib", "--csv", "/dev/null"})
+                  .exitCode);
+    EXPECT_TRUE(fs::is_symlink(Path("link.qib")));
+    EXPECT_NE(std::string::npos, Slurp(Path("target.qib")).find("Scene.addCircle"));
+}
+
+TEST_F(RunnerTest, KeepsAFormulaOfTheView)
+{
+    ASSERT_EQ(0,
+              Run({"-q", "-e", "Scene.Camera.zoom = { math.add(System.time * 1000.0, 10.0) }", "-e",
+                   "Scene.Camera.pan = { [System.time, 0.0] }", "--steps", "3", "--save", "a.qib"})
+                  .exitCode);
+    const std::string text = Slurp(Path("a.qib"));
+    EXPECT_NE(std::string::npos, text.find("Scene.Camera.zoom = {math.add(")) << text;
+    EXPECT_NE(std::string::npos, text.find("Scene.Camera.pan = {[System.time, 0.0]}")) << text;
+}
+
+TEST_F(RunnerTest, StartsWithVersion0)
+{
+    EXPECT_EQ("0\n", Eval("FileInfo.version"));
+}
+
+// The generator is one of the tools, and needs Python.
+TEST_F(RunnerTest, TheScenesThatShipAreWhatTheirGeneratorMakes)
+{
+    if (std::system("python3 --version > /dev/null 2>&1") != 0)
+        GTEST_SKIP() << "no python3";
+    const std::string command =
+        "python3 " + std::string(QUIB_SOURCE_DIR) + "/tools/make_scenes.py " + Path("made");
+    ASSERT_EQ(0, std::system(command.c_str()));
+    for (const char* name : {"welcome", "rubble", "pyramid"})
+        EXPECT_TRUE(Slurp(Scene(name)) == Slurp(Path("made/") + name + ".qib")) << name;
 }
 
 TEST_F(RunnerTest, GivesTheSameBytesOnEveryRun)

@@ -13,6 +13,7 @@ namespace app
 class BoxEntity final : public FiniteGeomEntity
 {
 public:
+    /// @param geom  not null; this entity's alone
     explicit BoxEntity(const util::SharedPtr<physics::Box>& geom);
 
     void Draw() const override;

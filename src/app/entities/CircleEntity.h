@@ -13,6 +13,7 @@ namespace app
 class CircleEntity final : public FiniteGeomEntity
 {
 public:
+    /// @param geom  not null; this entity's alone
     explicit CircleEntity(const util::SharedPtr<physics::Circle>& geom);
 
     void Draw() const override;

@@ -13,6 +13,7 @@ class GeomEntity;
 class Entity : public script::Reflected
 {
 public:
+    /// Takes the next id, and a colour of chance from the App.
     Entity();
     ~Entity() override;
 

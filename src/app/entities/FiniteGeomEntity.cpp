@@ -29,8 +29,8 @@ void FiniteGeomEntity::SerializeTo(EntitySerializer& serializer) const
 
 void FiniteGeomEntity::Deserialize(const EntitySerializer& serializer)
 {
-    // Nothing reads it yet, but a scene file that names a controller keeps it.
-    // First, as the base reaches out into the scene at its end.
+    // Kept as it is and written again: nothing here is driven by a controller, and a scene must not
+    // lose one by being saved. First, as the base reaches out into the scene at its end.
     if (serializer.Has("forceController"))
         m_forceController = serializer.Get<util::String>("forceController");
     GeomEntity::Deserialize(serializer);

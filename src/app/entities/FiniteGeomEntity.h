@@ -12,6 +12,8 @@ public:
     void Deserialize(const EntitySerializer& serializer) override;
 
 protected:
+    /// The geometry's material and the gravity in force become the defaults of its attributes.
+    /// @param geom  not null
     explicit FiniteGeomEntity(const util::SharedPtr<physics::Geom>& geom);
 
     /// Mass and inertia that a body can move with.
@@ -24,6 +26,6 @@ private:
     script::AttribWrapper<bool> m_controllerReverseXY;
     script::AttribWrapper<bool> m_controllerInvertX;
     script::AttribWrapper<bool> m_controllerInvertY;
-    util::String m_forceController;
+    util::String m_forceController; // as in the file; "" for none
 };
 }

@@ -8,6 +8,7 @@
 #include "util/Callback.h"
 
 #include <cmath>
+#include <optional>
 
 using math::Vec2;
 
@@ -15,13 +16,11 @@ namespace app
 {
 namespace
 {
-/// The angle of the pose, such that its cosine and sine are those of the pose to the bit where there
-/// is such a float: a scene that is loaded and saved again and again must not turn bit by bit.
-float CalcAngle(const math::Mat2D& pose)
+/// The angle whose cosine and sine are those of the pose to the bit, when there is such a float.
+std::optional<float> FindExactAngle(const math::Mat2D& pose)
 {
-    const float angle = pose.GetAngle();
-    float below = angle, above = angle;
-    for (int i = 0; i < 3; ++i)
+    float below = pose.GetAngle(), above = below;
+    for (int i = 0; i < 4; ++i)
     {
         for (float a : {below, above})
             if (std::cos(a) == pose.cos && std::sin(a) == pose.sin)
@@ -29,7 +28,18 @@ float CalcAngle(const math::Mat2D& pose)
         below = std::nextafter(below, -4.0f);
         above = std::nextafter(above, 4.0f);
     }
-    return angle;
+    return std::nullopt;
+}
+
+/// What a file holds: a scene that is saved, loaded and saved again must not turn bit by bit.
+float CalcAngle(const math::Mat2D& pose)
+{
+    if (const std::optional<float> exact = FindExactAngle(pose))
+        return *exact;
+    // A pose that has turned step by step is seldom that of any float. It is loaded as that of its
+    // angle, for which several floats may stand: the one that will be found then is written now.
+    const float angle = pose.GetAngle();
+    return FindExactAngle(math::Mat2D::Rotation(angle)).value_or(angle);
 }
 }
 

@@ -35,7 +35,8 @@ public:
     math::BoundingBox GetAABB() const override;
 
 protected:
-    /// @param geom  not null
+    /// The geometry's material becomes the default of the attributes.
+    /// @param geom  not null; this entity's alone
     explicit GeomEntity(const util::SharedPtr<physics::Geom>& geom);
 
     /// Finite place and material; area, mass and inertia above 0.

@@ -15,6 +15,7 @@ namespace app
 class PlaneEntity final : public GeomEntity
 {
 public:
+    /// @param geom  not null; this entity's alone
     explicit PlaneEntity(const util::SharedPtr<physics::Plane>& geom);
 
     void Draw() const override;

@@ -93,8 +93,8 @@ void PolyEntity::Draw() const
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
     DrawOutlines();
-    // The texture knows distances up to half its scale; a border wider than that would leave no
-    // inside at all.
+    // The texture knows distances up to half its scale, 128 of 256 parts. A wider border would take a
+    // threshold at which nothing of the inside is left, so it ends one part before that.
     const float border = std::min(GetBorderWidth(), m_distScale * 127 / 256);
     if (border > 0)
     {

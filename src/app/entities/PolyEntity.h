@@ -17,6 +17,7 @@ namespace app
 class PolyEntity final : public FiniteGeomEntity
 {
 public:
+    /// @param geom  not null; this entity's alone
     explicit PolyEntity(const util::SharedPtr<physics::Polygon>& geom);
     ~PolyEntity() override;
 
