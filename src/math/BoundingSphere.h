@@ -43,7 +43,8 @@ struct TBoundingSphere
     }
 
     /// Around the middle of the farthest pair of points; the first such pair wins. Without points the
-    /// radius is -1. Quadratic in n.
+    /// radius is -1. Quadratic in n. Our own, and not the smallest of all circles (Welzl 1991,
+    /// "Smallest enclosing disks").
     static TBoundingSphere BuildBest(size_t n, const Vec* points)
     {
         if (n == 0)

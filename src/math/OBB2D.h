@@ -31,7 +31,8 @@ public:
     /// Around n > 1 points, along the given unit axis.
     static OBB2D Build(const Vec2* points, size_t n, const Vec2& axis);
     /// The smallest of nine candidates: along the farthest pair of the n > 1 points, and eight turns
-    /// by 12 degrees each.
+    /// by 12 degrees each. Our own, and not the smallest of all boxes: that one has a side along the
+    /// hull (Toussaint 1983, "Solving geometric problems with the rotating calipers").
     static OBB2D Build(const Vec2* points, size_t n);
     /// The two axes are rotated, the half sizes kept.
     static OBB2D Transform(const Mat2D& m, const OBB2D& obb)

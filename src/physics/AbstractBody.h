@@ -36,7 +36,7 @@ public:
     /// Identity, counted up from 0 over all bodies of the process. The world body has 0.
     unsigned GetID() const { return m_id; }
 
-    /// World position of the centre of mass.
+    /// World position of the center of mass.
     const math::Vec2& GetPos() const { return m_pos; }
     const math::Vec2& GetVel() const { return m_vel; }
     /// Radians in (-pi, pi].

@@ -1,5 +1,7 @@
 #include "physics/Box.h"
 
+#include <cmath>
+
 namespace physics
 {
 using math::Vec2;

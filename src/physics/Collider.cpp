@@ -7,9 +7,10 @@
 #include "physics/CollisionDetection.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
+#include "util/Failures.h"
 #include "util/ScopeProfiler.h"
 
-#include <cstdint>
+#include <cmath>
 
 namespace physics
 {
@@ -17,38 +18,12 @@ using math::Vec2;
 
 namespace
 {
-// What ShouldCollide asks of a geometry, read once per step.
-struct Filter
-{
-    explicit Filter(const Geom& g)
-        : geom(&g)
-        , body(g.GetBodyPtr())
-        , collideSet(g.GetCollideSet() & Geom::COLLIDE_MASK)
-        , isImmovable(body->IsImmovable())
-        , hasNoCollide(!g.GetNoCollide().empty())
-    {
-    }
-
-    const Geom* geom;
-    const AbstractBody* body;
-    uint32_t collideSet; // the bits that count
-    bool isImmovable;
-    bool hasNoCollide;
-};
-
-inline bool ShouldCollide(const Filter& a, const Filter& b)
-{
-    return (a.collideSet & b.collideSet) != 0 && a.body != b.body &&
-           !(a.isImmovable && b.isImmovable) &&
-           !(a.hasNoCollide && a.geom->GetNoCollide().count(const_cast<Geom*>(b.geom)));
-}
-
 // All geometries of one type. The lists have the same index.
 template<typename Hull>
 struct TypeList
 {
     util::VectorPOD<Hull> hulls;
-    util::VectorPOD<Filter> filters;
+    util::VectorPOD<CollideFilter> filters;
     util::VectorPOD<Bounds> bounds;
     BoundsList boundsList;
 
@@ -62,7 +37,7 @@ struct TypeList
     void Append(const Hull& hull, const Geom& geom, const Bounds& b)
     {
         hulls.append(hull);
-        filters.append(Filter(geom));
+        filters.append(CollideFilter(geom, geom.GetBodyPtr()));
         bounds.append(b);
         boundsList.Append(b);
     }
@@ -80,7 +55,8 @@ bool IsOutside(const math::Plane2D& plane, const Bounds& b)
 }
 
 template<typename Hull, typename Test>
-void CollidePlaneWithAll(Plane& plane, const Filter& filter, const TypeList<Hull>& list, Test test)
+void CollidePlaneWithAll(Plane& plane, const CollideFilter& filter, const TypeList<Hull>& list,
+                         Test test)
 {
     const math::Plane2D& p = plane.GetPlane();
     const bool isSane =
@@ -122,7 +98,7 @@ void CollideTwoTypes(const TypeList<HullA>& outer, const TypeList<HullB>& inner,
 struct Collider::Lists
 {
     util::VectorPOD<Plane*> planes;
-    util::VectorPOD<Filter> planeFilters;
+    util::VectorPOD<CollideFilter> planeFilters;
     TypeList<PolyHull> polygons; // bounds are those of the oriented box
     BoundsList polygonMaps;      // around the regions that the polygons' maps cover
     TypeList<CircleHull> circles;
@@ -188,7 +164,7 @@ void Collider::AssignBodies(const BodyList& bodies)
             }
             case GeomKind::Plane:
                 l.planes.append(static_cast<Plane*>(&geom));
-                l.planeFilters.append(Filter(geom));
+                l.planeFilters.append(CollideFilter(geom, geom.GetBodyPtr()));
                 break;
             case GeomKind::Box:
             {
@@ -216,7 +192,7 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
         for (size_t i = 0; i < l.planes.size(); ++i)
         {
             Plane& plane = *l.planes[i];
-            const Filter& filter = l.planeFilters[i];
+            const CollideFilter& filter = l.planeFilters[i];
             CollidePlaneWithAll(plane, filter, l.circles,
                                 [&](const CircleHull& c) { CollidePlaneCircle(plane, c, out); });
             CollidePlaneWithAll(plane, filter, l.polygons,

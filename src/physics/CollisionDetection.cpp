@@ -1,12 +1,13 @@
 #include "physics/CollisionDetection.h"
 
 #include "logging/Log.h"
-#include "physics/AbstractBody.h"
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/ContactPool.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
+
+#include <cmath>
 
 namespace physics
 {
@@ -14,24 +15,10 @@ using math::OBB2D;
 using math::Vec2;
 
 BoxHull::BoxHull(Box& b)
-    : body(b.GetBodyPtr())
-    , box(&b)
+    : box(&b)
     , obb(b.GetWorldBox())
     , axisRadius{obb.ProjectedRadius(obb.GetAxis(0)), obb.ProjectedRadius(obb.GetAxis(1))}
 {
-}
-
-bool ShouldCollide(const Geom* a, const Geom* b)
-{
-    return ShouldCollide(a, a->GetBodyPtr(), b, b->GetBodyPtr());
-}
-
-bool ShouldCollide(const Geom* a, const AbstractBody* bodyA, const Geom* b,
-                   const AbstractBody* bodyB)
-{
-    return (a->GetCollideSet() & b->GetCollideSet() & Geom::COLLIDE_MASK) != 0 && bodyA && bodyB &&
-           bodyA != bodyB && !(bodyA->IsImmovable() && bodyB->IsImmovable()) &&
-           a->GetNoCollide().count(const_cast<Geom*>(b)) == 0;
 }
 
 bool RoughIntersectTest(const Polygon& a, const Polygon& b)

@@ -9,16 +9,18 @@
 #include "math/BoundingSphere.h"
 #include "math/OBB2D.h"
 #include "math/Vector.h"
+#include "physics/AbstractBody.h"
+#include "physics/Geom.h"
 #include "util/VectorPOD.h"
+
+#include <cstdint>
 
 namespace physics
 {
-class AbstractBody;
 class Box;
 class Circle;
 class Contact;
 class ContactPool;
-class Geom;
 class Plane;
 class Polygon;
 
@@ -49,17 +51,48 @@ struct BoxHull
 {
     explicit BoxHull(Box& b);
 
-    AbstractBody* body;
     Box* box;
     math::OBB2D obb;     // world, as of assignment
     float axisRadius[2]; // the box's own ProjectedRadius on its axes
 };
 
+// What ShouldCollide asks of a geometry, so that the pair loops read it once per step.
+struct CollideFilter
+{
+    /// @param b  the geometry's body; null lets it collide with nothing
+    CollideFilter(const Geom& g, const AbstractBody* b)
+        : geom(&g)
+        , body(b)
+        , collideSet(b ? g.GetCollideSet() & Geom::COLLIDE_MASK : 0)
+        , isImmovable(b && b->IsImmovable())
+        , hasNoCollide(!g.GetNoCollide().empty())
+    {
+    }
+
+    const Geom* geom;
+    const AbstractBody* body;
+    uint32_t collideSet; // the bits that count
+    bool isImmovable;
+    bool hasNoCollide;
+};
+
 /// Whether contacts of the two are wanted: their collide sets share a bit, both hang on bodies, the
 /// bodies differ and are not both immovable, and b is not in a's no-collide set.
-bool ShouldCollide(const Geom* a, const Geom* b);
-bool ShouldCollide(const Geom* a, const AbstractBody* bodyA, const Geom* b,
-                   const AbstractBody* bodyB);
+inline bool ShouldCollide(const CollideFilter& a, const CollideFilter& b)
+{
+    return (a.collideSet & b.collideSet) != 0 && a.body != b.body &&
+           !(a.isImmovable && b.isImmovable) &&
+           !(a.hasNoCollide && a.geom->GetNoCollide().count(const_cast<Geom*>(b.geom)));
+}
+inline bool ShouldCollide(const Geom* a, const AbstractBody* bodyA, const Geom* b,
+                          const AbstractBody* bodyB)
+{
+    return ShouldCollide(CollideFilter(*a, bodyA), CollideFilter(*b, bodyB));
+}
+inline bool ShouldCollide(const Geom* a, const Geom* b)
+{
+    return ShouldCollide(a, a->GetBodyPtr(), b, b->GetBodyPtr());
+}
 
 /// Whether two polygons may touch.
 bool RoughIntersectTest(const Polygon& a, const Polygon& b);

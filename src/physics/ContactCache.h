@@ -13,6 +13,10 @@ class Contact;
 // A hash table with open addressing in one block, which is kept: ids come and go without a word to the
 // allocator, which a table of buckets can't promise. It holds plain pointers; the simulation holds the
 // contacts.
+//
+// Linear probing and multiplicative hashing by the golden ratio are those of Knuth 1998, "The art of
+// computer programming", volume 3, 6.4. That clearing counts up a generation instead of walking the
+// slots is our own.
 class ContactCache
 {
 public:

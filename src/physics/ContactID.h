@@ -1,4 +1,5 @@
-// The identity of a contact across time steps.
+// The identity of a contact across time steps. Its hash is a sum of products with large constants,
+// those of Ericson 2005, "Real-time collision detection", 7.1.3, for the cells of a grid.
 #pragma once
 
 #include <cstdint>

@@ -6,6 +6,7 @@
 #include "util/Failures.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>

@@ -20,7 +20,7 @@ struct AirFriction
     float linear, quadratic, rot;
 };
 
-// Drag on a body that shows the air a width, centred at an arm from its centre of mass.
+// Drag on a body that shows the air a width, centered at an arm from its center of mass.
 void AddAirFrictionForce(const AirFriction& air, AbstractBody& body, const Vec2& vel, float speed,
                          float width, const Vec2& arm, float mult)
 {

@@ -4,6 +4,7 @@
 #include "util/Failures.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string>
 

@@ -10,6 +10,7 @@
 #include "physics/Linesegment.h"
 #include "util/Array2D.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace physics

@@ -1,11 +1,19 @@
 // The sweeps of the Gauss-Seidel solver over flat data.
 //
+// The method is projected Gauss-Seidel on impulses: one contact after the other is satisfied by itself,
+// and its total held to what a contact may do (Jean 1999, "The non-smooth contact dynamics method"),
+// starting from the impulses of the last step (Catto 2005, "Iterative dynamics with temporal
+// coherence"). Clamping friction by the present normal impulse follows these; to sweep in the order of
+// the first desired impulse, and to start from a share of the last impulses only, is our own.
+//
 // The result is defined by the plain sweep: one constraint after the other in the sorted order, each
 // CalcDesiredImpulse then ApplyImpulse. Constraints that share no movable body don't see each other, so
 // they may be solved at the same time. The rows of contacts are therefore packed eight to a batch, such
 // that no two rows of a batch share a movable body and that of two rows that do share one the earlier
 // stands in an earlier batch. Every lane of a vector then does what the plain sweep does, with the same
-// operands in the same order: the results are the same to the bit.
+// operands in the same order: the results are the same to the bit. This is level scheduling as for sparse
+// triangular systems (Saad 2003, "Iterative methods for sparse linear systems", chapter 11), but first
+// fit into batches of eight.
 //
 // Any other constraint keeps its virtual operations and has a batch of its own, in its place.
 #pragma once

@@ -249,6 +249,10 @@ void Simulation::Step(bool integrate)
     // Without integration too, so that contacts are current in a paused world.
     CalcContacts();
 
+    // Positions follow the new velocities, which makes either way symplectic Euler on free bodies. The
+    // leapfrog form puts the solver between two half kicks (Hairer, Lubich, Wanner 2003, "Geometric
+    // numerical integration illustrated by the Stoermer-Verlet method"); that it then foresees the
+    // second half, instead of solving after it, is our own.
     if (integrate)
     {
         if (m_leapFrog)

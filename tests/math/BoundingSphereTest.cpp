@@ -18,7 +18,7 @@ TEST(BoundingCircle, IsEmptyOrEverythingByItsRadius)
     EXPECT_EQ(Infinity, BoundingCircle::Everything().radius);
 }
 
-TEST(BoundingCircle, ReachesTheFarthestPointFromItsCentre)
+TEST(BoundingCircle, ReachesTheFarthestPointFromItsCenter)
 {
     const Vec2 points[] = {Vec2(1, 0), Vec2(0, 3), Vec2(-2, 0)};
     const BoundingCircle circle = BoundingCircle::BuildFromCenterAndPoints(Vec2(0, 0), 3, points);

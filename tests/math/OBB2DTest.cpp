@@ -35,7 +35,7 @@ TEST(OBB2D, StartsAsAPointAlongTheAxes)
     EXPECT_EQ(Vec2(0, 0), obb.GetHalfSize());
 }
 
-TEST(OBB2D, IsMadeOfACentreAndARadius)
+TEST(OBB2D, IsMadeOfACenterAndARadius)
 {
     const OBB2D obb = OBB2D::FromCenterRad(Vec2(1, 2), 3);
     EXPECT_EQ(Vec2(1, 2), obb.GetCenter());

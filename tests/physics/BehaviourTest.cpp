@@ -164,7 +164,7 @@ TEST_F(BehaviourTest, HeadOnImpactKeepsMomentum)
     a->SetVel(Vec2(3, 0));
     b->SetVel(Vec2(-1, 0));
     Steps(200);
-    // Masses 1 to 3, e = 0.5: the centre of mass rests; each comes back with half its speed.
+    // Masses 1 to 3, e = 0.5: the center of mass rests; each comes back with half its speed.
     EXPECT_NEAR(-1.5f, a->GetVel().x, 1e-3f);
     EXPECT_NEAR(0.5f, b->GetVel().x, 1e-3f);
 }

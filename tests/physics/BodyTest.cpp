@@ -25,7 +25,7 @@ TEST_F(BodyTest, TakesMassAndInertiaFromItsGeometry)
     EXPECT_FALSE(body->IsImmovable());
 }
 
-TEST_F(BodyTest, SitsAtTheCommonCentreOfMass)
+TEST_F(BodyTest, SitsAtTheCommonCenterOfMass)
 {
     // Two boxes of 1 x 1: mass 2 at (0, 0), mass 6 at (4, 0).
     GeomPtr light = QUIB_NEW Box(Vec2(1, 1), Vec2(0, 0));
@@ -390,7 +390,7 @@ TEST_F(BodyTest, AssertsThatItsGeometriesPointBack)
     EXPECT_FALSE(body->IsBad());
 }
 
-TEST_F(BodyTest, TurnsUnderAForceOffItsCentre)
+TEST_F(BodyTest, TurnsUnderAForceOffItsCenter)
 {
     const BodyPtr body = AddBox(Vec2(1, 1), Vec2(1, 1));
     body->ApplyForce(Vec2(0, 2), Vec2(4, 1));

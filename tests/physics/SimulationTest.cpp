@@ -778,13 +778,13 @@ TEST_F(SimulationTest, DragStopsABodyAtMost)
     EXPECT_NEAR(0, body->GetVel().x, 1e-4f);
 }
 
-TEST_F(SimulationTest, DragActsAtTheCentreOfTheWidth)
+TEST_F(SimulationTest, DragActsAtTheCenterOfTheWidth)
 {
     sim.m_gravitySwitch = false;
     sim.m_airDensity = 0.0f;
     sim.m_airFrictionLinear = 1.0f;
     sim.m_rotFrictionLinear = 0.0f;
-    // Equal widths at y = -1 and y = 1, masses 2 and 6: the centre of mass is at y = 0.5, that of the
+    // Equal widths at y = -1 and y = 1, masses 2 and 6: the center of mass is at y = 0.5, that of the
     // width at 0. F = -(1 * 2) * 3 = -6, torque Cross((0, -0.5), (-6, 0)) = -3.
     GeomPtr light = QUIB_NEW Box(Vec2(1, 1), Vec2(0, -1));
     GeomPtr heavy = QUIB_NEW Box(Vec2(1, 1), Vec2(0, 1));
@@ -849,13 +849,13 @@ TEST_F(SimulationTest, LiftsABodyByTheAirThatItDisplaces)
     EXPECT_VEC_NEAR(0, -40, body->GetForce(), 1e-4f);
 }
 
-TEST_F(SimulationTest, LiftActsAtTheCentreOfTheArea)
+TEST_F(SimulationTest, LiftActsAtTheCenterOfTheArea)
 {
     sim.m_airFrictionLinear = 0.0f;
     sim.m_rotFrictionLinear = 0.0f;
     sim.m_gravity = Vec2(0, -10);
     sim.m_airDensity = 0.5f;
-    // Masses 2 and 6 at x = -1 and 1: centre of mass at 0.5, that of the area at 0. Lift (0, 10),
+    // Masses 2 and 6 at x = -1 and 1: center of mass at 0.5, that of the area at 0. Lift (0, 10),
     // torque Cross((-0.5, 0), (0, 10)) = -5.
     GeomPtr light = QUIB_NEW Box(Vec2(1, 1), Vec2(-1, 0));
     GeomPtr heavy = QUIB_NEW Box(Vec2(1, 1), Vec2(1, 0));
