@@ -4,6 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <numeric>
+
 using test::Program;
 using test::WindowInfo;
 using test::WorkDir;
@@ -42,13 +50,26 @@ protected:
         ASSERT_TRUE(m_program->WaitUntilItSays("Running program..."));
         m_window = m_server.WaitForWindow();
         // The scene is there once the frame is: its middle is never the window's first black.
-        ASSERT_TRUE(test::WaitFor(
-            [this]
+        ASSERT_TRUE(WaitForPicture([this] { return GetPixel(m_window.width - 1, 0).b > 200; }));
+        EXPECT_EQ(std::string::npos, m_program->Err().find("evaluate")) << m_program->Err();
+    }
+
+    /// Looks again and again until it is so. @return whether it came to be
+    template<typename F>
+    bool WaitForPicture(F isThere)
+    {
+        return test::WaitFor(
+            [&]
             {
                 m_pixels = m_server.ReadPixels(m_window.id, m_window.width, m_window.height);
-                return GetPixel(m_window.width - 1, 0).b > 200;
-            }));
-        EXPECT_EQ(std::string::npos, m_program->Err().find("evaluate")) << m_program->Err();
+                return isThere();
+            });
+    }
+
+    /// To a place in the world.
+    void MovePointerTo(float x, float y)
+    {
+        m_server.MovePointer(int(m_window.width / 2 + x * 100), int(m_window.height / 2 - y * 100));
     }
 
     Color GetPixel(int x, int y) const
@@ -192,6 +213,126 @@ TEST_F(EntityPictureTest, ATranslucentBodyShowsWhatIsBehindIt)
         EXPECT_NEAR(30, c.g, 6) << x;
         EXPECT_NEAR(127, c.b, 6) << x;
     }
+}
+
+// The border lies under the inside of a box and of a polygon, and shines through; around that of a
+// circle, and does not.
+TEST_F(EntityPictureTest, ATranslucentBodyHasATranslucentBorder)
+{
+    const std::string glass = "color = [1.0, 0.0, 0.0, 0.5]; ";
+    Show("Scene.addBox { pos = [-3.0, 0.0]; size = [2.0, 2.0]; " + glass +
+         "}; Scene.addCircle { angle = 3.1; radius = 1.0; " + glass +
+         "}; Scene.addPolygon { vecs = [[-1.0, -1.0], [1.0, -1.0], [1.0, 1.0], [-1.0, 1.0]]; "
+         "pos = [3.0, 0.0]; " +
+         glass + "}");
+    const auto over = [](const Color& front, const Color& back) {
+        return Color{(front.r + back.r) / 2, (front.g + back.g) / 2, (front.b + back.b) / 2};
+    };
+    const Color sky = At(-1.5f, 0), red = {255, 0, 0}, dark = {127, 0, 0};
+    for (float x : {-3.0f, 0.0f, 3.0f})
+    {
+        SCOPED_TRACE(x);
+        EXPECT_COLOR(over(dark, sky), At(x - 0.985f, 0));
+        EXPECT_COLOR(over(red, x == 0 ? sky : over(dark, sky)), At(x, 0.05f));
+    }
+}
+
+TEST_F(EntityPictureTest, WhatTheMouseIsOnHasADarkGreyBorderWithBordersOffToo)
+{
+    Show(std::string("Scene.addBox { ") + AmberKeys + "}; Scene.addBox { pos = [2.0, 0.0]; " +
+             AmberKeys + "entityID = 1 }; Scene.addGroup { name = \"selected\"; entityIDs = [1] }",
+         "App.borders = false; ");
+    MovePointerTo(0, 0);
+    ASSERT_TRUE(WaitForPicture([this] { return At(0.48f, 0.3f).r < 100; }));
+    EXPECT_COLOR((Color{51, 51, 51}), At(0.48f, 0.3f));
+    EXPECT_COLOR(Amber, At(0, 0.3f));
+    EXPECT_COLOR((Color{255, 255, 255}), At(2.48f, 0.3f));
+    // In the selection it is a light grey, and what the mouse has left is as before.
+    MovePointerTo(2, 0);
+    ASSERT_TRUE(WaitForPicture([this] { return At(2.48f, 0.3f).r < 250; }));
+    EXPECT_COLOR((Color{204, 204, 204}), At(2.48f, 0.3f));
+    EXPECT_COLOR(Amber, At(0.48f, 0.3f));
+}
+
+TEST_F(EntityPictureTest, TheWheelZoomsAroundTheMouse)
+{
+    Show(std::string("Scene.addBox { size = [2.0, 2.0]; pos = [1.0, 0.0]; ") + AmberKeys + "}");
+    MovePointerTo(0, 0);
+    ASSERT_TRUE(WaitForPicture([this] { return At(0.02f, 0).r < 100; }));
+    EXPECT_TRUE(IsSky(At(2.1f, 0)));
+    m_server.PressButton(m_window.id, 4);
+    // Its left side stays under the mouse, its right one goes to 2 times 2 to the power of 0.2.
+    ASSERT_TRUE(WaitForPicture([this] { return !IsSky(At(2.1f, 0)); }));
+    EXPECT_COLOR(Amber, At(2.24f, 0));
+    EXPECT_TRUE(IsSky(At(2.34f, 0)));
+    EXPECT_COLOR((Color{51, 51, 51}), At(0.02f, 0));
+    EXPECT_TRUE(IsSky(At(-0.03f, 0)));
+    for (int i = 0; i < 2; ++i)
+        m_server.PressButton(m_window.id, 5);
+    ASSERT_TRUE(WaitForPicture([this] { return IsSky(At(1.78f, 0)); }));
+    EXPECT_COLOR(Amber, At(1.68f, 0));
+    EXPECT_COLOR((Color{51, 51, 51}), At(0.02f, 0));
+}
+
+// What the pixels show must be what the world did, told by the scene that it leaves.
+TEST_F(EntityPictureTest, TheWedgeOfACircleTurnsAsItRolls)
+{
+    Show(std::string("Scene.addPlane { angle = 1.2 }; Scene.addPlane { angle = 1.9415926; ") +
+             AmberKeys + "}; Scene.addCircle { pos = [-2.0, 3.0]; radius = 1.0; " + SeaKeys + "}",
+         "Sim.timeFactor = 1.0; Sim.rotFrictionLinear = 5.0; Sim.airFrictionLinear = 5.0; ");
+    // It rolls down to the middle, and hardly moves there.
+    std::vector<unsigned char> before;
+    int still = 0;
+    ASSERT_TRUE(WaitForPicture(
+        [&]
+        {
+            before.resize(m_pixels.size());
+            const auto moved = std::inner_product(before.begin(), before.end(), m_pixels.begin(), 0,
+                                                  std::plus<>(), std::not_equal_to<>());
+            before = m_pixels;
+            still = moved < 200 && !IsSky(At(0, 1.9f)) ? still + 1 : 0;
+            return still == 10;
+        }));
+    m_server.AskToClose(m_window.id);
+    ASSERT_EQ(0, m_program->Wait());
+    const std::string saved = m_dir.Read("scenes/_ONEXITSAVE.qib");
+    const std::string circle = saved.substr(saved.find("Scene.addCircle"));
+    float x = 0, y = 0, angle = 0;
+    ASSERT_EQ(2, std::sscanf(circle.c_str() + circle.find("pos = "), "pos = [%f, %f]", &x, &y));
+    ASSERT_EQ(1, std::sscanf(circle.c_str() + circle.find("angle = "), "angle = %f", &angle));
+    ASSERT_GT(std::fabs(angle), 0.5f) << "it has not rolled";
+    const auto around = [&](float turned)
+    { return At(x + 0.6f * std::cos(angle + turned), y + 0.6f * std::sin(angle + turned)); };
+    EXPECT_COLOR(SeaBorder, around(0));
+    // The wedge is 11 degrees to each side.
+    EXPECT_COLOR(SeaBorder, around(0.14f));
+    EXPECT_COLOR(SeaBorder, around(-0.14f));
+    EXPECT_COLOR(Sea, around(0.26f));
+    EXPECT_COLOR(Sea, around(-0.26f));
+    EXPECT_COLOR(Sea, around(3.14f));
+}
+
+TEST_F(EntityPictureTest, SaysWhenThereIsNoWayToDrawATranslucentPolygon)
+{
+    // A driver as of 2001.
+    setenv("MESA_EXTENSION_OVERRIDE", "-GL_EXT_blend_color", 1);
+    setenv("MESA_GL_VERSION_OVERRIDE", "1.3", 1);
+    Show("Scene.addPolygon { vecs = [[-1.0, -1.0], [1.0, -1.0], [1.0, 1.0], [-1.0, 1.0]]; "
+         "color = [1.0, 0.0, 0.0, 0.5] }");
+    unsetenv("MESA_EXTENSION_OVERRIDE");
+    unsetenv("MESA_GL_VERSION_OVERRIDE");
+    const auto count = [this]
+    {
+        const std::string err = m_program->Err(),
+                          text = "Polygon transparency not supported by your computer";
+        size_t n = 0;
+        for (size_t at = err.find(text); at != std::string::npos; at = err.find(text, at + 1))
+            ++n;
+        return n;
+    };
+    EXPECT_TRUE(test::WaitFor([&] { return count() > 0; })) << m_program->Err();
+    usleep(300000);
+    EXPECT_EQ(1u, count());
 }
 
 TEST_F(EntityPictureTest, APolygonOfNoOpacityIsNotDrawn)

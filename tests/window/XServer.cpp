@@ -139,6 +139,21 @@ void XServer::MovePointer(int x, int y)
     XSync(X(m_connection), False);
 }
 
+void XServer::PressButton(unsigned long window, unsigned button)
+{
+    XEvent event = {};
+    event.xbutton.window = window;
+    event.xbutton.root = DefaultRootWindow(X(m_connection));
+    event.xbutton.button = button;
+    event.xbutton.same_screen = True;
+    for (const int type : {ButtonPress, ButtonRelease})
+    {
+        event.xbutton.type = type;
+        XSendEvent(X(m_connection), window, False, NoEventMask, &event);
+    }
+    XFlush(X(m_connection));
+}
+
 void XServer::Resize(unsigned long window, int width, int height)
 {
     XResizeWindow(X(m_connection), window, width, height);

@@ -40,6 +40,8 @@ public:
     void Resize(unsigned long window, int width, int height);
     /// Where it is over the screen.
     void MovePointer(int x, int y);
+    /// Presses and releases a button of the mouse where the pointer is: 4 and 5 are the wheel.
+    void PressButton(unsigned long window, unsigned button);
     /// What a window manager sends when its close box is pressed.
     void AskToClose(unsigned long window);
     /// Red, green and blue of each pixel, row by row from the top.
