@@ -1,6 +1,9 @@
 #include "script/Attributes.h"
 
+#include "script/Recursion.h"
 #include "util/ScopeProfiler.h"
+
+#include <algorithm>
 
 namespace script
 {
@@ -21,14 +24,62 @@ AttribList& AllAttribs()
     return *s_all;
 }
 
+// What is left for the formulas of the pass in progress; null outside all passes.
+int64_t* s_frameLeft = nullptr;
+
 class Walk
 {
 public:
-    Walk() { ++AllAttribs().walks; }
-    ~Walk() { --AllAttribs().walks; }
+    Walk()
+        : m_outerLeft(s_frameLeft)
+    {
+        ++AllAttribs().walks;
+        s_frameLeft = &m_left;
+    }
+    ~Walk()
+    {
+        --AllAttribs().walks;
+        s_frameLeft = m_outerLeft;
+    }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
+
+private:
+    int64_t m_left = MaxFrameCost;
+    int64_t* m_outerLeft;
 };
+
+class FormulaAllowance
+{
+public:
+    FormulaAllowance()
+        : m_allowance(s_frameLeft ? std::min(MaxFormulaCost, *s_frameLeft) : MaxFormulaCost)
+    {
+    }
+    ~FormulaAllowance()
+    {
+        if (s_frameLeft)
+            *s_frameLeft -= m_allowance.GetSpent();
+    }
+    FormulaAllowance(const FormulaAllowance&) = delete;
+    FormulaAllowance& operator=(const FormulaAllowance&) = delete;
+
+private:
+    Allowance m_allowance;
+};
+
+ObjectPtr RunFormula(const ObjectPtr& formula)
+{
+    try
+    {
+        const FormulaAllowance allowance;
+        return ExpandObject(formula);
+    }
+    catch (const CallUnwinder& unwinder)
+    {
+        EndUnwinding(unwinder);
+    }
+}
 }
 
 AbstractAttrib::AbstractAttrib(util::String name, ObjectPtr object, bool constant)
@@ -148,7 +199,7 @@ void TAttrib<T>::CalcFormula()
     const bool hadOwner = !GetOwner().IsNull();
     try
     {
-        ObjectPtr result = ExpandObject(GetObject());
+        ObjectPtr result = RunFormula(GetObject());
         m_lastCalculated = result;
         if (hadOwner && GetOwner().IsNull())
             return;
@@ -164,7 +215,7 @@ template<typename T>
 void TAttrib<T>::Unbind(std::exception& e, const char* location)
 {
     CatchException(e, location);
-    Log(logging::LogWarning, GetLongName() + " was bound to bad type");
+    Log(logging::LogWarning, util::Shorten(GetLongName()) + " was bound to bad type");
     // A setter that refuses even the value that its getter gives would bring us back here for ever.
     if (m_isUnbinding)
         return;

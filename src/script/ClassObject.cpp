@@ -118,7 +118,8 @@ ExpressionPtr ClassObject::ToExpression() const
         {
             // One value that is too long to print costs the others nothing.
             CatchException(e, QUIB_LOCATION);
-            Log(logging::LogWarning, "Failed to print " + variable->GetName() + ": " + e.what());
+            Log(logging::LogWarning,
+                "Failed to print " + util::Shorten(variable->GetName()) + ": " + e.what());
         }
     }
     return block;
@@ -159,7 +160,7 @@ VariablePtr ClassObject::LookupVariable(const util::String& name) const
     for (const ClassObject* o = this; o; o = o->GetOwner().GetUnlocked())
         if (Variable* variable = o->FindVariable(name))
             return VariablePtr(variable);
-    QUIB_THROW(ScriptException(name + " not found in scope"));
+    QUIB_THROW(ScriptException(util::Shorten(name) + " not found in scope"));
 }
 
 ObjectPtr ClassObject::LookupObject(const util::String& name) const

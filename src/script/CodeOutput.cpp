@@ -13,6 +13,7 @@ namespace
 const util::String StatementSeparator = ";\n";
 // No statement is longer than MaxStringLength, but a file may hold many.
 const size_t MaxCodeLength = size_t(1) << 30;
+const size_t MaxWork = 4 * MaxStringLength;
 
 // A value that no text would bring back. It is left out together with its statement, so that the rest of
 // a file stays readable.
@@ -34,6 +35,19 @@ struct Place
 };
 
 Place s_place;
+// Characters put together for the statement in progress. Each level of nesting copies what is in it.
+size_t s_work = 0;
+// Longer texts need not be completed, as their end will be cut off.
+size_t s_enough = std::numeric_limits<size_t>::max();
+
+class Enough
+{
+public:
+    explicit Enough(size_t length) { s_enough = length; }
+    ~Enough() { s_enough = std::numeric_limits<size_t>::max(); }
+    Enough(const Enough&) = delete;
+    Enough& operator=(const Enough&) = delete;
+};
 
 class InPlace
 {
@@ -43,6 +57,8 @@ public:
     {
         if (place.brackets + place.operands > MaxParseDepth || IsStackLow())
             QUIB_THROW(Unprintable("Expression nested too deeply"));
+        if (m_previous.IsTopLevel())
+            s_work = 0;
         s_place = place;
     }
     ~InPlace() { s_place = m_previous; }
@@ -71,6 +87,13 @@ Place AsValue()
 void CheckLength(const util::String& code)
 {
     if (code.size() > MaxStringLength)
+        QUIB_THROW(Unprintable("String too long"));
+}
+
+void CountWork(const util::String& code)
+{
+    s_work += code.size();
+    if (s_work > MaxWork)
         QUIB_THROW(Unprintable("String too long"));
 }
 
@@ -160,7 +183,7 @@ util::String ValueToCode(const util::String& value)
 {
     if (EndsStatement(value))
         QUIB_THROW(Unprintable("The string \"" + value + "\" would end the statement"));
-    return Quote(value);
+    return Quote(value.size() > s_enough ? value.substr(0, s_enough + 1) : value);
 }
 
 /// A word of an infix, as its declaration takes it: any token.
@@ -184,14 +207,16 @@ util::String Indent(const util::String& text, const util::String& prefix)
 {
     util::String indented = prefix;
     indented.reserve(text.size() + text.size() / 4);
-    for (size_t i = 0; i < text.size(); ++i)
+    for (size_t begin = 0; begin < text.size();)
     {
-        indented += text[i];
-        if (text[i] == '\n' && i + 1 < text.size())
-        {
+        size_t end = text.find('\n', begin);
+        end = end == util::String::npos ? text.size() : end + 1;
+        indented.append(text, begin, end - begin);
+        if (end < text.size())
             indented += prefix;
-            CheckLength(indented);
-        }
+        if (indented.size() > MaxStringLength)
+            QUIB_THROW(Unprintable("String too long"));
+        begin = end;
     }
     return indented;
 }
@@ -224,7 +249,7 @@ util::String Identifier::ToCode() const
         code = head->ToCode();
         AppendDot(code, chain.back()->m_name);
     }
-    for (; !chain.empty(); chain.pop_back())
+    for (; !chain.empty() && code.size() <= s_enough; chain.pop_back())
     {
         code += chain.back()->m_name;
         if (chain.size() > 1)
@@ -246,6 +271,8 @@ util::String CodeBlock::ToCode(const util::String& separator) const
     util::String code;
     for (const ExpressionPtr& element : m_elements)
     {
+        if (code.size() > s_enough)
+            return code;
         try
         {
             util::String elementCode = element->ToCode();
@@ -302,6 +329,8 @@ util::String FunctionDeclaration::ToCode() const
     util::String code = m_body->ToCode();
     if (code.find('\n') != util::String::npos)
         code = "\n" + Indent(code, "    ") + "\n";
+    CheckLength(code);
+    CountWork(code);
     if (m_argNames.empty())
         return "{" + code + "}";
     return "(" + util::Join(m_argNames, ", ") + ")=>{" + code + "}";
@@ -313,7 +342,7 @@ util::String FunctionCall::ToCode() const
     while (const FunctionCall* inner = calls.back()->m_function->AsFunctionCall())
         calls.push_back(inner);
     util::String code = calls.back()->m_function->ToCode();
-    for (; !calls.empty(); calls.pop_back())
+    for (; !calls.empty() && code.size() <= s_enough; calls.pop_back())
     {
         const util::String args = calls.back()->m_args->ToCode();
         if (!util::starts_with(args, "("))
@@ -330,13 +359,16 @@ util::String InfixFunctionCall::ToCode() const
     size_t arg = 0;
     for (const util::String& entry : m_infix->GetPattern())
     {
+        if (code.size() > s_enough)
+            return code;
         if (!entry.empty())
         {
             code += " " + entry + " ";
             continue;
         }
         if (arg == m_args.size())
-            QUIB_THROW(ParseException("Too few arguments to infix function " + m_infix->GetName()));
+            QUIB_THROW(ParseException("Too few arguments to infix function " +
+                                      util::Shorten(m_infix->GetName())));
         // An operand that is missing in the source prints as nothing.
         if (m_args[arg])
         {
@@ -347,7 +379,8 @@ util::String InfixFunctionCall::ToCode() const
         CheckLength(code);
     }
     if (arg != m_args.size())
-        QUIB_THROW(ParseException("Too many arguments to infix function " + m_infix->GetName()));
+        QUIB_THROW(ParseException("Too many arguments to infix function " +
+                                  util::Shorten(m_infix->GetName())));
     return code;
 }
 
@@ -358,6 +391,8 @@ util::String Assignment::ToCode() const
     while (const Assignment* inner =
                assignment->m_value ? assignment->m_value->AsAssignment() : nullptr)
     {
+        if (code.size() > s_enough)
+            return code;
         assignment = inner;
         code += " = " + assignment->m_target->ToCode();
     }
@@ -388,6 +423,13 @@ util::String Infix::DeclarationCode() const
             code += ' ';
     }
     return code + StatementSeparator;
+}
+
+util::String PrintShortened(const Expression& expression)
+{
+    const size_t length = 1000;
+    const Enough enough(length);
+    return util::Shorten(expression.ToCode(), length);
 }
 
 util::String InfixDeclaration::ToCode() const

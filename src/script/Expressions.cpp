@@ -3,6 +3,8 @@
 #include "script/Recursion.h"
 #include "util/ScopeProfiler.h"
 
+#include <type_traits>
+
 namespace script
 {
 namespace
@@ -13,6 +15,7 @@ ObjectPtr Apply(const ObjectPtr& callee, const ExpressionList& args, const Closu
         QUIB_THROW(ScriptException("Function call applied to non-function"));
     const AbstractFunctionPtr function(static_cast<AbstractFunction*>(callee.get()));
 
+    Charge(CallCost);
     ObjectList values;
     {
         util::ScopeProfiler profile("Argument eval");
@@ -37,7 +40,8 @@ ObjectPtr GetValueIn(const ClassObject& owner, const util::String& name)
 {
     ObjectPtr object = owner.LookupObject(name);
     if (!object)
-        QUIB_THROW(ScriptException("Cannot find identifier " + name + " in " + owner.ToText()));
+        QUIB_THROW(ScriptException("Cannot find identifier " + util::Shorten(name) + " in " +
+                                   util::Shorten(owner.ToText())));
     return object;
 }
 
@@ -46,7 +50,7 @@ util::String DescribeStatement(const Expression& statement)
 {
     try
     {
-        return statement.ToCode();
+        return PrintShortened(statement);
     }
     catch (std::exception& e)
     {
@@ -61,6 +65,8 @@ Expression::~Expression() = default;
 template<typename T>
 ObjectPtr Literal<T>::Evaluate(const ClosurePtr&) const
 {
+    if constexpr (std::is_same_v<T, util::String>)
+        ChargeString(m_value.size());
     return QUIB_NEW Value<T>(m_value);
 }
 
@@ -90,6 +96,7 @@ ClassObjectPtr Identifier::GetOwner(const ClosurePtr& closure) const
         if (!head)
             break;
     }
+    Charge(StatementCost * static_cast<int64_t>(chain.size()));
     ClassObjectPtr owner = head ? AsOwner(head->Evaluate(closure)) : ClassObjectPtr(closure);
     for (; !chain.empty(); chain.pop_back())
         owner = AsOwner(ExpandObject(GetValueIn(*owner, chain.back()->m_name)));
@@ -112,7 +119,7 @@ void Identifier::SetValue(const ClosurePtr& closure, const ObjectPtr& value) con
         return;
     }
     if (variable->IsConstant())
-        QUIB_THROW(ScriptException("Cannot set constant variable " + m_name));
+        QUIB_THROW(ScriptException("Cannot set constant variable " + util::Shorten(m_name)));
     variable->SetObject(value);
 }
 
@@ -134,6 +141,7 @@ ObjectPtr CodeBlock::Evaluate(const ClosurePtr& closure) const
     {
         try
         {
+            Charge(StatementCost);
             result = element->Evaluate(closure);
         }
         catch (std::exception& e)
@@ -251,6 +259,7 @@ ObjectPtr Assignment::Evaluate(const ClosurePtr& closure) const
     std::vector<const Assignment*> assignments(1, this);
     for (; inner; inner = inner->m_value->AsAssignment())
         assignments.push_back(inner);
+    Charge(StatementCost * static_cast<int64_t>(assignments.size()));
     ObjectPtr value = assignments.back()->m_value->Evaluate(closure);
     for (; !assignments.empty(); assignments.pop_back())
         assignments.back()->m_target->SetValue(closure, value);

@@ -217,6 +217,9 @@ private:
     InfixPtr m_infix;
 };
 
+/// ToCode for messages: about the first 1,000 characters, and no more is printed than these need.
+util::String PrintShortened(const Expression& expression);
+
 /// Puts the prefix before the text and after each newline that is not its last character.
 util::String Indent(const util::String& text, const util::String& prefix);
 }

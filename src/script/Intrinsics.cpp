@@ -89,6 +89,7 @@ util::String Concatenate(const util::String& a, const util::String& b)
 {
     if (a.size() + b.size() > MaxStringLength)
         QUIB_THROW(ScriptException("String too long"));
+    ChargeString(a.size() + b.size());
     return a + b;
 }
 
@@ -142,8 +143,8 @@ ObjectPtr PerElement(const List& list, const ObjectPtr& other, BinaryFunction fn
 
 [[noreturn]] void ThrowFailed(const char* name, const ObjectPtr& a, const ObjectPtr& b)
 {
-    QUIB_THROW(ScriptException(util::String("Failed: ") + name + "(" + a->ToText() + ", " +
-                               b->ToText() + ")"));
+    QUIB_THROW(ScriptException(util::String("Failed: ") + name + "(" + util::Shorten(a->ToText()) +
+                               ", " + util::Shorten(b->ToText()) + ")"));
 }
 
 ObjectPtr UnaryFloat(FloatFunction fn, const ObjectPtr& o)

@@ -5,6 +5,8 @@
 #include "script/ValueConversions.h"
 #include "util/ScopeProfiler.h"
 
+#include <type_traits>
+
 namespace script
 {
 namespace
@@ -40,6 +42,7 @@ size_t CalcDeepSize(const ObjectList& elements)
             size += static_cast<const List&>(*element).GetDeepSize();
     if (size > MaxListLength)
         QUIB_THROW(ScriptException("List too long"));
+    Charge(ElementCost * static_cast<int64_t>(elements.size()));
     return size;
 }
 }
@@ -62,6 +65,8 @@ ExpressionPtr Value<T>::ToExpression() const
 template<typename T>
 util::String Value<T>::ToText() const
 {
+    if constexpr (std::is_same_v<T, util::String>)
+        ChargeString(m_value.size());
     return util::ToString(m_value);
 }
 
@@ -149,7 +154,9 @@ ExpressionPtr Function::ToExpression() const
 
 util::String Function::ToText() const
 {
-    return m_declaration->ToCode();
+    util::String text = m_declaration->ToCode();
+    ChargeString(text.size());
+    return text;
 }
 
 int Function::GetArgCount()
@@ -248,6 +255,7 @@ void List::AppendText(util::String& text, int depth) const
         text += "[...]";
         return;
     }
+    Charge(ElementCost * static_cast<int64_t>(m_elements.size()));
     text += '[';
     for (size_t i = 0; i < m_elements.size(); ++i)
     {

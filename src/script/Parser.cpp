@@ -94,7 +94,7 @@ ExpressionPtr ParseLiteralOrName(const Token& token)
     case TokenType_Identifier:
         return QUIB_NEW Identifier(ExpressionPtr(), token.text);
     }
-    QUIB_THROW(ParseException("Unknown token \"" + token.text + "\""));
+    QUIB_THROW(ParseException("Unknown token \"" + util::Shorten(token.text) + "\""));
 }
 
 IdentifierPtr AsIdentifierPtr(const ExpressionPtr& item)
@@ -177,7 +177,7 @@ private:
             if (!pattern[i].empty())
             {
                 if (p >= end || words.Find(pattern[i], p) != p)
-                    QUIB_THROW(ParseException("Missing keyword " + pattern[i]));
+                    QUIB_THROW(ParseException("Missing keyword " + util::Shorten(pattern[i])));
                 ++p;
                 continue;
             }
@@ -186,8 +186,8 @@ private:
             {
                 holeEnd = words.Find(pattern[i + 1], p);
                 if (holeEnd == end)
-                    QUIB_THROW(
-                        ParseException("Could not find infix function keyword " + pattern[i + 1]));
+                    QUIB_THROW(ParseException("Could not find infix function keyword " +
+                                              util::Shorten(pattern[i + 1])));
             }
             args.push_back(FoldOperand(p, holeEnd));
             p = holeEnd;
@@ -297,7 +297,7 @@ CodeBlockPtr Parser::Parse(const TokenList& tokens)
         if (it > m_end)
             QUIB_THROW(ScriptException("Parsed too many tokens (real bad stuff)"));
         if (it < m_end)
-            QUIB_THROW(ScriptException("Unexpected token: " + it->text));
+            QUIB_THROW(ScriptException("Unexpected token: " + util::Shorten(it->text)));
     }
     catch (std::exception& e)
     {
@@ -408,7 +408,8 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
                 }
                 ++it;
                 QUIB_THROW(ParseException("Bad placement of = (info: " +
-                                          (it != m_end ? it->text : util::String()) + ")"));
+                                          (it != m_end ? util::Shorten(it->text) : util::String()) +
+                                          ")"));
             }
             else if (IsOperator(*it, '('))
                 m_items.push_back(IsFunctionDeclaration(it) ? ParseFunctionDeclaration(scope, it)
@@ -502,6 +503,7 @@ ObjectPtr Parser::Execute(const ExpressionPtr& expression)
     ObjectPtr result;
     try
     {
+        const Allowance allowance(MaxRunCost);
         result = expression->Evaluate(m_rootClosure);
     }
     catch (std::exception& e)

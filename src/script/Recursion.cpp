@@ -21,7 +21,6 @@ const uintptr_t MaxStack = uintptr_t(64) << 20;
 const uintptr_t AssumedStack = uintptr_t(512) << 10;
 
 int s_callDepth = 0;
-int s_callCost = 0;
 
 uintptr_t CalcStackLimit()
 {
@@ -40,13 +39,6 @@ uintptr_t CalcStackLimit()
     const uintptr_t top = reinterpret_cast<uintptr_t>(bottom) + size;
     return top - usable + std::min(StackReserve, usable / 4);
 }
-
-void AddCost(int cost)
-{
-    s_callCost += cost;
-    if (s_callCost > MaxCallCost)
-        throw CallUnwinder{TooLong};
-}
 }
 
 namespace internal
@@ -57,6 +49,32 @@ bool IsStackReallyLow()
         s_stackLimit = CalcStackLimit();
     return reinterpret_cast<uintptr_t>(__builtin_frame_address(0)) < s_stackLimit;
 }
+
+void ThrowRunsTooLong()
+{
+    if (s_callDepth > 0)
+        throw CallUnwinder{TooLong};
+    QUIB_THROW(ScriptException(TooLong));
+}
+}
+
+Allowance::Allowance(int64_t cost)
+    : m_outerLeft(internal::s_costLeft)
+    , m_atStart(std::min(cost, m_outerLeft))
+{
+    internal::s_costLeft = m_atStart;
+}
+
+Allowance::~Allowance()
+{
+    internal::s_costLeft = m_outerLeft - GetSpent();
+}
+
+void EndUnwinding(const CallUnwinder& unwinder)
+{
+    if (unwinder.message == TooLong && internal::s_costLeft >= 0)
+        QUIB_THROW(ScriptException(TooLong));
+    throw unwinder;
 }
 
 void ThrowRecursionTooDeep()
@@ -69,17 +87,15 @@ void ThrowRecursionTooDeep()
 void CountFailure()
 {
     if (s_callDepth > 0)
-        AddCost(FailureCost);
+        Charge(FailureCost);
 }
 
 CallGuard::CallGuard()
+    : m_allowance(MaxRunCost)
 {
-    if (s_callDepth == 0)
-        s_callCost = 0;
-    else if (s_callDepth >= MaxCallDepth)
+    if (s_callDepth >= MaxCallDepth)
         throw CallUnwinder{TooDeep};
-    else
-        AddCost(1);
+    Charge(CallCost);
     ++s_callDepth;
 }
 

@@ -1,5 +1,7 @@
 #include "script/ValueConversions.h"
 
+#include "script/Recursion.h"
+
 namespace script
 {
 namespace
@@ -59,6 +61,7 @@ template<typename T>
 std::vector<T> ObjectToVector(const ObjectPtr& object)
 {
     const ObjectList& elements = ElementsOf(object, "Not a list");
+    Charge(ElementCost * static_cast<int64_t>(elements.size()));
     std::vector<T> values;
     values.reserve(elements.size());
     for (const ObjectPtr& element : elements)
@@ -142,7 +145,9 @@ util::String ObjectToValue<util::String>(const ObjectPtr& object)
 {
     if (!IsKind(object, ObjectKind::String))
         QUIB_THROW(ScriptException("Not a string"));
-    return ValueOf<util::String>(object);
+    const util::String& value = ValueOf<util::String>(object);
+    ChargeString(value.size());
+    return value;
 }
 
 template<>

@@ -83,7 +83,7 @@ T Cast(const String& text)
     if (ReadPlain(text, value))
         return value;
     if (!boost::conversion::try_lexical_convert(text, value))
-        QUIB_THROW(BadDataException("Bad lexical cast: \"" + text + "\""));
+        QUIB_THROW(BadDataException("Bad lexical cast: \"" + Shorten(text) + "\""));
     return value;
 }
 }
@@ -160,6 +160,11 @@ bool iequals(const String& a, const String& b)
     return a.size() == b.size() && EqualIgnoringCase(a.data(), b.data(), a.size());
 }
 
+String Shorten(const String& text, size_t length)
+{
+    return text.size() <= length ? text : text.substr(0, length) + "...";
+}
+
 String Plural(size_t n)
 {
     return n == 1 ? "" : "s";
@@ -205,7 +210,7 @@ bool FromString<bool>(const String& text)
         return true;
     if (text == "false")
         return false;
-    QUIB_THROW(BadDataException("Bad lexical cast: \"" + text + "\""));
+    QUIB_THROW(BadDataException("Bad lexical cast: \"" + Shorten(text) + "\""));
 }
 template<>
 String FromString<String>(const String& text)

@@ -20,6 +20,8 @@ bool ends_with(const String& text, const String& end);
 bool istarts_with(const String& text, const String& start);
 bool iends_with(const String& text, const String& end);
 bool iequals(const String& a, const String& b);
+/// The text, of which no more than that many characters are kept, and then "...", when it is longer.
+String Shorten(const String& text, size_t length = 1000);
 /// "" for 1, else "s".
 String Plural(size_t n);
 

@@ -71,12 +71,16 @@ TEST_F(Limits, LongChainsAreNoNesting)
 {
     // a . b . b ...: evaluated, printed and freed without a word about depth.
     Run("a = math");
-    EXPECT_EQ("Failed to evaluate: a" + Repeat(".sin", Many) + ", ",
-              WarningOf("a" + Repeat(".sin", Many)).substr(0, 21 + 4 * Many + 2));
+    const std::string chain = "a" + Repeat(".sin", Many);
+    EXPECT_EQ(chain, Parser().Parse(chain)->ToCode());
+    EXPECT_EQ("Failed to evaluate: " + chain.substr(0, 1000) + "..., ",
+              WarningOf(chain).substr(0, 20 + 1000 + 5));
 
     // Items side by side call the one before.
-    EXPECT_EQ("Failed to evaluate: 1" + Repeat("(2)", Many) +
-                  ", Function call applied to non-function",
+    const std::string calls = "1" + Repeat("(2)", Many);
+    EXPECT_EQ(calls, Parser().Parse(calls)->ToCode());
+    EXPECT_EQ("Failed to evaluate: " + calls.substr(0, 1000) +
+                  "..., Function call applied to non-function",
               WarningOf("1" + Repeat(" 2", Many)));
     Run("same = (x) => { same }");
     EXPECT_EQ("(x)=>{same}", Run("same" + Repeat(" 1", Many)));
@@ -130,6 +134,196 @@ TEST_F(Limits, CallsThatMultiplyEnd)
     Run(text);
     EXPECT_EQ("1", Run("d10"));
     EXPECT_EQ("Failed to evaluate: d60, Script runs too long", WarningOf("d60"));
+    // The next text has an allowance of its own.
+    EXPECT_EQ("1", Run("d10"));
+    // Statements of one text share theirs: after the first nothing is left, not even for a sum.
+    EXPECT_EQ(4u, WarningsOf("d60; d59; 1 + 1; d0").size());
+}
+
+TEST_F(Limits, WorkThatMultipliesEnds)
+{
+    std::string levels;
+    for (int i = 1; i <= 20; ++i)
+    {
+        const std::string before = "d" + util::ToString(i - 1);
+        levels += "d" + util::ToString(i) + " = { " + before + "; " + before + " };";
+    }
+    Run(levels + "s = \"0123456789abcdef\"; l = [1, 2, 3, 4, 5, 6, 7, 8]");
+    for (int i = 0; i < 21; ++i)
+        Run("s = s + s");
+    for (int i = 0; i < 15; ++i)
+        Run("l = [l, l]");
+    Run("long = {" + Repeat("1;", Many) + "}; text = { \"" + std::string(1000000, 'x') +
+        "\" }; chain = { math" + Repeat(".math", Many) + " }");
+    const ReflectedPtr owner = QUIB_NEW Reflected("worked");
+    AttribWrapper<util::String> title(owner.get(), "title", "");
+    owner->AddToRoot();
+    for (const char* work : {"s + s", "[l + l]", "l * 2", "math.sin(l)", "[1, 2, 3] + \"\" + l",
+                             "long", "text", "chain", "worked.title = s"})
+    {
+        SCOPED_TRACE(work);
+        // A whole run takes this test too long under the sanitizers.
+        const Allowance some(MaxRunCost / 16);
+        Run(std::string("d0 = { ") + work + "; 1 }");
+        EXPECT_LT(
+            SecondsFor(
+                [&]
+                { EXPECT_EQ("Failed to evaluate: d20, Script runs too long", WarningOf("d20")); }),
+            30);
+        util::PointeeHandle::Flush();
+    }
+    // One allowance for a whole text.
+    const Allowance some(MaxRunCost / 16);
+    EXPECT_LT(SecondsFor([] { Run("d0 = { s + s; 1 };" + Repeat("d20;", 10000)); }), 30);
+    for (const char* name : {"s", "l", "long", "text", "chain"})
+        Root().RemoveVariable(name);
+}
+
+TEST_F(Limits, AFormulaThatRunsTooLongIsUnbound)
+{
+    std::string levels = "d0 = { 1.0 + 1 };";
+    for (int i = 1; i <= 20; ++i)
+    {
+        const std::string before = "d" + util::ToString(i - 1);
+        levels += "d" + util::ToString(i) + " = { " + before + "; " + before + " };";
+    }
+    Run(levels);
+    const ReflectedPtr owner = QUIB_NEW Reflected("busy");
+    AttribWrapper<float> setting(owner.get(), "setting", 3.0f);
+    owner->AddToRoot();
+    EXPECT_EQ(std::vector<std::string>(), WarningsOf("busy.setting = { d10 }"));
+    EXPECT_EQ(2.0f, setting);
+    // From a statement, from a function, and when it became too long later on.
+    EXPECT_EQ(std::vector<std::string>{"setting was bound to bad type"},
+              WarningsOf("busy.setting = { d20 }"));
+    EXPECT_EQ(std::vector<std::string>{"setting was bound to bad type"},
+              WarningsOf("bind = { busy.setting = { d20 }; after = 1 }; bind"));
+    EXPECT_EQ("1", Run("bind"));
+    Run("busy.setting = { d10 }");
+    EXPECT_EQ(
+        std::vector<std::string>{"setting was bound to bad type"},
+        WarningsOf("d10 = { d20 }; d0 = { 5.0 }; d11 = { d0; d0 }; d10 = d20; d10 = { d12; d12; "
+                   "d12; d12; long }; long = {" +
+                   Repeat("1;", 1000000) + "}"));
+    EXPECT_EQ(2.0f, setting);
+    EXPECT_TRUE(WarningsOf("1").empty());
+    Root().RemoveVariable("long");
+}
+
+TEST_F(Limits, ManyFormulasDoNotStopTheProgram)
+{
+    std::string levels = "d0 = { 1.0 + 1 };";
+    for (int i = 1; i <= 14; ++i)
+    {
+        const std::string before = "d" + util::ToString(i - 1);
+        levels += "d" + util::ToString(i) + " = { " + before + "; " + before + " };";
+    }
+    Run(levels);
+    const ReflectedPtr owner = QUIB_NEW Reflected("crowd");
+    owner->AddToRoot();
+    const ObjectPtr formula = Evaluate("{ d14 }");
+    std::vector<std::unique_ptr<AttribWrapper<float>>> settings;
+    for (int i = 0; i < 100; ++i)
+    {
+        settings.push_back(
+            std::make_unique<AttribWrapper<float>>(owner.get(), "s" + util::ToString(i), 3.0f));
+        // Each alone is quick enough.
+        settings.back()->GetAttrib()->SetObject(formula);
+        EXPECT_EQ(2.0f, *settings.back());
+    }
+    test::LogCapture log(logging::LogWarning);
+    Parser().Update();
+    EXPECT_LT(10u, log.Count("was bound to bad type"));
+    EXPECT_GT(90u, log.Count("was bound to bad type"));
+    EXPECT_EQ(formula, settings[0]->GetAttrib()->GetObject());
+    EXPECT_NE(formula, settings[99]->GetAttrib()->GetObject());
+    EXPECT_EQ(2.0f, *settings[99]);
+    log.Clear();
+    Parser().Update();
+    EXPECT_EQ("", log.Text());
+}
+
+TEST_F(Limits, BigScenesStayFarBelow)
+{
+    const ReflectedPtr scene = QUIB_NEW Reflected("BigScene");
+    int boxes = 0;
+    scene->AddCmd1("addBox",
+                   [&](const ObjectPtr& o)
+                   {
+                       const FunctionPtr function = ObjectToValue<FunctionPtr>(o);
+                       function->Call({});
+                       ObjectToValue<math::Vec2>(function->GetCallClosure()->GetObject("pos"));
+                       ++boxes;
+                       return ObjectPtr(QUIB_NEW Void);
+                   });
+    scene->AddToRoot();
+    const std::string box =
+        "BigScene.addBox({\n    airFrictionMult = 1.0;\n    angle = 0.5;\n    angvel = 0.0;\n"
+        "    body = 7;\n    collideSet = 1;\n    color = [0.5, 0.25, 1.0, 1.0];\n    density = "
+        "2.0;\n"
+        "    entityID = 12;\n    friction = 0.5;\n    geomID = 13;\n    pos = [1.5, -2.0];\n"
+        "    restitution = 0.5;\n    size = [1.0, 1.0];\n    textureMatrix = [1.0, 0.0, 0.0, 0.0, "
+        "1.0, 0.0, 0.0, 0.0, 1.0];\n    vel = [0.0, 0.0];\n    zDepth = 14.0\n});\n";
+    std::string polygon = "p = [";
+    for (int i = 0; i < 10000; ++i)
+        polygon += "[" + util::ToString(i) + ".5, -1.25], ";
+    polygon += "];\n";
+    {
+        const Allowance aTenth(MaxRunCost / 10);
+        EXPECT_TRUE(WarningsOf(Repeat(box, 50000)).empty());
+    }
+    EXPECT_EQ(50000, boxes);
+    {
+        const Allowance aTenth(MaxRunCost / 10);
+        EXPECT_TRUE(WarningsOf(Repeat(polygon, 100)).empty());
+    }
+    Root().RemoveVariable("p");
+}
+
+TEST_F(Limits, MessagesAreShort)
+{
+    Run("s = \"0123456789abcdef\"");
+    for (int i = 0; i < 16; ++i)
+        Run("s = s + s");
+    Run("l = [s, s]");
+    const std::string name(Many, 'n');
+    for (const std::string& text :
+         {std::string("true - s"), std::string("true * l"), "true - \"" + name + "\"", name,
+          name + " = nothing", "math." + name, std::string("math.sin = 1; true / s"),
+          "f = {" + Repeat("nothing;", Many) + "nothing }; 1(f)", "[" + Repeat("1, ", Many) + "x]",
+          "x" + name + " y " + name + " = 1", "(" + name, "1) " + name, Repeat("9", Many),
+          "infix " + name, Repeat("x = ", Many) + "nothing",
+          "1" + Repeat(" + 1", 900) + " + nothing", "1 + \"" + name + "\" + nothing",
+          "infix 1 left: " + name + " _ _ => " + name + "; " + name})
+    {
+        SCOPED_TRACE(text.substr(0, 100));
+        test::LogCapture log;
+        Run(text);
+        for (const std::string& line : log.Lines())
+            EXPECT_LT(line.size(), 5000u) << line.substr(0, 200);
+    }
+    EXPECT_EQ("Failed to evaluate: true - s, Failed: Subtract(true, " +
+                  ObjectToValue<util::String>(Root().GetObject("s")).substr(0, 1000) + "...)",
+              WarningOf("true - s"));
+    EXPECT_EQ("Failed to evaluate: true - [1, 2], Failed: Subtract(true, [1, 2])",
+              WarningOf("true - [1, 2]"));
+}
+
+TEST_F(Limits, AFailureCostsNoMoreThanItsMessage)
+{
+    // Printed in full, the statement would be a text of a megabyte each time.
+    Run("f = {" + Repeat("x([" + Repeat("1, ", 300000) + "2]);", 1) + "}");
+    std::string many = "g = {" + Repeat("f;", 2000) + "}; g";
+    EXPECT_LT(SecondsFor([&] { Run(many); }), 10);
+}
+
+TEST_F(Limits, DeepBlocksArePrintedOrLeftOut)
+{
+    // Every level puts four blanks before every line of what is in it.
+    Run("a = 1; f = " + Repeat("{ 0; ", 990) + Repeat("1;", 15000) + Repeat("}", 990) + "; z = 1");
+    std::string code;
+    EXPECT_LT(SecondsFor([&] { code = Parser().ToCode(); }), 10);
+    EXPECT_EQ("a = 1;\nz = 1", code);
 }
 
 TEST_F(Limits, DeepExpressionsInDeepCallsStayOnTheStack)
