@@ -40,11 +40,11 @@ Variable::~Variable() = default;
 
 void Variable::SetObject(ObjectPtr object)
 {
-    if (m_object && m_object->GetOwner() == m_owner)
-        m_object->SetOwner(util::WeakPtr<ClassObject>());
     // The end of the old object may run anything, so that it comes last.
     const ObjectPtr old = std::move(m_object);
     m_object = std::move(object);
+    if (old && old->GetOwner() == m_owner)
+        old->LoseOwner();
     if (m_object)
         m_object->SetOwner(m_owner);
 }
@@ -136,6 +136,44 @@ void ClassObject::SetOwner(const util::WeakPtr<ClassObject>& owner)
         if (o == this)
             return;
     Object::SetOwner(owner);
+    if (m_home.IsNull())
+        m_home = owner;
+}
+
+void ClassObject::LoseOwner()
+{
+    Object::LoseOwner();
+    if (GetHome())
+        SetOwner(m_home);
+}
+
+bool ClassObject::Holds(const ClassObject* object) const
+{
+    for (const VariablePtr& variable : m_variables)
+        if (variable->GetObject().get() == object)
+            return true;
+    return false;
+}
+
+const ClassObject* ClassObject::GetHome() const
+{
+    const ClassObject* home = m_home.GetUnlocked();
+    return home && home->Holds(this) ? home : nullptr;
+}
+
+bool ClassObject::IsNamed() const
+{
+    const ClassObject* o = this;
+    for (int steps = 0; steps < MaxOwnerSteps; ++steps)
+    {
+        const ClassObject* owner = o->GetOwner().GetUnlocked();
+        if (!owner)
+            return true;
+        if (!owner->Holds(o))
+            return false;
+        o = owner;
+    }
+    return false;
 }
 
 Variable* ClassObject::FindVariable(const util::String& name) const
@@ -187,9 +225,12 @@ void ClassObject::RemoveVariable(const util::String& name)
     if (it == m_variables.end())
         return;
     const VariablePtr variable = *it;
-    if (variable->GetOwner().GetUnlocked() == this)
-        variable->SetOwner(util::WeakPtr<ClassObject>());
     m_variables.erase(it);
+    if (variable->GetOwner().GetUnlocked() != this)
+        return;
+    variable->SetOwner(util::WeakPtr<ClassObject>());
+    if (variable->GetObject())
+        variable->GetObject()->LoseOwner();
 }
 
 std::vector<VariablePtr> ClassObject::GetVariables() const
@@ -213,6 +254,9 @@ IdentifierPtr ClassObject::AsIdentifier() const
 IdentifierPtr ClassObject::AsIdentifierAt(int depth) const
 {
     const ClassObject* owner = GetOwner().GetUnlocked();
+    if (!owner || !owner->IsNamed())
+        if (const ClassObject* home = GetHome())
+            owner = home;
     if (!owner || depth >= MaxOwnerSteps)
         return IdentifierPtr();
     for (const VariablePtr& variable : owner->m_variables)

@@ -53,8 +53,13 @@ public:
 
     ExpressionPtr ToExpression() const override;
     util::String ToText() const override;
-    /// Does nothing when the owner is this object or lies below it: no ring of owners comes about.
+    /// Does nothing when the owner is this object or lies below it: no ring of owners comes about. The
+    /// first owner becomes the home.
     void SetOwner(const util::WeakPtr<ClassObject>& owner) override;
+    void LoseOwner() override;
+    /// Where the object belongs, whatever variables take it for a while. It is the owner again when they
+    /// let go, and names the object when the owner has no name itself, as the call of a function has.
+    void SetHome(const util::WeakPtr<ClassObject>& home) { m_home = home; }
 
     bool HasVariable(const util::String& name) const { return FindVariable(name) != nullptr; }
     /// Null when missing.
@@ -91,7 +96,11 @@ private:
     };
 
     IdentifierPtr AsIdentifierAt(int depth) const;
+    bool Holds(const ClassObject* object) const;
+    bool IsNamed() const;
+    const ClassObject* GetHome() const;
 
+    util::WeakPtr<ClassObject> m_home;
     std::set<VariablePtr, NameLess> m_variables;
     mutable bool m_isPrinting = false;
 };

@@ -72,6 +72,8 @@ public:
     /// @throws ScriptException  when the text would be longer than MaxStringLength
     virtual util::String ToText() const = 0;
     virtual void SetOwner(const util::WeakPtr<ClassObject>& owner) { m_owner = owner; }
+    /// The variable that gave the owner holds the object no longer.
+    virtual void LoseOwner() { m_owner = util::WeakPtr<ClassObject>(); }
 
     const util::WeakPtr<ClassObject>& GetOwner() const { return m_owner; }
     ObjectKind GetKind() const { return m_kind; }

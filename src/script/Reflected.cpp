@@ -77,10 +77,16 @@ void Reflected::AddReflectedChild(util::SharedPtr<Reflected> child)
 {
     if (ClassObject* owner = child->GetOwner().GetUnlocked())
     {
-        owner->RemoveVariable(child->GetReflectedName());
-        // Under another name it may still be there; it belongs here from now on.
-        child->SetOwner(util::WeakPtr<ClassObject>());
+        // By the object: a script may hold another one there under the child's name.
+        const VariablePtr named = owner->GetVariable(child->GetReflectedName());
+        const VariablePtr variable =
+            named && named->GetObject() == child ? named : owner->GetVariableByObject(child);
+        if (variable)
+            owner->RemoveVariable(variable->GetName());
     }
+    // Under another name it may still be there; it belongs here from now on.
+    child->SetHome(this);
+    child->SetOwner(util::WeakPtr<ClassObject>());
 
     const util::String base = child->GetReflectedName();
     util::String name = base;

@@ -101,6 +101,49 @@ TEST_F(ClassObjects, OwnersFollowTheLatestVariable)
     EXPECT_EQ(a.get(), MakeVariable("z", a->GetObject("x"))->GetOwner().GetUnlocked());
 }
 
+TEST_F(ClassObjects, ReturnToTheirHomeWhenAnotherVariableLetsGo)
+{
+    const ReflectedPtr world = QUIB_NEW Reflected("HomeWorld");
+    const ReflectedPtr other = QUIB_NEW Reflected("HomeOther");
+    world->AddVariable2("x", ValueToObject(1));
+    world->AddToRoot();
+    other->AddToRoot();
+    const std::string code = "HomeWorld.x = 1";
+    const auto expectHome = [&]
+    {
+        EXPECT_EQ(&Root(), world->GetOwner().GetUnlocked());
+        EXPECT_EQ("HomeWorld", world->AsIdentifier()->ToCode());
+        EXPECT_EQ(code, world->ToExpression()->ToCode());
+        EXPECT_EQ("7", Run("outer = 7; HomeWorld.outer"));
+    };
+    Run("s = HomeWorld; s = 1");
+    expectHome();
+    Run("HomeOther.s = HomeWorld");
+    EXPECT_EQ(other.get(), world->GetOwner().GetUnlocked());
+    Run("HomeOther.s = 1");
+    expectHome();
+    Run("HomeOther.t = HomeWorld");
+    other->RemoveVariable("t");
+    expectHome();
+    // While a call has it, and when the call is gone, it has its name.
+    Run("f = (world) => { 1 }; f(HomeWorld)");
+    EXPECT_EQ(code, world->ToExpression()->ToCode());
+    Run("f(1)");
+    EXPECT_EQ(code, world->ToExpression()->ToCode());
+    Run("f = 1");
+    EXPECT_EQ(code, world->ToExpression()->ToCode());
+    // A new home.
+    other->AddReflectedChild(world);
+    Run("s = HomeOther.HomeWorld; s = 1");
+    EXPECT_EQ(other.get(), world->GetOwner().GetUnlocked());
+    other->RemoveReflectedChild(world);
+    EXPECT_TRUE(world->GetOwner().IsNull());
+    EXPECT_FALSE(world->AsIdentifier());
+    Run("m = math; m = 1");
+    EXPECT_EQ("math",
+              static_cast<ClassObject&>(*Root().GetObject("math")).AsIdentifier()->ToCode());
+}
+
 TEST_F(ClassObjects, NeverBecomeARing)
 {
     const ClassObjectPtr a = QUIB_NEW ClassObject;

@@ -103,6 +103,20 @@ TEST_F(ReflectedScript, AChildThatAScriptHasMovedCanStillBeAdded)
     EXPECT_EQ(other.get(), child->GetOwner().GetUnlocked());
 }
 
+TEST_F(ReflectedScript, AChildThatMovesTakesNoOtherVariableAway)
+{
+    const ReflectedPtr a = QUIB_NEW Reflected("a");
+    const ReflectedPtr b = QUIB_NEW Reflected("b");
+    const ReflectedPtr child = QUIB_NEW Reflected("child");
+    a->AddVariable2("byScript", child);
+    a->AddVariable2("child", ValueToObject(1));
+    b->AddReflectedChild(child);
+    EXPECT_EQ("1", a->GetObject("child")->ToText());
+    EXPECT_FALSE(a->HasVariable("byScript"));
+    EXPECT_EQ(child, b->GetObject("child"));
+    EXPECT_EQ(b.get(), child->GetOwner().GetUnlocked());
+}
+
 TEST_F(ReflectedScript, TheNameStandsWhileThereIsAnOwner)
 {
     const ReflectedPtr parent = QUIB_NEW Reflected("parent");
