@@ -68,6 +68,23 @@ private:
     Allowance m_allowance;
 };
 
+// Taken off whatever the setter or a callback throws.
+class UnbindingMark
+{
+public:
+    explicit UnbindingMark(bool& flag)
+        : m_flag(flag)
+    {
+        m_flag = true;
+    }
+    ~UnbindingMark() { m_flag = false; }
+    UnbindingMark(const UnbindingMark&) = delete;
+    UnbindingMark& operator=(const UnbindingMark&) = delete;
+
+private:
+    bool& m_flag;
+};
+
 ObjectPtr RunFormula(const ObjectPtr& formula)
 {
     try
@@ -219,7 +236,7 @@ void TAttrib<T>::Unbind(std::exception& e, const char* location)
     // A setter that refuses even the value that its getter gives would bring us back here for ever.
     if (m_isUnbinding)
         return;
-    m_isUnbinding = true;
+    const UnbindingMark mark(m_isUnbinding);
     try
     {
         Set(Get());
@@ -228,7 +245,6 @@ void TAttrib<T>::Unbind(std::exception& e, const char* location)
     {
         CatchException(again, QUIB_LOCATION);
     }
-    m_isUnbinding = false;
 }
 
 template<typename T>

@@ -9,6 +9,30 @@ namespace
 // No chain of owners in use is as long; only objects stored in one another could make such.
 const int MaxOwnerSteps = 100;
 
+// What the values in the tree being made take, roughly, in bytes. A value that a thousand variables share
+// stands in the tree a thousand times.
+const size_t MaxTreeSize = size_t(1) << 30;
+const size_t ElementSize = 64;
+size_t s_treeSize = 0;
+int s_treeDepth = 0;
+
+void CountInTree(const Object& value)
+{
+    size_t size = 0;
+    if (value.GetKind() == ObjectKind::String)
+        size = static_cast<const Value<util::String>&>(value).GetValue().size();
+    else if (value.GetKind() == ObjectKind::List)
+    {
+        const List& list = static_cast<const List&>(value);
+        size = ElementSize * list.GetDeepSize() + list.GetDeepBytes();
+    }
+    if (s_treeDepth == 0)
+        return;
+    if (s_treeSize + size > MaxTreeSize)
+        QUIB_THROW(ScriptException("String too long"));
+    s_treeSize += size;
+}
+
 // Marks an object as being printed for as long as it lives.
 class PrintMark
 {
@@ -17,8 +41,14 @@ public:
         : m_flag(flag)
     {
         m_flag = true;
+        if (s_treeDepth++ == 0)
+            s_treeSize = 0;
     }
-    ~PrintMark() { m_flag = false; }
+    ~PrintMark()
+    {
+        m_flag = false;
+        --s_treeDepth;
+    }
     PrintMark(const PrintMark&) = delete;
     PrintMark& operator=(const PrintMark&) = delete;
 
@@ -71,6 +101,7 @@ ExpressionPtr Variable::ToExpression(const IdentifierPtr& owner) const
     // Statistics and commands are no settings.
     if (m_constant)
         return ExpressionPtr();
+    CountInTree(*m_object);
     const ExpressionPtr value = m_object->ToExpression();
     if (!value)
         return ExpressionPtr();

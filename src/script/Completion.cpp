@@ -86,16 +86,25 @@ void CorrectCase(util::String& name, const std::vector<util::String>& candidates
     }
 }
 
-bool AllGoOnAlike(const std::vector<util::String>& candidates, size_t length)
+char ToLower(char c)
+{
+    return IsUpper(c) ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/// The number of characters in which all candidates are alike but for their case.
+size_t CalcCommonLength(const std::vector<util::String>& candidates)
 {
     const util::String& first = candidates[0];
-    if (length >= first.size())
-        return false;
-    const util::String start = first.substr(0, length + 1);
+    size_t length = first.size();
     for (const util::String& candidate : candidates)
-        if (!util::istarts_with(candidate, start))
-            return false;
-    return true;
+    {
+        size_t alike = 0;
+        while (alike < length && alike < candidate.size() &&
+               ToLower(candidate[alike]) == ToLower(first[alike]))
+            ++alike;
+        length = alike;
+    }
+    return length;
 }
 
 std::vector<util::String> ExpandId(const ClassObject& owner, util::String& name)
@@ -118,8 +127,7 @@ std::vector<util::String> ExpandId(const ClassObject& owner, util::String& name)
         return {};
     }
     CorrectCase(name, candidates);
-    while (AllGoOnAlike(candidates, name.size()))
-        name += candidates[0][name.size()];
+    name += candidates[0].substr(name.size(), CalcCommonLength(candidates) - name.size());
     return candidates;
 }
 

@@ -226,7 +226,11 @@ InfixFunctionCall::InfixFunctionCall(InfixPtr infix, ExpressionList args)
     : m_infix(std::move(infix))
     , m_args(std::move(args))
 {
-    CODE_ASSERT(m_infix->GetArgCount() == static_cast<int>(m_args.size()));
+    const bool fits = static_cast<size_t>(m_infix->GetArgCount()) == m_args.size();
+    // Not by the macro: the text is fixed, and the types in it do not compare.
+    if (!fits)
+        AssertionFailed("m_infix->GetArgCount() == args.size()", true, true, __PRETTY_FUNCTION__,
+                        __FILE__, __LINE__);
 }
 
 InfixFunctionCall::~InfixFunctionCall() = default;

@@ -9,6 +9,8 @@
 
 namespace script
 {
+const char* const IntrinsicsName = "math";
+
 namespace
 {
 using BinaryFunction = ObjectPtr (*)(const ObjectPtr&, const ObjectPtr&);
@@ -247,8 +249,8 @@ ObjectPtr Divide(const ObjectPtr& a, const ObjectPtr& b)
 void AddIntrinsics(Parser& parser)
 {
     const ClosurePtr math = QUIB_NEW Closure;
-    parser.GetRootClosure()->AddVariable2("math", math);
-    const IdentifierPtr mathName = QUIB_NEW Identifier(ExpressionPtr(), "math");
+    parser.GetRootClosure()->AddVariable2(IntrinsicsName, math);
+    const IdentifierPtr mathName = QUIB_NEW Identifier(ExpressionPtr(), IntrinsicsName);
 
     AddBinFun(parser, math, mathName, "add", "+", Add);
     AddBinFun(parser, math, mathName, "subtract", "-", Subtract);

@@ -8,6 +8,8 @@ namespace script
 {
 class Parser;
 
+extern const char* const IntrinsicsName;
+
 /// Takes the parser by reference: its singleton is still being built.
 void AddIntrinsics(Parser& parser);
 

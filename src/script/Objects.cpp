@@ -34,17 +34,6 @@ constexpr ObjectKind KindOf<util::String>()
     return ObjectKind::String;
 }
 
-size_t CalcDeepSize(const ObjectList& elements)
-{
-    size_t size = elements.size();
-    for (const ObjectPtr& element : elements)
-        if (element && element->GetKind() == ObjectKind::List)
-            size += static_cast<const List&>(*element).GetDeepSize();
-    if (size > MaxListLength)
-        QUIB_THROW(ScriptException("List too long"));
-    Charge(ElementCost * static_cast<int64_t>(elements.size()));
-    return size;
-}
 }
 
 Object::~Object() = default;
@@ -206,8 +195,24 @@ ObjectPtr Function::Call(const ObjectList& args)
 List::List(ObjectList elements)
     : AbstractFunction(ObjectKind::List)
     , m_elements(std::move(elements))
-    , m_deepSize(CalcDeepSize(m_elements))
+    , m_deepSize(m_elements.size())
 {
+    for (const ObjectPtr& element : m_elements)
+    {
+        if (!element)
+            continue;
+        if (element->GetKind() == ObjectKind::List)
+        {
+            const List& list = static_cast<const List&>(*element);
+            m_deepSize += list.m_deepSize;
+            m_deepBytes += list.m_deepBytes;
+        }
+        else if (element->GetKind() == ObjectKind::String)
+            m_deepBytes += static_cast<const Value<util::String>&>(*element).GetValue().size();
+    }
+    if (m_deepSize > MaxListLength || m_deepBytes > MaxListBytes)
+        QUIB_THROW(ScriptException("List too long"));
+    Charge(ElementCost * static_cast<int64_t>(m_elements.size()));
 }
 
 ExpressionPtr List::ToExpression() const

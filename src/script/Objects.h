@@ -41,6 +41,8 @@ using FunctionDeclarationPtr = util::SharedPtr<FunctionDeclaration>;
 const size_t MaxStringLength = size_t(64) << 20;
 /// A longer list is refused with a ScriptException. Elements of elements count.
 const size_t MaxListLength = size_t(16) << 20;
+/// A list whose strings are longer in total is refused likewise.
+const size_t MaxListBytes = size_t(1) << 30;
 /// Lists deeper than this are cut short where they are printed.
 const int MaxPrintDepth = 1000;
 
@@ -219,7 +221,7 @@ private:
 class List final : public AbstractFunction
 {
 public:
-    /// @throws ScriptException  past MaxListLength
+    /// @throws ScriptException  past MaxListLength and MaxListBytes
     explicit List(ObjectList elements);
 
     ExpressionPtr ToExpression() const override;
@@ -231,6 +233,8 @@ public:
     size_t size() const { return m_elements.size(); }
     /// The elements of this list and of all lists in it.
     size_t GetDeepSize() const { return m_deepSize; }
+    /// The lengths of the strings in this list and in all lists in it.
+    size_t GetDeepBytes() const { return m_deepBytes; }
 
 private:
     ExpressionPtr ToExpressionAt(int depth, size_t& textLength) const;
@@ -238,6 +242,7 @@ private:
 
     ObjectList m_elements;
     size_t m_deepSize;
+    size_t m_deepBytes = 0;
 };
 
 /// A function of no arguments is called; everything else, null included, stays what it is.

@@ -557,7 +557,19 @@ void Parser::Update()
 
 util::String Parser::ToCode()
 {
-    return m_rootClosure->ToExpression()->ToCode();
+    const CodeBlockPtr root = util::DynamicCast<CodeBlock>(m_rootClosure->ToExpression());
+    CodeBlock saved;
+    for (const ExpressionPtr& statement : root->GetElements())
+    {
+        const Assignment* assignment = statement->AsAssignment();
+        const bool isRootVariable = assignment && !assignment->GetTarget()->GetOwnerExpression();
+        if (!isRootVariable || assignment->GetTarget()->GetName() != IntrinsicsName)
+            saved.Add(statement);
+        else
+            LogWarning(util::String("Failed to print ") + IntrinsicsName +
+                       ": all arithmetic would be lost with it");
+    }
+    return saved.ToCode();
 }
 
 void Parser::SaveConfig(util::String path)

@@ -25,7 +25,8 @@ public:
     CodeBlockPtr Parse(const util::String& text);
     CodeBlockPtr Parse(const TokenList& tokens);
 
-    // These never throw. Afterwards all attributes are up to date.
+    // Whatever a script throws ends here. Afterwards all attributes are up to date; only what the setter
+    // or callback of one of them throws, and is no std::exception, goes through.
 
     /// Runs the expression in the root closure. A failure is reported on the error sink and gives an
     /// ErrorObject, as does null, which is what a text that does not parse gives.
@@ -38,7 +39,8 @@ public:
     /// Once a frame: recalculates all formulas.
     void Update();
 
-    /// The whole root closure as statements that would set it up again.
+    /// The whole root closure as statements that would set it up again. What a script put in the place
+    /// of the intrinsics is left out with a warning: read back, it would break all arithmetic.
     util::String ToCode();
     /// Writes ToCode to the file, unless that is empty. A failure is logged.
     void SaveConfig(util::String path);

@@ -219,6 +219,47 @@ TEST_F(Attributes, SurviveASetterThatRefusesEverything)
     owner->RemoveVariable("odd");
 }
 
+TEST_F(Attributes, AreUnboundAgainAfterAStrangeFailure)
+{
+    const ReflectedPtr owner = QUIB_NEW Reflected("Strange");
+    owner->AddToRoot();
+    bool isStrange = false;
+    float stored = 1;
+    // The value that the getter gives differs from the last one, so that the setter is asked.
+    owner->AddVariable(QUIB_NEW AttribGetSet<float>(
+        "odd", 1.0f, [&] { return stored += 1; },
+        [&](const float&)
+        {
+            if (isStrange)
+                throw 5;
+        }));
+    isStrange = true;
+    EXPECT_THROW(owner->GetVariable("odd")->SetObject(ValueToObject("x")), int);
+    isStrange = false;
+    owner->GetVariable("odd")->SetObject(ValueToObject("x"));
+    EXPECT_NE("x", owner->GetObject("odd")->ToText());
+    owner->RemoveVariable("odd");
+}
+
+TEST_F(Attributes, LetAStrangeFailurePassThrough)
+{
+    const ReflectedPtr owner = QUIB_NEW Reflected("Passing");
+    owner->AddToRoot();
+    bool isStrange = false;
+    owner->AddVariable(QUIB_NEW AttribGetSet<float>(
+        "odd", 1.0f, [] { return 1.0f; },
+        [&](const float&)
+        {
+            if (isStrange)
+                throw 5;
+        }));
+    owner->GetVariable("odd")->SetObject(ValueToObject(2.0f));
+    isStrange = true;
+    EXPECT_THROW(AbstractAttrib::CalcAll(), int);
+    EXPECT_THROW(Parser().Update(), int);
+    owner->RemoveVariable("odd");
+}
+
 TEST_F(Attributes, TellOfChangesOnly)
 {
     const util::SharedPtr<Fan> fan = MakeFan();

@@ -285,6 +285,7 @@ TEST_F(CodeOutput, PrintsListsAndCalls)
     // An empty operand prints as nothing; an empty element adds nothing.
     EXPECT_EQ(" - x", Parser().Parse(std::string("- x"))->ToCode());
     EXPECT_EQ("[1]", Parser().Parse(std::string("[, 1]"))->ToCode());
+    EXPECT_EQ("a = b = ", Parser().Parse(std::string("a = b = ;"))->ToCode());
 }
 
 TEST_F(CodeOutput, PrintsInfixDeclarations)
@@ -340,7 +341,10 @@ TEST_F(CodeOutput, CountsTheArgumentsOfAnInfix)
     EXPECT_EQ("op", infix->GetName());
     EXPECT_EQ(2, infix->GetArgCount());
     EXPECT_EQ("infix 1 left: _ op _ => 1;\n", infix->DeclarationCode());
+    test::LogCapture log(logging::LogInfo);
     EXPECT_THROW(InfixFunctionCall(infix, {one}), BadCoderException);
+    EXPECT_TRUE(
+        log.Has("Code assertion failed: \"m_infix->GetArgCount() == args.size()\" in function"));
     EXPECT_EQ("1 op 1", InfixFunctionCall(infix, {one, one}).ToCode());
 }
 

@@ -111,3 +111,13 @@ TEST_F(Completion, EndsWithObjectsThatHoldEachOther)
     EXPECT_EQ(before, longLine);
     static_cast<ClassObject&>(*Root().GetObject("math")).RemoveVariable("again");
 }
+
+TEST_F(Completion, OfLongNamesTakesLinearTime)
+{
+    const std::string name(1000000, 'n');
+    Root().AddVariable2(name + "a", ValueToObject(1));
+    Root().AddVariable2(name + "b", ValueToObject(1));
+    std::string line = "1 + nnn";
+    EXPECT_EQ(2u, Parser().Expand(line).size());
+    EXPECT_EQ("1 + " + name, line);
+}

@@ -95,6 +95,25 @@ TEST_F(Config, UnknownSettingsBecomeVariablesAndAreSavedAgain)
               Parser().ToCode());
 }
 
+TEST_F(Config, LeavesOutWhatStandsInThePlaceOfTheIntrinsics)
+{
+    const ObjectPtr math = Root().GetObject("math");
+    Run("x = 3; math = 5");
+    EXPECT_EQ("5", Run("math"));
+    EXPECT_EQ("error", Run("1 + 1"));
+    test::LogCapture log(logging::LogWarning);
+    Parser().SaveConfig(m_path);
+    EXPECT_EQ("x = 3", test::Slurp(m_path));
+    EXPECT_EQ(1u, log.Lines().size());
+    EXPECT_TRUE(log.Has("Failed to print math: all arithmetic would be lost with it"));
+    Root().GetVariable("math")->SetObject(math);
+    // What is added to the intrinsics themselves harms nobody.
+    Run("math.own = 4");
+    Parser().SaveConfig(m_path);
+    EXPECT_EQ("math.own = 4;\nx = 3", test::Slurp(m_path));
+    EXPECT_EQ("2", Run("1 + 1"));
+}
+
 TEST_F(Config, AMissingFileIsALoggedFailure)
 {
     test::LogCapture log;

@@ -392,6 +392,37 @@ TEST_F(Limits, DoublingAListEndsAt16MillionElements)
     EXPECT_GT(list->GetDeepSize(), MaxListLength / 4);
 }
 
+TEST_F(Limits, TheStringsOfAListEndAtAGigabyte)
+{
+    Run("s = \"0123456789abcdef\"");
+    for (int i = 0; i < 21; ++i)
+        Run("s = s + s");
+    Run("l = []");
+    int rounds = 0;
+    while (rounds < 100 && WarningOf("l = [l, s + \"a\"]; 1").empty())
+        ++rounds;
+    EXPECT_EQ(31, rounds);
+    EXPECT_EQ("Failed to evaluate: l = [l, s + \"a\"], List too long",
+              WarningOf("l = [l, s + \"a\"]; 1"));
+    Run("l = 1");
+}
+
+TEST_F(Limits, ManyNamesOfOneListAreSavedAsFarAsMemoryGoes)
+{
+    Run("l = [1, 2, 3, 4, 5, 6, 7, 8]");
+    for (int i = 0; i < 17; ++i)
+        Run("l = [l, l]");
+    std::string names = "z = 1;";
+    for (int i = 0; i < 200; ++i)
+        names += "l" + util::ToString(i) + " = l;";
+    Run(names);
+    test::LogCapture log(logging::LogWarning);
+    const std::string code = Parser().ToCode();
+    EXPECT_LT(code.size(), size_t(200) << 20);
+    EXPECT_LT(100u, log.Count("Failed to print l"));
+    EXPECT_TRUE(util::ends_with(code, "z = 1"));
+}
+
 TEST_F(Limits, AListThatIsTooLongToPrintIsLeftOutOfTheCode)
 {
     Run("s = \"0123456789abcdef\"");
