@@ -3,7 +3,9 @@
 #include "script/Expressions.h"
 #include "script/WordSet.h"
 
-#include <limits>
+#include <algorithm>
+#include <cmath>
+#include <map>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -16,7 +18,7 @@ struct InfixWords
 {
     std::unordered_set<util::String> words;
     bool begins[256] = {};
-    bool hasWordless = false;
+    bool hasWordless = false; // some infix consists of holes only, so that names prove nothing
 };
 
 InfixWords& AllInfixWords()
@@ -25,44 +27,61 @@ InfixWords& AllInfixWords()
     return *s_words;
 }
 
-bool FitsIn(const Infix& infix, const WordSet& words)
+// The words of the infix, each once.
+struct Candidate
 {
-    for (const util::String& entry : infix.GetPattern())
-        if (!entry.empty() && !words.Contains(entry))
-            return false;
-    return true;
-}
-}
+    InfixPtr infix;
+    std::vector<util::String> words;
 
-struct Scope::InfixTable
-{
-    // Under their first word, so that only those are looked at that have a word in the statement.
-    std::unordered_map<util::String, std::vector<InfixPtr>> byFirstWord;
-    std::vector<InfixPtr> wordless;
+    bool FitsIn(const WordSet& present) const
+    {
+        for (const util::String& word : words)
+            if (!present.Contains(word))
+                return false;
+        return true;
+    }
 };
 
-namespace
+// NaN binds most strongly, so that the order is one.
+struct BindsMoreWeakly
 {
-// The candidates of one scope that bind most weakly.
+    bool operator()(double a, double b) const { return a < b || (std::isnan(b) && !std::isnan(a)); }
+};
+
+using Candidates = std::multimap<double, Candidate, BindsMoreWeakly>;
+
+// The infixes of one scope that fit and bind most weakly.
 struct WeakestInfixes
 {
-    double precedence = std::numeric_limits<double>::infinity();
     std::vector<InfixPtr> infixes;
 
-    void Consider(const std::vector<InfixPtr>& candidates, const WordSet& words)
+    void Consider(const Candidates& candidates, const WordSet& words)
     {
-        for (const InfixPtr& infix : candidates)
+        const BindsMoreWeakly bindsMoreWeakly;
+        for (const auto& candidate : candidates)
         {
-            if (infix->GetPrecedence() > precedence || !FitsIn(*infix, words))
+            if (!infixes.empty() && bindsMoreWeakly(infixes[0]->GetPrecedence(), candidate.first))
+                return;
+            if (!candidate.second.FitsIn(words))
                 continue;
-            if (infix->GetPrecedence() < precedence)
+            if (!infixes.empty() && bindsMoreWeakly(candidate.first, infixes[0]->GetPrecedence()))
                 infixes.clear();
-            precedence = infix->GetPrecedence();
-            infixes.push_back(infix);
+            infixes.push_back(candidate.second.infix);
+            // More of them would only be as ambiguous.
+            if (infixes.size() > 1)
+                return;
         }
     }
 };
 }
+
+struct Scope::InfixTable
+{
+    // Each under that of its words which had fewest when it was added, so that those are looked at that
+    // have it in the statement, and few besides.
+    std::unordered_map<util::String, Candidates> byWord;
+    Candidates wordless;
+};
 
 Scope::Scope(util::String name)
     : Reflected(std::move(name))
@@ -80,26 +99,27 @@ Scope::~Scope() = default;
 
 void Scope::AddInfix(InfixPtr infix)
 {
-    InfixWords& all = AllInfixWords();
-    const util::String* firstWord = nullptr;
-    for (const util::String& entry : infix->GetPattern())
-        if (!entry.empty())
-        {
-            all.words.insert(entry);
-            all.begins[static_cast<unsigned char>(entry[0])] = true;
-            if (!firstWord)
-                firstWord = &entry;
-        }
-
     if (!m_infixes)
         m_infixes = std::make_unique<InfixTable>();
-    if (firstWord)
-        m_infixes->byFirstWord[*firstWord].push_back(infix);
-    else
+    const std::vector<util::String>& pattern = infix->GetPattern();
+    std::vector<util::String> words(pattern.begin(), pattern.end());
+    std::sort(words.begin(), words.end());
+    words.erase(std::unique(words.begin(), words.end()), words.end());
+    words.erase(std::remove(words.begin(), words.end(), util::String()), words.end());
+
+    InfixWords& all = AllInfixWords();
+    all.hasWordless = all.hasWordless || words.empty();
+    Candidates* fewest = words.empty() ? &m_infixes->wordless : nullptr;
+    for (const util::String& word : words)
     {
-        all.hasWordless = true;
-        m_infixes->wordless.push_back(infix);
+        all.words.insert(word);
+        all.begins[static_cast<unsigned char>(word[0])] = true;
+        Candidates& candidates = m_infixes->byWord[word];
+        if (!fewest || candidates.size() < fewest->size())
+            fewest = &candidates;
     }
+    const double precedence = infix->GetPrecedence();
+    fewest->emplace(precedence, Candidate{std::move(infix), std::move(words)});
 }
 
 bool Scope::MayBeInfixWord(const util::String& word)
@@ -141,12 +161,13 @@ InfixPtr Scope::GetInfix(const WordSet& words) const
         weakest.Consider(table.wordless, words);
         for (const util::String* word : present)
         {
-            const auto found = table.byFirstWord.find(*word);
-            if (found != table.byFirstWord.end())
+            const auto found = table.byWord.find(*word);
+            if (found != table.byWord.end())
                 weakest.Consider(found->second, words);
         }
 
-        if (result && result->GetPrecedence() < weakest.precedence)
+        if (result && (weakest.infixes.empty() ||
+                       result->GetPrecedence() < weakest.infixes[0]->GetPrecedence()))
             continue;
         if (weakest.infixes.size() > 1)
             QUIB_THROW(ParseException("Multiple mathcing infix functions found"));

@@ -483,13 +483,33 @@ TEST_F(Limits, LongTextsTakeLinearTime)
     EXPECT_LT(SecondsFor([] { Parser().Parse("1" + Repeat(" + 1", Many)); }), limit);
     EXPECT_LT(SecondsFor([] { Parser().Parse("1" + Repeat(" + 1 - 2", Many)); }), limit);
 
-    std::string names, infixes;
+    std::string names, infixes, sharing, ranked, longInfix, longUse, oneWord;
     for (int i = 0; i < Many; ++i)
     {
         const std::string n = util::ToString(i);
         names += "name" + n + " = " + n + ";";
+        sharing += "infix 3 left: _ shared _ own" + n + " _ => f; x shared y;";
+        ranked += "infix " + util::ToString(Many - i) + " left: _ shared _ => f; x shared y;";
+        longInfix += " _ part" + n;
+        longUse += " 1 part" + n;
+        oneWord += " shared _";
         infixes += "infix 3 left: _ word" + n + " _ => math.add; x = 1 word" + n + " 2;";
     }
     EXPECT_LT(SecondsFor([&] { Run(names); }), limit);
     EXPECT_LT(SecondsFor([&] { Parser().Parse("{" + infixes + "}"); }), limit);
+    EXPECT_LT(SecondsFor([&] { EXPECT_TRUE(Parser().Parse("{" + sharing + "}")); }), limit);
+    EXPECT_LT(SecondsFor([&] { EXPECT_TRUE(Parser().Parse("{" + ranked + "}")); }), limit);
+    EXPECT_LT(SecondsFor(
+                  [&] {
+                      EXPECT_TRUE(Parser().Parse("{infix 3 left:" + longInfix + " _ => f;" +
+                                                 longUse + " 1}"));
+                  }),
+              limit);
+    EXPECT_LT(SecondsFor(
+                  [&]
+                  {
+                      Parser().Parse("{infix 3 left: _" + oneWord + " other => f;" +
+                                     Repeat("x shared y;", Many) + "}");
+                  }),
+              limit);
 }
