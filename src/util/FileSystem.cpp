@@ -5,6 +5,7 @@
 
 #include <boost/filesystem.hpp>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,6 +59,12 @@ bool FileSystem::FileExists(const String& path)
     return fs::exists(path);
 }
 
+bool FileSystem::IsFile(const String& path)
+{
+    boost::system::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
 void FileSystem::EraseFile(const String& path)
 {
     fs::remove(path);
@@ -90,9 +97,11 @@ void FileSystem::RenameFile(const String& from, const String& to)
 long FileSystem::GetFileSize(const String& path)
 {
     FILEWrapper file(path, "rb");
-    std::fseek(file.GetFile(), 0, SEEK_END);
-    const long size = std::ftell(file.GetFile());
+    const bool isAtEnd = std::fseek(file.GetFile(), 0, SEEK_END) == 0;
+    const long size = isAtEnd ? std::ftell(file.GetFile()) : -1;
     std::fclose(file.GetFile());
+    if (size < 0)
+        QUIB_THROW(FileReadException("Failed to seek in FILE"));
     return size;
 }
 
@@ -133,6 +142,28 @@ String FollowLinks(const String& path)
     }
     return target.string();
 }
+
+/// Where the path's new text stands until it is whole.
+String BesideOf(const String& target)
+{
+    return target + ".tmp";
+}
+
+/// For a device or a pipe, in which nobody writes beside. A pipe that nobody reads is a failure and not
+/// an endless wait.
+FILE* OpenForWriting(const String& path)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return nullptr;
+    ::fcntl(file, F_SETFL, 0); // from here on a slow reader is waited for
+    return ::fdopen(file, "wb");
+}
+}
+
+void FileSystem::EraseLeftover(const String& path)
+{
+    EraseFileIfPossible(BesideOf(FollowLinks(path)));
 }
 
 ReplacingFile::ReplacingFile(const String& path)
@@ -142,7 +173,7 @@ ReplacingFile::ReplacingFile(const String& path)
     const bool exists = ::stat(path.c_str(), &old) == 0;
     if (exists && (!S_ISREG(old.st_mode) || starts_with(path, "/dev/")))
     {
-        m_file = std::fopen(path.c_str(), "wb");
+        m_file = OpenForWriting(path);
         if (!m_file)
             Fail();
         return;
@@ -151,7 +182,7 @@ ReplacingFile::ReplacingFile(const String& path)
     if (exists && ::euidaccess(path.c_str(), W_OK) != 0)
         Fail();
     m_target = FollowLinks(path);
-    m_beside = m_target + ".tmp";
+    m_beside = BesideOf(m_target);
     m_file = std::fopen(m_beside.c_str(), "wb");
     if (!m_file)
         Fail();

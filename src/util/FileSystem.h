@@ -82,12 +82,19 @@ public:
     String SceneDir() const { return m_workDir + "scenes/"; }
     String QuibletDir() const { return SceneDir() + "quiblets/"; }
 
+    /// @throws boost::filesystem::filesystem_error  when nobody can tell: a folder on the way that may
+    ///                                              not be searched, a link to itself
     bool FileExists(const String& path);
+    /// Whether it leads to a file, and not to a folder, a pipe or a device. Throws nothing.
+    bool IsFile(const String& path);
     void EraseFile(const String& path);
     /// A failure is logged and goes no further.
     void EraseFileIfPossible(const String& path);
+    /// What a save that was killed half way has left beside the path.
+    void EraseLeftover(const String& path);
     /// Refuses when the target exists. A failure is logged and goes no further.
     void RenameFile(const String& from, const String& to);
+    /// Bytes. @throws FileReadException
     long GetFileSize(const String& path);
     /// Text only: a piece of up to 1024 bytes ends at a NUL byte, of which a warning tells.
     /// @throws FileReadException

@@ -237,6 +237,86 @@ TEST(FileSystem, WritesToWhatIsNoFileInPlace)
     EXPECT_EQ("Failed to write file \"/dev/full\"", WriteError("/dev/full", "no room"));
 }
 
+TEST(FileSystem, DoesNotWaitForAPipesReader)
+{
+    test::TempDir dir;
+    ASSERT_EQ(0, mkfifo((dir / "pipe").c_str(), 0600));
+    EXPECT_EQ("Failed to write file \"" + (dir / "pipe") + "\"",
+              WhatOf<Exception>([&] { Files().WriteFile(dir / "pipe", "text"); }));
+}
+
+TEST(FileSystem, WaitsForAReaderThatIsSlow)
+{
+    test::TempDir dir;
+    ASSERT_EQ(0, mkfifo((dir / "pipe").c_str(), 0600));
+    const size_t size = 1000000; // more than a pipe holds
+    const pid_t reader = fork();
+    if (reader == 0)
+    {
+        const int pipe = open((dir / "pipe").c_str(), O_RDONLY);
+        usleep(200000);
+        static char buffer[4096];
+        size_t read = 0;
+        for (ssize_t n; (n = ::read(pipe, buffer, sizeof(buffer))) > 0;)
+            read += n;
+        _exit(read == size ? 0 : 1);
+    }
+    for (int i = 0; i < 1000; ++i)
+    {
+        const int probe = open((dir / "pipe").c_str(), O_WRONLY | O_NONBLOCK);
+        if (probe >= 0)
+        {
+            Files().WriteFile(dir / "pipe", std::string(size, 'x'));
+            close(probe);
+            break;
+        }
+        usleep(10000);
+    }
+    int status = -1;
+    waitpid(reader, &status, 0);
+    EXPECT_EQ(0, status) << "all of it has arrived";
+}
+
+TEST(FileSystem, ErasesWhatAKilledSaveHasLeftBesideTheTarget)
+{
+    test::TempDir dir;
+    fs::create_directory(dir / "elsewhere");
+    test::Spit(dir / "elsewhere/a", "whole");
+    test::Spit(dir / "elsewhere/a.tmp", "half");
+    fs::create_symlink("elsewhere/a", dir / "link");
+    Files().EraseLeftover(dir / "link");
+    EXPECT_FALSE(fs::exists(dir / "elsewhere/a.tmp"));
+    EXPECT_EQ("whole", test::Slurp(dir / "elsewhere/a"));
+    test::LogCapture log(7);
+    Files().EraseLeftover(dir / "link");
+    EXPECT_EQ("", log.Text()) << "mostly there is none";
+}
+
+TEST(FileSystem, KnowsFilesFromWhatOnlyHasAName)
+{
+    test::TempDir dir;
+    test::Spit(dir / "file", "");
+    fs::create_symlink("file", dir / "link");
+    fs::create_symlink("loop", dir / "loop");
+    ASSERT_EQ(0, mkfifo((dir / "pipe").c_str(), 0600));
+    EXPECT_TRUE(Files().IsFile(dir / "file"));
+    EXPECT_TRUE(Files().IsFile(dir / "link"));
+    for (const char* name : {"", "loop", "pipe", "nothing"})
+        EXPECT_FALSE(Files().IsFile(dir / name)) << name;
+    EXPECT_FALSE(Files().IsFile("/dev/zero"));
+}
+
+TEST(FileSystem, APipeHasNoSize)
+{
+    int ends[2];
+    ASSERT_EQ(0, pipe(ends));
+    EXPECT_EQ("Failed to seek in FILE",
+              WhatOf<FileReadException>(
+                  [&] { Files().GetFileSize("/proc/self/fd/" + std::to_string(ends[0])); }));
+    close(ends[0]);
+    close(ends[1]);
+}
+
 TEST(FileSystem, LeavesTheOldFileWholeWhenTheDiskIsFull)
 {
     test::TempDir dir;
