@@ -315,6 +315,8 @@ void RunOptions(const RunnerOptions& options)
 
 int RunHeadless(int argc, char** argv)
 {
+    // Whoever reads the first lines only still gets all files.
+    std::signal(SIGPIPE, SIG_IGN);
     try
     {
         RunnerOptions options;

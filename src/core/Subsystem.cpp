@@ -292,9 +292,15 @@ void Subsystem::HandleSignals()
     action.sa_flags = SA_RESETHAND;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    // Whoever started this under nohup wants it to outlive the terminal.
+    struct sigaction old = {};
+    if (sigaction(SIGHUP, nullptr, &old) == 0 && old.sa_handler != SIG_IGN)
+        sigaction(SIGHUP, &action, nullptr);
     action.sa_handler = OnScreenshotSignal;
     action.sa_flags = SA_RESTART;
     sigaction(SIGUSR1, &action, nullptr);
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &action, nullptr);
 }
 
 void Subsystem::PumpEvents()

@@ -52,8 +52,9 @@ public:
 
     void OnOtherEvent(const input::InputEvent& event) override;
 
-    /// From here on SIGINT and SIGTERM end the program like the closing of its window, and SIGUSR1
-    /// takes a screenshot. A second SIGINT or SIGTERM kills, should the loop not get to see the first.
+    /// From here on SIGINT, SIGTERM and SIGHUP end the program like the closing of its window, and
+    /// SIGUSR1 takes a screenshot. A second one of the same kind kills, should the loop not get to see
+    /// the first. A reader of standard output that has gone ends nothing.
     static void HandleSignals();
 
 private:

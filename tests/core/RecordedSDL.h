@@ -3,6 +3,7 @@
 // a real X server makes of it all is the matter of tests/window.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,12 @@ struct SDL
     int alphaBits = 8; // -1: can't be asked for
     int displayWidth = 0, displayHeight = 0;
     int swaps = 0;
+    std::vector<std::string> icons; // as "16x16"
+
+    // Acts in the midst of the program, once they are set. What they throw flies through it.
+    std::function<void()> onMode; // when a window is asked for
+    std::function<void()> onSwap; // when a frame is shown
+    std::function<void()> onQuit; // just before SDL is gone
 
     unsigned now = 1000; // milliseconds
     std::vector<unsigned> delays;

@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 #include <SDL.h>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <map>
@@ -70,6 +71,8 @@ extern "C"
     SDL_Surface* SDL_SetVideoMode(int width, int height, int bpp, Uint32 flags)
     {
         static SDL_Surface s_screen;
+        if (State().onMode)
+            State().onMode();
         State().modes.push_back(std::to_string(width) + "x" + std::to_string(height) + " bpp " +
                                 std::to_string(bpp) + recorded::FlagNames(flags));
         if (!State().modeFails)
@@ -89,6 +92,20 @@ extern "C"
     void SDL_GL_SwapBuffers()
     {
         ++State().swaps;
+        if (State().onSwap)
+            State().onSwap();
+    }
+
+    void SDL_WM_SetIcon(SDL_Surface* icon, Uint8*)
+    {
+        State().icons.push_back(std::to_string(icon->w) + "x" + std::to_string(icon->h));
+    }
+
+    void SDL_Quit()
+    {
+        if (State().onQuit)
+            State().onQuit();
+        reinterpret_cast<void (*)()>(dlsym(RTLD_NEXT, "SDL_Quit"))();
     }
 
     GLenum glewInit()

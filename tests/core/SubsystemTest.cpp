@@ -19,7 +19,10 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 
@@ -916,16 +919,74 @@ TEST_F(SubsystemTest, AFailingScreenshotIsLoggedAndTheProgramGoesOn)
     });
 }
 
-TEST_F(SubsystemTest, SigtermAndSigintEndTheLoopInOrder)
+TEST_F(SubsystemTest, SigtermSigintAndSighupEndTheLoopInOrder)
 {
-    for (const int signal : {SIGTERM, SIGINT})
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         EXPECT_FINE_IN_FRESH_PROCESS({
             Start();
+            std::signal(SIGHUP, SIG_DFL); // whatever these tests were started under
             Subsystem::HandleSignals();
             CountingResource resource;
             EachFrame([&](int) { raise(signal); });
             System()->Run();
             EXPECT_EQ(1, resource.unloads);
+        });
+}
+
+TEST_F(SubsystemTest, AClosedTerminalDoesNotEndWhatWasStartedUnderNohup)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        std::signal(SIGHUP, SIG_IGN);
+        Subsystem::HandleSignals();
+        int frames = 0;
+        EachFrame(
+            [&](int frame)
+            {
+                frames = frame;
+                raise(SIGHUP);
+                if (frame == 3)
+                    System()->Exit();
+            });
+        System()->Run();
+        EXPECT_EQ(3, frames);
+    });
+}
+
+TEST_F(SubsystemTest, AReaderOfStandardOutputThatHasGoneEndsNothing)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        Subsystem::HandleSignals();
+        int ends[2];
+        ASSERT_EQ(0, pipe(ends));
+        close(ends[0]);
+        EXPECT_EQ(-1, write(ends[1], "x", 1));
+        EXPECT_EQ(EPIPE, errno);
+    });
+}
+
+TEST_F(SubsystemTest, TakesItsIconFromTheWorkDirectory)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        setenv("SDL_VIDEODRIVER", "dummy", 1);
+        SDL_Surface* picture = SDL_CreateRGBSurface(SDL_SWSURFACE, 16, 8, 24, 0, 0, 0, 0);
+        ASSERT_EQ(0, SDL_SaveBMP(picture, (dir / "Quib.bmp").c_str()));
+        Start();
+        EXPECT_EQ(Lines{"16x8"}, State().icons);
+    });
+}
+
+TEST_F(SubsystemTest, WithoutAnIconSDLKeepsItsOwn)
+{
+    for (const char* broken : {"", "BM but no picture"})
+        EXPECT_FINE_IN_FRESH_PROCESS({
+            if (*broken)
+                test::Spit(dir / "Quib.bmp", broken);
+            test::LogCapture log(7);
+            Start();
+            EXPECT_EQ(Lines(), State().icons);
+            EXPECT_EQ("", log.Text());
         });
 }
 
@@ -958,6 +1019,37 @@ TEST_F(SubsystemTest, Sigusr1TakesAScreenshotEachTime)
         System()->Run();
         EXPECT_EQ(2u,
                   util::FileSystem::GetInstancePtr()->FilesInDir(dir / "screenshots", "*").size());
+    });
+}
+
+TEST_F(SubsystemTest, RendererAndInputGoBeforeTheGUIAndTheFilesAfterIt)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        rendering::Renderer::GetInstancePtr();
+        class LastWitness : public gui::Component
+        {
+        public:
+            explicit LastWitness(Lines& seen)
+                : m_seen(seen)
+            {
+            }
+            ~LastWitness() override
+            {
+                m_seen = {rendering::Renderer::Exists() ? "Renderer" : "no Renderer",
+                          input::Input::Exists() ? "Input" : "no Input",
+                          util::FileSystem::Exists() ? "FileSystem" : "no FileSystem",
+                          SDL_WasInit(SDL_INIT_VIDEO) ? "SDL" : "no SDL"};
+            }
+
+        private:
+            Lines& m_seen;
+        };
+        Lines seen;
+        gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(QUIB_NEW LastWitness(seen));
+        script::Parser::Destroy();
+        Subsystem::Destroy();
+        EXPECT_EQ((Lines{"no Renderer", "no Input", "FileSystem", "SDL"}), seen);
     });
 }
 

@@ -79,7 +79,8 @@ protected:
     /// Nothing of a run stays behind.
     bool IsTidy() const { return fs::is_empty(m_dir + "tmp"); }
 
-    pid_t Start(const std::vector<std::string>& arguments) const
+    /// @param readerHasGone  nobody reads standard output any more
+    pid_t Start(const std::vector<std::string>& arguments, bool readerHasGone = false) const
     {
         const pid_t pid = fork();
         if (pid != 0)
@@ -89,6 +90,13 @@ protected:
         setenv("TMPDIR", (m_dir + "tmp").c_str(), 1);
         unsetenv("DISPLAY");
         dup2(open((m_dir + "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+        int ends[2];
+        if (readerHasGone && pipe(ends) == 0)
+        {
+            close(ends[0]);
+            dup2(ends[1], STDOUT_FILENO);
+            std::signal(SIGPIPE, SIG_DFL);
+        }
         dup2(open((m_dir + "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
         std::vector<char*> argv{const_cast<char*>(QUIB_RUN)};
         for (const std::string& argument : arguments)
@@ -651,6 +659,17 @@ TEST_F(RunnerTest, WorksInADirectoryOfTheUsers)
     // No autosave: a later start of the program would take it for a crash.
     EXPECT_FALSE(fs::exists(Path("work/config.autosave.cfg")));
     EXPECT_FALSE(fs::exists(Path("work/scenes/_AUTOSAVE.qib")));
+}
+
+TEST_F(RunnerTest, WritesItsFilesEvenWhenNobodyReadsItsOutput)
+{
+    const Result result = Wait(Start({"-e", "1", "-e", "2", Scene("welcome"), "--steps", "3",
+                                      "--csv", "a.csv", "--save", "b.qib"},
+                                     true));
+    EXPECT_EQ(0, result.exitCode) << result.err;
+    EXPECT_FALSE(Slurp(Path("a.csv")).empty());
+    EXPECT_NE(std::string::npos, Slurp(Path("b.qib")).find("addBox"));
+    EXPECT_TRUE(IsTidy());
 }
 
 TEST_F(RunnerTest, LeavesNoTemporaryDirectoryBehind)
