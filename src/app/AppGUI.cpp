@@ -68,13 +68,14 @@ void AppGUI::OnKeyEvent(const input::KeyEvent& event)
     event.SetHandled(true);
 }
 
-void AppGUI::LoadScene(util::String name, bool autosave)
+bool AppGUI::LoadScene(util::String name, bool autosave)
 {
     std::replace(name.begin(), name.end(), '\\', '/');
     if (!autosave)
         FileInfo::GetInstancePtr()->SetFileName(name);
-    SceneLoader(MakeLongFileName(name)).Do();
+    const bool isLoaded = SceneLoader(MakeLongFileName(name)).Do();
     physics::Simulation::GetInstancePtr()->m_running = true;
+    return isLoaded;
 }
 
 void AppGUI::SaveSceneAs(const util::String& name, bool autosave)

@@ -25,7 +25,8 @@ public:
     /// stays.
     /// @param name      MakeLongFileName makes the path of it; "\" is as good as "/"
     /// @param autosave  the name is not kept as that of the current scene
-    void LoadScene(util::String name, bool autosave);
+    /// @return          whether it could be loaded
+    bool LoadScene(util::String name, bool autosave);
     /// What goes wrong reaches the log, and a file that was there before is still whole.
     void SaveSceneAs(const util::String& name, bool autosave);
 

@@ -16,7 +16,7 @@ namespace
 const Vec2 NoPan(1337.42f, -42.1337f);
 }
 
-void SceneLoader::Do()
+bool SceneLoader::Do()
 {
     try
     {
@@ -26,8 +26,11 @@ void SceneLoader::Do()
         if (!files->FileExists(m_path))
         {
             Log(logging::LogError, "Tried to load non-existing file: " + m_path);
-            return;
+            return false;
         }
+        // A pipe or a device may have no end.
+        if (!files->IsFile(m_path))
+            QUIB_THROW(FileReadException("Failed to open file \"" + m_path + "\""));
 
         Scene* scene = Scene::GetInstancePtr();
         FileInfo* info = FileInfo::GetInstancePtr();
@@ -41,6 +44,7 @@ void SceneLoader::Do()
             scene->ZoomToScene();
         scene->SetTexts(info->GetTitle(), info->GetAuthor(), info->GetDescription());
         Log(logging::LogVerbose, "Loaded scene " + m_path);
+        return true;
     }
     catch (std::exception& e)
     {
@@ -57,5 +61,6 @@ void SceneLoader::Do()
     // Nothing that was loaded shows a view of its own.
     if (Camera* camera = Scene::GetInstancePtr()->GetCamera().get(); camera->GetPan() == NoPan)
         camera->Reset();
+    return false;
 }
 }

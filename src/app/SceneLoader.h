@@ -14,8 +14,8 @@ public:
     {
     }
 
-    /// Throws nothing: what goes wrong reaches the log.
-    void Do();
+    /// Throws nothing: what goes wrong reaches the log. @return whether there is a scene now
+    bool Do();
 
 private:
     util::String m_path;

@@ -36,6 +36,8 @@ util::FileSystem* Files()
 
 bool AsksForVersion(int argc, char** argv)
 {
+    if (argc < 1)
+        return false;
     // Deliberate: anywhere in any argument, so that "x/version" asks too.
     return std::any_of(argv + 1, argv + argc,
                        [](const util::String& argument)
@@ -53,24 +55,53 @@ void WarnOfSecondCopy()
             "scenes");
 }
 
-/// @return false on the first run of all
-bool LoadConfiguration()
+/// What can't be looked at counts as missing, with a line in the log.
+bool Exists(const util::String& path)
 {
-    script::Parser* parser = script::Parser::GetInstancePtr();
-    parser->LoadConfig(Files()->ConfigDir() + CONFIG_AUTOEXEC);
-
-    // Its presence means that the last run did not end in order.
-    if (Files()->FileExists(Files()->ConfigDir() + CONFIG_AUTOSAVE))
+    try
     {
-        Log(logging::LogVerbose,
-            util::String("Recovering ") + CONFIG_AUTOSAVE + " from previous crash");
-        parser->LoadConfig(Files()->ConfigDir() + CONFIG_AUTOSAVE);
-        return true;
+        return Files()->FileExists(path);
     }
-    if (!Files()->FileExists(Files()->ConfigDir() + CONFIG_FILE))
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogWarning, "Failed to look at \"" + path + "\": " + e.what());
         return false;
-    parser->LoadConfig(Files()->ConfigDir() + CONFIG_FILE);
-    return true;
+    }
+}
+
+/// What is to be written over without having been read keeps its text under another name.
+void PutAside(const util::String& path)
+{
+    const util::String first = path + ".broken";
+    util::String aside = first;
+    for (int i = 2; Exists(aside); ++i)
+        aside = first + util::ToString(i);
+    Log(logging::LogWarning, "\"" + path + "\" can't be used and becomes \"" + aside + "\"");
+    Files()->RenameFile(path, aside);
+}
+
+/// A pipe or a device in place of the file may have no end.
+void LoadConfigFile(const util::String& path)
+{
+    if (Exists(path) && !Files()->IsFile(path))
+        Log(logging::LogWarning, "Not a file: \"" + path + "\"");
+    else
+        script::Parser::GetInstancePtr()->LoadConfig(path);
+}
+
+bool IsScript(const util::String& path)
+{
+    try
+    {
+        return Files()->IsFile(path) &&
+               script::Parser::GetInstancePtr()->Parse(Files()->ReadWholeFile(path));
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        return false; // whoever asked tells
+    }
 }
 
 core::WindowParams FirstWindowParams()
@@ -110,21 +141,6 @@ void LoadFirstScene(int argc, char** argv)
     }
     Log(logging::LogVerbose, "Loading argument " + path);
     App::GetInstancePtr()->GetAppGUI()->LoadScene(path, true);
-}
-
-void ShutDown()
-{
-    Log(logging::LogInfo, "Subsystem::Run returned, saving config...");
-    script::Parser::GetInstancePtr()->SaveConfig(Files()->ConfigDir() + CONFIG_FILE);
-    // From here on the next start sees an orderly end.
-    Files()->EraseFileIfPossible(Files()->ConfigDir() + CONFIG_AUTOSAVE);
-    App::GetInstancePtr()->OnShutdown();
-
-    Log(logging::LogInfo, "Destroying subsystem");
-    script::Parser::Destroy();
-    core::Subsystem::Destroy();
-    Log(logging::LogInfo, "Returning 0 from main");
-    logging::Logger::Destroy();
 }
 
 void RunProgram(int argc, char** argv)
@@ -176,23 +192,59 @@ void PrepareSceneDir()
         Log(logging::LogWarning,
             "Failed to make the folder " + Files()->QuibletDir() + ": " + error.message());
 
-    const std::vector<util::String> old = Files()->FilesInDir(Files()->SceneDir(), "*.cfg");
-    if (old.empty())
-        return;
-    Log(logging::LogVerbose, "Renaming old .cfg files to .qib...");
-    for (const util::String& name : old)
-        Files()->RenameFile(Files()->SceneDir() + name,
-                            Files()->SceneDir() + name.substr(0, name.size() - 3) + "qib");
+    try
+    {
+        const std::vector<util::String> old = Files()->FilesInDir(Files()->SceneDir(), "*.cfg");
+        if (old.empty())
+            return;
+        Log(logging::LogVerbose, "Renaming old .cfg files to .qib...");
+        for (const util::String& name : old)
+            Files()->RenameFile(Files()->SceneDir() + name,
+                                Files()->SceneDir() + name.substr(0, name.size() - 3) + "qib");
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogWarning,
+            "Failed to read the folder " + Files()->SceneDir() + ": " + e.what());
+    }
+}
+
+bool LoadConfiguration()
+{
+    LoadConfigFile(Files()->ConfigDir() + CONFIG_AUTOEXEC);
+
+    // Its presence means that the last run did not end in order.
+    const util::String autosave = Files()->ConfigDir() + CONFIG_AUTOSAVE;
+    const bool isRecovery = Exists(autosave);
+    if (isRecovery)
+    {
+        Log(logging::LogVerbose,
+            util::String("Recovering ") + CONFIG_AUTOSAVE + " from previous crash");
+        if (IsScript(autosave))
+        {
+            script::Parser::GetInstancePtr()->LoadConfig(autosave);
+            return true;
+        }
+        PutAside(autosave);
+    }
+    if (!Exists(Files()->ConfigDir() + CONFIG_FILE))
+        return isRecovery;
+    LoadConfigFile(Files()->ConfigDir() + CONFIG_FILE);
+    return true;
 }
 
 void LoadScene()
 {
     for (const char* name : {Scene_Autosave, Scene_Last, Scene_Welcome})
-        if (Files()->FileExists(Files()->SceneDir() + name))
-        {
-            App::GetInstancePtr()->GetAppGUI()->LoadScene(name, true);
+    {
+        const util::String path = Files()->SceneDir() + name;
+        if (!Exists(path))
+            continue;
+        if (App::GetInstancePtr()->GetAppGUI()->LoadScene(name, true) || name == Scene_Welcome)
             return;
-        }
+        PutAside(path);
+    }
 }
 
 util::String ScenePathFromArguments(int argc, char** argv)
@@ -202,9 +254,26 @@ util::String ScenePathFromArguments(int argc, char** argv)
     // Deliberate: all of them. A shell has split a path with blanks.
     const util::String path = util::Join(std::vector<util::String>(argv + 1, argv + argc), " ");
     // A bare name means the scene folder to everything below, but the current one to whoever typed it.
-    if (path.find('/') == util::String::npos && Files()->FileExists("./" + path))
+    if (path.find('/') == util::String::npos && Exists("./" + path))
         return "./" + path;
     return path;
+}
+
+void ShutDown()
+{
+    Log(logging::LogInfo, "Subsystem::Run returned, saving config...");
+    script::Parser::GetInstancePtr()->SaveConfig(Files()->ConfigDir() + CONFIG_FILE);
+    // From here on the next start sees an orderly end.
+    Files()->EraseFileIfPossible(Files()->ConfigDir() + CONFIG_AUTOSAVE);
+    App::GetInstancePtr()->OnShutdown();
+    Files()->EraseLeftover(Files()->ConfigDir() + CONFIG_AUTOSAVE);
+    Files()->EraseLeftover(Files()->SceneDir() + Scene_Autosave);
+
+    Log(logging::LogInfo, "Destroying subsystem");
+    script::Parser::Destroy();
+    core::Subsystem::Destroy();
+    Log(logging::LogInfo, "Returning 0 from main");
+    logging::Logger::Destroy();
 }
 
 void EndAfterFailure(const util::String& title, const util::String& message, PopupFunction popup)

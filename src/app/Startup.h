@@ -12,16 +12,27 @@ namespace app
 /// @throws std::runtime_error  when SDL can't be had
 void CreateServices();
 
+/// Runs autoexec.cfg, and then the settings: the autosave of a run that did not end in order, else
+/// config.cfg. An autosave that is no script is put aside and counts as none.
+/// @return false on the first run of all
+bool LoadConfiguration();
+
 /// Makes the folders of scenes and Quiblets where they are missing, and gives the scenes of old, which
 /// end in ".cfg", their new extension.
 void PrepareSceneDir();
 
-/// Loads the first scene that exists of autosave, exit scene and welcome scene.
+/// Loads the first scene that exists of autosave, exit scene and welcome scene. The first two will be
+/// saved over: one that can't be loaded is put aside, so that its owner may still look at it, and counts
+/// as none.
 void LoadScene();
 
 /// The path that the arguments from the first on name together, or "" when the last one does not end
 /// in ".qib".
 util::String ScenePathFromArguments(int argc, char** argv);
+
+/// What comes after the loop: saves settings and scene, erases what a next start would take for a run
+/// that did not end in order, and takes down what is taken down at all.
+void ShutDown();
 
 using PopupFunction = bool (*)(const util::String& title, const util::String& message);
 
