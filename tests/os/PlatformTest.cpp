@@ -45,6 +45,15 @@ TEST(GetDisplaySize, IsUnknownBeforeSDL)
     EXPECT_EQ((math::TVector2<int>(-1, -2)), size) << "left alone";
 }
 
+TEST(Clipboard, IsEmptyUntilSomethingIsCopied)
+{
+    EXPECT_EQ("", os::GetClipboardText());
+    os::SetClipboardText("caf\xe9");
+    EXPECT_EQ("caf\xe9", os::GetClipboardText());
+    os::SetClipboardText("");
+    EXPECT_EQ("", os::GetClipboardText());
+}
+
 TEST(ShowErrorPopup, WritesToStandardErrorAndStandsForTheFirstButton)
 {
     testing::internal::CaptureStderr();

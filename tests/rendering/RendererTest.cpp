@@ -212,6 +212,17 @@ TEST_F(RendererTest, AGLErrorIsThrownOnceGLHasLoadedAndSilentBefore)
         EXPECT_STREQ("GL-Error: invalid enumerant", e.what());
     }
     EXPECT_NO_THROW(rendering::CheckForGLError());
+
+    recorded::GL().error = 4711;
+    try
+    {
+        rendering::CheckForGLError();
+        FAIL() << "nothing thrown";
+    }
+    catch (const std::runtime_error& e)
+    {
+        EXPECT_STREQ("GL-Error: error 4711", e.what()) << "a code that GLU has no text for";
+    }
 }
 
 TEST_F(ScreenShotTest, WritesAnUncompressedTGA)

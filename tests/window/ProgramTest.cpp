@@ -551,12 +551,126 @@ TEST_F(ProgramTest, BrokenSettingsAreLogLinesAndTheProgramGoesOn)
     const char bytes[] = "\x7f"
                          "ELF\0\1\2\xff{{{[[[(((\"";
     const std::string binary(bytes, sizeof(bytes));
-    const std::string cases[] = {"", binary, "System.resolution = [30", "1 2 3 ;;; } } }"};
-    for (const std::string& text : cases)
+    const struct
     {
-        dir.Write("config.cfg", text);
-        dir.Write("autoexec.cfg", text);
+        const char* what;
+        std::string text;
+    } cases[] = {
+        {"binary", binary},
+        {"truncated", "System.resolution = [30"},
+        {"garbage", "1 2 3 ;;; } } }"},
+    };
+    for (const auto& c : cases)
+        for (const std::string name : {"autoexec.cfg", "config.cfg"})
+        {
+            SCOPED_TRACE(name + ", " + c.what);
+            for (const char* left : {"Logfile.txt", "autoexec.cfg", "config.cfg"})
+                boost::filesystem::remove(dir / left);
+            dir.Write(name, c.text);
+            RunOnce(server);
+            const std::string log = dir.Read("Logfile.txt");
+            const size_t named = log.find("Parsing " + name + "...\n");
+            ASSERT_NE(std::string::npos, named) << log;
+            const size_t end =
+                std::min(log.find("Parsing ", named + 1), log.find("Creating window..."));
+            EXPECT_LT(log.find("-- Warning: ", named), end) << log;
+        }
+}
+
+TEST_F(ProgramTest, ABrokenSceneIsNamedAndTheProgramGoesOn)
+{
+    XServer server;
+    for (const std::string text : {"\x7f"
+                                   "ELF\1\2\xff{{{[[[(((\"",
+                                   "Scene.addBox { pos = [3", "1 2 3 ;;; } } }"})
+    {
         dir.Write("scenes/_ONEXITSAVE.qib", text);
         RunOnce(server);
+        EXPECT_NE(std::string::npos,
+                  err.find("!! ERROR: Failed to load scene scenes/_ONEXITSAVE.qib\n"))
+            << err;
+        EXPECT_EQ(text, dir.Read("scenes/_ONEXITSAVE.qib.broken"));
+        boost::filesystem::remove(dir / "scenes/_ONEXITSAVE.qib.broken");
     }
+}
+
+TEST_F(ProgramTest, EmptySettingsAndAnEmptySceneAreFine)
+{
+    XServer server;
+    for (const char* name : {"config.cfg", "autoexec.cfg", "scenes/_ONEXITSAVE.qib"})
+        dir.Write(name, "");
+    RunOnce(server);
+    EXPECT_EQ("", err);
+    EXPECT_NE(std::string::npos, out.find("Loaded scene scenes/_ONEXITSAVE.qib")) << out;
+}
+
+TEST_F(ProgramTest, SettingsThatCannotBeReadAreNamedAndTheProgramGoesOn)
+{
+    XServer server;
+    boost::filesystem::create_directories(dir / "config.cfg/x");
+    RunOnce(server);
+    for (const char* line :
+         {"!! ERROR: Failed loading config file: Failed to open file \"autoexec.cfg\"",
+          "-- Warning: Not a file: \"config.cfg\""})
+        EXPECT_NE(std::string::npos, err.find(line)) << err;
+    EXPECT_TRUE(dir.Has("config.cfg/x"));
+
+    boost::filesystem::remove_all(dir / "config.cfg");
+    dir.Write("config.cfg", "App.DPI = 90.0");
+    boost::filesystem::permissions(dir / "config.cfg", boost::filesystem::no_perms);
+    for (const char* name : {"", "scenes", "scenes/quiblets", "Logfile.txt"})
+        boost::filesystem::permissions(dir / name, boost::filesystem::all_all);
+    Program::Options options;
+    options.asNobody = geteuid() == 0; // everything can be read by root
+    Program program(dir, server.Display(), options);
+    const bool started = program.WaitUntilItSays(Running);
+    program.Signal(SIGTERM);
+    const int result = program.Wait();
+    if (options.asNobody && !started && (result == 126 || result == 127))
+        GTEST_SKIP() << "others than root can't run the program where it lies";
+    EXPECT_EQ(0, result) << program.Err();
+    EXPECT_NE(std::string::npos, program.Err().find("!! ERROR: Failed loading config file: Failed "
+                                                    "to open file \"config.cfg\""))
+        << program.Err();
+    boost::filesystem::permissions(dir / "config.cfg", boost::filesystem::owner_all);
+    EXPECT_EQ("App.DPI = 90.0", dir.Read("config.cfg")) << "nor is it written over";
+}
+
+TEST_F(ProgramTest, AKillAtAnyMomentLeavesWholeFiles)
+{
+    XServer server;
+    // It saves all the time, and each save takes a while.
+    std::string scene;
+    for (int i = 0; i < 1000; ++i)
+        scene += "Scene.addBox { pos = [" + std::to_string(2 * i) + ".0, 0.0] };\n";
+    dir.Write("scenes/welcome.qib", scene + "Sim.gravitySwitch = false;\n");
+    dir.Write("autoexec.cfg",
+              "App.autosaveTime = 0.0; System.resolution = [64, 64];\n" + std::string(StandStill));
+    std::string config, world; // whole
+    std::srand(20);
+    for (int i = 0; i < 12; ++i)
+    {
+        SCOPED_TRACE(i);
+        Program program(dir, server.Display());
+        ASSERT_TRUE(program.WaitUntilItSays(Running)) << program.Err();
+        EXPECT_EQ(i > 0, program.Says("Recovering config.autosave.cfg from previous crash\n"));
+        EXPECT_EQ(i > 0, program.Says("Loaded scene scenes/_AUTOSAVE.qib")) << program.Out();
+        ASSERT_TRUE(test::WaitFor([&] { return dir.Has("scenes/_AUTOSAVE.qib"); }));
+        usleep(std::rand() % 200000);
+        program.Signal(SIGKILL);
+        EXPECT_EQ(-SIGKILL, program.Wait());
+        // Nothing moves: each save is like the first.
+        if (i == 0)
+        {
+            config = dir.Read("config.autosave.cfg");
+            world = dir.Read("scenes/_AUTOSAVE.qib");
+            EXPECT_EQ(1000u, Count(world, "Scene.addBox"));
+        }
+        EXPECT_EQ(config.size(), dir.Read("config.autosave.cfg").size());
+        EXPECT_EQ(1000u, Count(dir.Read("scenes/_AUTOSAVE.qib"), "Scene.addBox"));
+    }
+    RunOnce(server);
+    EXPECT_EQ((Names{"_ONEXITSAVE.qib", "quiblets", "welcome.qib"}), dir.List("scenes"));
+    EXPECT_FALSE(dir.Has("config.autosave.cfg"));
+    EXPECT_FALSE(dir.Has("config.autosave.cfg.tmp"));
 }
