@@ -28,6 +28,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <iomanip>

@@ -3,6 +3,7 @@
 #include "FreshProcess.h"
 #include "TestSupport.h"
 #include "app/App.h"
+#include "app/AppGUI.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -389,7 +390,7 @@ TEST_F(WholeProgramTest, TheApplicationKnowsAFirstRun)
                          []
                          {
                              recorded::State().onMode = [] {
-                                 Note(app::App::GetInstancePtr()->IsFirstTimeRunning()
+                                 Note(app::App::GetInstancePtr()->GetAppGUI()->WantsDefaults()
                                           ? "first"
                                           : "not the first");
                              };
