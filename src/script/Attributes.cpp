@@ -85,12 +85,21 @@ private:
     bool& m_flag;
 };
 
+// For the copy that is made of a string.
+void ChargeValue(const ObjectPtr& object)
+{
+    if (object && object->GetKind() == ObjectKind::String)
+        ChargeString(static_cast<const Value<util::String>&>(*object).GetValue().size());
+}
+
 ObjectPtr RunFormula(const ObjectPtr& formula)
 {
     try
     {
         const FormulaAllowance allowance;
-        return ExpandObject(formula);
+        ObjectPtr result = ExpandObject(formula);
+        ChargeValue(result);
+        return result;
     }
     catch (const CallUnwinder& unwinder)
     {
@@ -129,6 +138,7 @@ AbstractAttrib::~AbstractAttrib()
 
 void AbstractAttrib::SetObject(ObjectPtr object)
 {
+    ChargeValue(object);
     Variable::SetObject(std::move(object));
     CalcValue();
 }

@@ -39,24 +39,23 @@ bool IsChar(const Token& token, char c)
     return IsChar(token.text, c);
 }
 
-bool IsOperator(const Token& token, char c)
+/// The character of a name of one character, else 0.
+char GetOperator(const Token& token)
 {
-    return token.IsIdentifier() && IsChar(token, c);
-}
-
-bool IsBlockEnder(const util::String& text)
-{
-    return IsChar(text, ')') || IsChar(text, '}') || IsChar(text, ']');
+    return token.IsIdentifier() && token.text.size() == 1 ? token.text[0] : '\0';
 }
 
 bool IsBlockEnder(const Token& token)
 {
-    return IsBlockEnder(token.text);
+    return IsChar(token, ')') || IsChar(token, '}') || IsChar(token, ']');
 }
 
-bool IsStatementEnder(const Token& token)
+bool IsStatementEnder(const util::String& text)
 {
-    return EndsStatement(token.text);
+    if (text.size() != 1)
+        return false;
+    const char c = text[0];
+    return c == ')' || c == '}' || c == ']' || c == ';' || c == ',';
 }
 
 bool ParseBool(const util::String& text)
@@ -116,15 +115,15 @@ public:
     {
     }
 
+    /// True for an item that alone is a whole statement, by far the commonest case.
+    static bool IsWhole(const Expression& item)
+    {
+        const Identifier* name = item.AsIdentifier();
+        return !Scope::HasWordlessInfix() && !(name && Scope::MayBeInfixWord(name->GetName()));
+    }
+
     ExpressionPtr Fold()
     {
-        if (m_count == 1 && !Scope::HasWordlessInfix())
-        {
-            // By far the commonest case.
-            const Identifier* name = m_items[0]->AsIdentifier();
-            if (!name || !Scope::MayBeInfixWord(name->GetName()))
-                return m_items[0];
-        }
         for (size_t i = 0; i < m_count; ++i)
             if (const Identifier* name = m_items[i]->AsIdentifier())
                 if (Scope::MayBeInfixWord(name->GetName()))
@@ -220,7 +219,7 @@ std::vector<bool> FindFunctionHeads(const Token* begin, const Token* end)
     std::vector<size_t> open;
     for (const Token* it = begin; it != end; ++it)
     {
-        if (IsOperator(*it, '('))
+        if (GetOperator(*it) == '(')
             open.push_back(static_cast<size_t>(it - begin));
         else if (IsChar(*it, ')') && !open.empty())
         {
@@ -234,7 +233,7 @@ std::vector<bool> FindFunctionHeads(const Token* begin, const Token* end)
 
 bool EndsStatement(const util::String& text)
 {
-    return IsBlockEnder(text) || IsChar(text, ';') || IsChar(text, ',');
+    return IsStatementEnder(text);
 }
 
 // One per nested block, list, function and declaration.
@@ -383,9 +382,10 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
         }
 
         isComplete = true;
-        while (it != m_end && !IsStatementEnder(*it))
+        while (it != m_end && !IsStatementEnder(it->text))
         {
-            if (IsOperator(*it, '.'))
+            const char op = GetOperator(*it);
+            if (op == '.')
             {
                 ParserAssert(m_items.size() > first, "General parse error");
                 ++it;
@@ -394,7 +394,7 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
                 last = QUIB_NEW Identifier(last, it->text);
                 ++it;
             }
-            else if (IsOperator(*it, '='))
+            else if (op == '=')
             {
                 if (m_items.size() == first + 1)
                 {
@@ -411,21 +411,24 @@ ExpressionPtr Parser::ParseExpression(const ScopePtr& scope, TokenIt& it)
                                           (it != m_end ? util::Shorten(it->text) : util::String()) +
                                           ")"));
             }
-            else if (IsOperator(*it, '('))
+            else if (op == '(')
                 m_items.push_back(IsFunctionDeclaration(it) ? ParseFunctionDeclaration(scope, it)
                                                             : ParseBlock(scope, it));
-            else if (IsOperator(*it, '['))
+            else if (op == '[')
                 m_items.push_back(ParseListDeclaration(scope, it));
-            else if (IsOperator(*it, '{'))
+            else if (op == '{')
                 m_items.push_back(ParseFunctionDeclaration(scope, it));
             else
                 m_items.push_back(ParseLiteralOrName(*it++));
         }
-        if (isComplete && m_items.size() > first)
-        {
-            result = ItemFolder(*scope, &m_items[first], m_items.size() - first, m_depth).Fold();
-            m_items.resize(first);
-        }
+        const size_t count = m_items.size() - first;
+        if (!isComplete || count == 0)
+            continue;
+        if (count == 1 && ItemFolder::IsWhole(*m_items.back()))
+            result = m_items.back();
+        else
+            result = ItemFolder(*scope, &m_items[first], count, m_depth).Fold();
+        m_items.resize(first);
     }
 
     for (; !targets.empty(); targets.pop_back())

@@ -72,10 +72,11 @@ inline void Charge(int64_t cost)
         internal::ThrowRunsTooLong();
 }
 
-/// For a string of that length, which is about to be made.
+/// For a string of that length, which is about to be made. Short ones go with what makes them.
 inline void ChargeString(size_t length)
 {
-    Charge(static_cast<int64_t>(length) / BytesPerUnit);
+    if (__builtin_expect(length > 256, 0))
+        Charge(static_cast<int64_t>(length) / BytesPerUnit);
 }
 
 // What may be spent during its life. Within another allowance it counts towards that, and ends with it.

@@ -145,9 +145,7 @@ util::String ObjectToValue<util::String>(const ObjectPtr& object)
 {
     if (!IsKind(object, ObjectKind::String))
         QUIB_THROW(ScriptException("Not a string"));
-    const util::String& value = ValueOf<util::String>(object);
-    ChargeString(value.size());
-    return value;
+    return ValueOf<util::String>(object);
 }
 
 template<>
