@@ -90,13 +90,7 @@ void CallbackSet::Flush() const
 {
     if (!m_callbacks)
         return;
-    // The dead ones are released only after the walk: their end may change the set.
-    std::list<CallbackPtr> dead;
-    for (const CallbackPtr& callback : *m_callbacks)
-        if (!callback->HasOwner())
-            dead.push_back(callback);
-    for (const CallbackPtr& callback : dead)
-        Remove(callback);
+    internal::FlushDead(*m_callbacks, [this](const CallbackPtr& callback) { Remove(callback); });
 }
 
 void InterpolatorBase::UpdateAll()

@@ -7,6 +7,7 @@
 
 #include <boost/function.hpp>
 
+#include <exception>
 #include <list>
 #include <memory>
 
@@ -74,6 +75,34 @@ SharedPtr<CallbackArg<float>> MakeCallback(void (C::*member)(float), T* object)
     return QUIB_NEW CallbackArg<float>([member, object](float a) { (object->*member)(a); }, object);
 }
 
+namespace internal
+{
+/// Removes those whose owners are gone. They are released only after the walk, as their end may change
+/// the list or be that of its owner; what was thrown meanwhile travels on when this is done.
+template<typename Entry, typename R>
+void FlushDead(const std::list<Entry>& callbacks, R remove)
+{
+    std::exception_ptr failure;
+    {
+        std::list<Entry> dead;
+        try
+        {
+            for (const Entry& callback : callbacks)
+                if (!callback->HasOwner())
+                    dead.push_back(callback);
+            for (const Entry& callback : dead)
+                remove(callback);
+        }
+        catch (...)
+        {
+            failure = std::current_exception();
+        }
+    }
+    if (failure)
+        std::rethrow_exception(failure);
+}
+}
+
 class AbstractCallbackSet : public ClassTracker<AbstractCallbackSet>
 {
 public:
@@ -133,12 +162,7 @@ public:
     }
     void Flush() const override
     {
-        std::list<Entry> dead;
-        for (const Entry& callback : m_callbacks)
-            if (!callback->HasOwner())
-                dead.push_back(callback);
-        for (const Entry& callback : dead)
-            Remove(callback);
+        internal::FlushDead(m_callbacks, [this](const Entry& callback) { Remove(callback); });
     }
     size_t size() const { return m_callbacks.size(); }
 

@@ -87,6 +87,8 @@ public:
     bool FileExists(const String& path);
     /// Whether it leads to a file, and not to a folder, a pipe or a device. Throws nothing.
     bool IsFile(const String& path);
+    /// A file that is not there is no failure.
+    /// @throws boost::filesystem::filesystem_error  when it is there and stays
     void EraseFile(const String& path);
     /// A failure is logged and goes no further.
     void EraseFileIfPossible(const String& path);

@@ -9,31 +9,6 @@ namespace util
 {
 namespace
 {
-#if !defined(__SANITIZE_ADDRESS__)
-// Control blocks come and go by the hundred thousand with script values: a free list over slabs that
-// are never returned costs a third of the general allocator.
-struct FreeBlock
-{
-    FreeBlock* next;
-};
-
-FreeBlock* s_freeBlocks = nullptr;
-
-void AddSlab()
-{
-    const size_t count = 1024;
-    char* slab = static_cast<char*>(::operator new(count * sizeof(PointeeHandle)));
-    static std::vector<char*>* s_slabs = new std::vector<char*>;
-    s_slabs->push_back(slab);
-    for (size_t i = count; i-- > 0;)
-    {
-        FreeBlock* block = reinterpret_cast<FreeBlock*>(slab + i * sizeof(PointeeHandle));
-        block->next = s_freeBlocks;
-        s_freeBlocks = block;
-    }
-}
-#endif
-
 size_t s_lastFullFlushCount = 0;
 size_t s_lastSmallFlushCount = 0;
 
@@ -49,34 +24,7 @@ std::vector<Pointee*>& WaitingForDeletion()
 }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-// From the general allocator, so that the use of a freed block is seen.
-void* PointeeHandle::operator new(size_t size)
-{
-    return ::operator new(size);
-}
-void PointeeHandle::operator delete(void* p)
-{
-    ::operator delete(p);
-}
-#else
-void* PointeeHandle::operator new(size_t)
-{
-    static_assert(sizeof(PointeeHandle) == 3 * sizeof(void*), "a control block is three words");
-    if (!s_freeBlocks)
-        AddSlab();
-    FreeBlock* block = s_freeBlocks;
-    s_freeBlocks = block->next;
-    return block;
-}
-
-void PointeeHandle::operator delete(void* p)
-{
-    FreeBlock* block = static_cast<FreeBlock*>(p);
-    block->next = s_freeBlocks;
-    s_freeBlocks = block;
-}
-#endif
+static_assert(sizeof(PointeeHandle) == 3 * sizeof(void*), "a control block is three words");
 
 VectorPOD<PointeeHandle*>& PointeeHandle::Instances()
 {

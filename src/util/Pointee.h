@@ -3,6 +3,7 @@
 #pragma once
 
 #include "util/Failures.h"
+#include "util/SmallBlocks.h"
 #include "util/VectorPOD.h"
 
 #include <cstddef>
@@ -14,7 +15,7 @@ class Pointee;
 
 // The control block of one object. It outlives the object for as long as weak references stand, and
 // is freed by the sweep in Flush, not at the object's end.
-class PointeeHandle
+class PointeeHandle : public InSmallBlocks
 {
 public:
     explicit PointeeHandle(Pointee* ptr)
@@ -72,9 +73,6 @@ public:
 
     /// The number of control blocks in existence, dead ones that no sweep has met included.
     static size_t GetInstanceCount() { return Instances().size(); }
-
-    static void* operator new(size_t size);
-    static void operator delete(void* block);
 
 private:
     friend class Pointee;

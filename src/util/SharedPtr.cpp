@@ -10,7 +10,7 @@ void ThrowNullDereference(const char* handleKind, const char* location)
         std::runtime_error(std::string("Tried to dereference a NULL ") + handleKind);
 }
 
-void LogEscapedFromHandle(const char* what, const char* location)
+void LogContained(const char* what, const char* location)
 {
     if (what)
         Log(logging::LogInfo, std::string("Error: ") + what + "\n" + location + "\n");

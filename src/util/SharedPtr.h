@@ -7,6 +7,7 @@
 #include "util/Failures.h"
 #include "util/Pointee.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -16,7 +17,8 @@ namespace util
 namespace internal
 {
 [[noreturn]] void ThrowNullDereference(const char* handleKind, const char* location);
-void LogEscapedFromHandle(const char* what, const char* location);
+/// What goes no further than its place: "Error: " and the text, or "Fail" for null, and the location.
+void LogContained(const char* what, const char* location);
 }
 
 template<typename T>
@@ -115,11 +117,11 @@ private:
         }
         catch (std::exception& e)
         {
-            internal::LogEscapedFromHandle(e.what(), QUIB_LOCATION);
+            internal::LogContained(e.what(), QUIB_LOCATION);
         }
         catch (...)
         {
-            internal::LogEscapedFromHandle(nullptr, QUIB_LOCATION);
+            internal::LogContained(nullptr, QUIB_LOCATION);
         }
     }
 
@@ -156,11 +158,6 @@ template<typename T, typename U>
 SharedPtr<T> DynamicCast(const SharedPtr<U>& p)
 {
     return SharedPtr<T>(dynamic_cast<T*>(p.get()));
-}
-template<typename T, typename U>
-SharedPtr<T> StaticCast(const SharedPtr<U>& p)
-{
-    return SharedPtr<T>(static_cast<T*>(p.get()));
 }
 
 template<typename T>
@@ -308,11 +305,11 @@ public:
         }
         catch (std::exception& e)
         {
-            internal::LogEscapedFromHandle(e.what(), QUIB_LOCATION);
+            internal::LogContained(e.what(), QUIB_LOCATION);
         }
         catch (...)
         {
-            internal::LogEscapedFromHandle(nullptr, QUIB_LOCATION);
+            internal::LogContained(nullptr, QUIB_LOCATION);
         }
     }
 

@@ -24,7 +24,8 @@ struct FreeBlock
     FreeBlock* next;
 };
 
-const size_t Grain = 16; // any type may be aligned to it
+// Of the sizes. A type that must be aligned to 16 has a size of that grain, and so have its blocks.
+const size_t Grain = 8;
 const size_t MaxSize = 256;
 const size_t SlabSize = size_t(64) << 10;
 

@@ -1,5 +1,5 @@
-// Memory for small objects that come and go by the hundred thousand, such as script values and the nodes
-// of parsed texts. Freed blocks are kept for the next object of the same size, and nothing is merged:
+// Memory for small objects that come and go by the hundred thousand, such as script values, the nodes of
+// parsed texts and the control blocks of all counted objects. Freed blocks are kept for the next object of the same size, and nothing is merged:
 // running the text of 5,000 boxes takes two thirds of the time that it takes with the general allocator
 // (bench/script, RunScene).
 #pragma once

@@ -9,6 +9,8 @@ namespace util
 {
 using String = std::string;
 
+// Case is that of the letters a to z. All other bytes, the letters of Latin-1 above them included, are
+// equal to themselves only.
 String ToLower(const String& text);
 String ToUpper(const String& text);
 /// Empty parts between separators are kept, a trailing one included: "a,,b," gives a, "", b, "".

@@ -73,6 +73,7 @@ public:
         m_end = m_begin + n;
     }
 
+    /// Room for n elements in all: exactly that many, when there is less.
     /// @throws std::bad_alloc
     void reserve(size_t n)
     {

@@ -6,6 +6,10 @@
 
 #include <boost/bind.hpp>
 
+#include <exception>
+#include <list>
+#include <memory>
+
 using util::Callback;
 using util::CallbackArg;
 using util::CallbackArgSet;
@@ -294,6 +298,56 @@ TEST(CallbackSet, MayEndInItsOwnSweep)
     const size_t before = util::AbstractCallbackSet::GetClassInstanceCount();
     set->Flush();
     EXPECT_EQ(before - 1, util::AbstractCallbackSet::GetClassInstanceCount());
+}
+
+TEST(CallbackArgSet, RemovesTheFirstOfTheSameAndIgnoresStrangers)
+{
+    SharedPtr<Observer> o = QUIB_NEW Observer;
+    CallbackArgSet<float> set;
+    const auto twice = MakeCallback(&Observer::NoteFloat, o.get());
+    set.Add(twice);
+    set.Add(twice);
+    set.Remove(MakeCallback(&Observer::NoteFloat, o.get()));
+    EXPECT_EQ(2u, set.size());
+    set.Remove(twice);
+    EXPECT_EQ(1u, set.size());
+}
+
+namespace
+{
+// Tells, at its end, whether an exception was travelling.
+struct EndWitness
+{
+    explicit EndWitness(int* travelling)
+        : m_travelling(travelling)
+    {
+    }
+    ~EndWitness() { *m_travelling = std::uncaught_exceptions(); }
+
+    int* m_travelling;
+};
+
+}
+
+TEST(CallbackSet, HoldsAFailureOfItsSweepUntilTheDeadOnesAreReleased)
+{
+    int travelling = -1;
+    std::list<CallbackPtr> callbacks;
+    {
+        SharedPtr<Observer> o = QUIB_NEW Observer;
+        const auto witness = std::make_shared<EndWitness>(&travelling);
+        callbacks.push_back(Make([witness] {}, o.get()));
+        callbacks.push_back(Make([] {}, o.get()));
+    }
+    const auto removeOneAndFail = [&](const CallbackPtr& callback)
+    {
+        ASSERT_EQ(callback, callbacks.front());
+        callbacks.pop_front();
+        throw std::runtime_error("no further");
+    };
+    EXPECT_THROW(util::internal::FlushDead(callbacks, removeOneAndFail), std::runtime_error);
+    EXPECT_EQ(0, travelling) << "released, and nothing travelled meanwhile";
+    EXPECT_EQ(1u, callbacks.size());
 }
 
 TEST(InterpolatorBase, RunsEmpty)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <typeinfo>
 
 using util::LockPtr;
@@ -287,6 +288,14 @@ TEST(PointeeHandle, AssertsWhatItsCountsNeed)
     EXPECT_EQ(0u, handle->GetWeakCount());
     EXPECT_NE(std::string::npos,
               MessageOf([&] { handle->DecreaseWeakCount(); }).find("\"m_weakCount > 0\""));
+}
+
+TEST(PointeeHandle, IsThreeWords)
+{
+    static_assert(sizeof(PointeeHandle) == 3 * sizeof(void*), "");
+    SharedPtr<Plain> p = QUIB_NEW Plain;
+    EXPECT_EQ(1u, p->GetHandle()->GetRefCount());
+    EXPECT_EQ(0u, p->GetHandle()->GetWeakCount());
 }
 
 TEST(PointeeHandle, LockCountNeverDeletes)

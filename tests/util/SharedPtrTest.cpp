@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 using util::LockPtr;
@@ -201,7 +202,7 @@ TEST(SharedPtr, LetsNoExceptionOutOfItsDestructor)
 TEST(SharedPtr, LogsAnUnknownExceptionFromItsDestructorAsFail)
 {
     test::LogCapture log(logging::LogInfo);
-    util::internal::LogEscapedFromHandle(nullptr, "a.cpp:3: void F()");
+    util::internal::LogContained(nullptr, "a.cpp:3: void F()");
     ASSERT_EQ(1u, log.Lines().size());
     EXPECT_EQ("Fail\na.cpp:3: void F()\n", log.Lines()[0]);
 }

@@ -158,3 +158,12 @@ TEST(ToString, DoesNotDependOnTheLocaleOfStreams)
     EXPECT_EQ("1234567", ToString(1234567));
     std::locale::global(before);
 }
+
+TEST(Shorten, KeepsTheHeadOfALongText)
+{
+    EXPECT_EQ("", util::Shorten(""));
+    EXPECT_EQ("abc", util::Shorten("abc", 3));
+    EXPECT_EQ("abc...", util::Shorten("abcd", 3));
+    EXPECT_EQ(std::string(1000, 'x'), util::Shorten(std::string(1000, 'x')));
+    EXPECT_EQ(std::string(1000, 'x') + "...", util::Shorten(std::string(1001, 'x')));
+}
