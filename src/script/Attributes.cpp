@@ -88,8 +88,8 @@ private:
 // For the copy that is made of a string.
 void ChargeValue(const ObjectPtr& object)
 {
-    if (object && object->GetKind() == ObjectKind::String)
-        ChargeString(static_cast<const Value<util::String>&>(*object).GetValue().size());
+    if (const auto* string = As<Value<util::String>>(object))
+        ChargeString(string->GetValue().size());
 }
 
 ObjectPtr RunFormula(const ObjectPtr& formula)

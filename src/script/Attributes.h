@@ -41,7 +41,10 @@ public:
     TAttrib(util::String name, const T& defaultValue);
     ~TAttrib() override;
 
+    /// The value where it is stored.
     virtual T GetImpl() const = 0;
+    /// Stores the value and calls the change callbacks, unless it is the one that is stored. The binding
+    /// stays as it is.
     virtual void SetImpl(const T& value) = 0;
 
     T Get() const { return GetImpl(); }
@@ -145,6 +148,7 @@ public:
     AttribWrapper(const AttribWrapper&) = delete;
 
     operator T() const { return m_attrib->GetImpl(); }
+    /// The value, whatever it is bound to.
     T Get() const { return m_attrib->GetImpl(); }
     AttribWrapper& operator=(const T& value)
     {

@@ -16,16 +16,13 @@ const size_t ElementSize = 64;
 size_t s_treeSize = 0;
 int s_treeDepth = 0;
 
-void CountInTree(const Object& value)
+void CountInTree(const ObjectPtr& value)
 {
     size_t size = 0;
-    if (value.GetKind() == ObjectKind::String)
-        size = static_cast<const Value<util::String>&>(value).GetValue().size();
-    else if (value.GetKind() == ObjectKind::List)
-    {
-        const List& list = static_cast<const List&>(value);
-        size = ElementSize * list.GetDeepSize() + list.GetDeepBytes();
-    }
+    if (const auto* string = As<Value<util::String>>(value))
+        size = string->GetValue().size();
+    else if (const List* list = As<List>(value))
+        size = ElementSize * list->GetDeepSize() + list->GetDeepBytes();
     if (s_treeDepth == 0)
         return;
     if (s_treeSize + size > MaxTreeSize)
@@ -101,7 +98,7 @@ ExpressionPtr Variable::ToExpression(const IdentifierPtr& owner) const
     // Statistics and commands are no settings.
     if (m_constant)
         return ExpressionPtr();
-    CountInTree(*m_object);
+    CountInTree(m_object);
     const ExpressionPtr value = m_object->ToExpression();
     if (!value)
         return ExpressionPtr();
@@ -248,6 +245,11 @@ void ClassObject::AddVariable(VariablePtr var)
 void ClassObject::AddVariable2(const util::String& name, ObjectPtr object)
 {
     AddVariable(QUIB_NEW Variable(name, std::move(object), false));
+}
+
+void ClassObject::AddConstant(const util::String& name, ObjectPtr object)
+{
+    AddVariable(QUIB_NEW Variable(name, std::move(object), true));
 }
 
 void ClassObject::RemoveVariable(const util::String& name)

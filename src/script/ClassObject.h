@@ -73,6 +73,8 @@ public:
     /// @throws BadCoderException  when there is a variable of that name
     void AddVariable(VariablePtr var);
     void AddVariable2(const util::String& name, ObjectPtr object);
+    /// One that scripts cannot assign to, and that is not saved.
+    void AddConstant(const util::String& name, ObjectPtr object);
     /// A missing name is ignored.
     void RemoveVariable(const util::String& name);
     /// In name order.

@@ -28,31 +28,24 @@ bool IsCompletable(char c)
 /// A function of no arguments that only names another object is an alias; null for anything else.
 ObjectPtr FollowAlias(const ObjectPtr& object)
 {
-    if (!object || object->GetKind() != ObjectKind::Function)
+    Function* function = As<Function>(object);
+    if (!function)
         return ObjectPtr();
-    Function& function = static_cast<Function&>(*object);
-    const CodeBlock* body = dynamic_cast<const CodeBlock*>(function.GetBody().get());
-    if (function.GetArgCount() != 0 || !body || body->GetElements().size() != 1)
+    const CodeBlock* body = dynamic_cast<const CodeBlock*>(function->GetBody().get());
+    if (function->GetArgCount() != 0 || !body || body->GetElements().size() != 1)
         return ObjectPtr();
     const Identifier* name = body->GetElements()[0]->AsIdentifier();
     if (!name)
         return ObjectPtr();
     try
     {
-        return name->GetValue(function.GetClosure());
+        return name->GetValue(function->GetClosure());
     }
     catch (std::exception& e)
     {
         CatchException(e, QUIB_LOCATION);
         return ObjectPtr();
     }
-}
-
-ClassObjectPtr AsClassObject(const ObjectPtr& object)
-{
-    if (!object || object->GetKind() != ObjectKind::Class)
-        return ClassObjectPtr();
-    return ClassObjectPtr(static_cast<ClassObject*>(object.get()));
 }
 
 /// The class object of that name, in any case, which gets corrected; null if there is none.
@@ -64,7 +57,7 @@ ClassObjectPtr GetChild(const ClassObject& owner, util::String& name)
             continue;
         name = variable->GetName();
         const ObjectPtr alias = FollowAlias(variable->GetObject());
-        if (const ClassObjectPtr child = AsClassObject(alias ? alias : variable->GetObject()))
+        if (const ClassObjectPtr child = As<ClassObject>(alias ? alias : variable->GetObject()))
             return child;
     }
     return ClassObjectPtr();
@@ -114,7 +107,7 @@ std::vector<util::String> ExpandId(const ClassObject& owner, util::String& name)
     {
         if (!util::istarts_with(variable->GetName(), name))
             continue;
-        const ClassObjectPtr child = AsClassObject(variable->GetObject());
+        const ClassObjectPtr child = As<ClassObject>(variable->GetObject());
         sorted.insert(variable->GetName() + (child && child->HasVariables() ? "." : ""));
     }
 

@@ -29,9 +29,7 @@ ObjectPtr Apply(const ObjectPtr& callee, const ExpressionList& args, const Closu
 
 ClassObjectPtr AsOwner(const ObjectPtr& object)
 {
-    const ClassObjectPtr owner(object && object->GetKind() == ObjectKind::Class
-                                   ? static_cast<ClassObject*>(object.get())
-                                   : nullptr);
+    const ClassObjectPtr owner(As<ClassObject>(object));
     DATA_ASSERT(owner);
     return owner;
 }

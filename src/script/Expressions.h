@@ -91,6 +91,7 @@ public:
 
     ObjectPtr Evaluate(const ClosurePtr& closure) const override;
     util::String ToCode() const override;
+    /// The values of the elements, in order. Unlike Evaluate it lets a failure through.
     ObjectList EvaluateToList(const ClosurePtr& closure) const;
     util::String ToCode(const util::String& separator) const;
 

@@ -72,21 +72,6 @@ double GetPi()
     return 3.141592653589793;
 }
 
-template<typename T>
-const T* ValueIn(const ObjectPtr& object, ObjectKind kind)
-{
-    if (!object || object->GetKind() != kind)
-        return nullptr;
-    return &static_cast<const Value<T>&>(*object).GetValue();
-}
-
-const List* AsList(const ObjectPtr& object)
-{
-    if (!object || object->GetKind() != ObjectKind::List)
-        return nullptr;
-    return static_cast<const List*>(object.get());
-}
-
 util::String Concatenate(const util::String& a, const util::String& b)
 {
     if (a.size() + b.size() > MaxStringLength)
@@ -99,28 +84,28 @@ util::String Concatenate(const util::String& a, const util::String& b)
 ObjectPtr NumFun(const ObjectPtr& a, const ObjectPtr& b, Int (*intFn)(Int, Int),
                  Float (*floatFn)(Float, Float), const char* verb)
 {
-    if (const Int* i = ValueIn<Int>(a, ObjectKind::Int))
+    if (const auto* i = As<Value<Int>>(a))
     {
-        if (const Int* j = ValueIn<Int>(b, ObjectKind::Int))
-            return ValueToObject(intFn(*i, *j));
-        if (const Float* f = ValueIn<Float>(b, ObjectKind::Float))
-            return ValueToObject(floatFn(*i, *f));
+        if (const auto* j = As<Value<Int>>(b))
+            return ValueToObject(intFn(i->GetValue(), j->GetValue()));
+        if (const auto* f = As<Value<Float>>(b))
+            return ValueToObject(floatFn(i->GetValue(), f->GetValue()));
         QUIB_THROW(ScriptException(util::String("Cannot ") + verb + " an int to a non-number"));
     }
     // Deliberate: the right operand of a float is rounded to single precision by the conversion, the
     // left one is not.
-    if (const Float* f = ValueIn<Float>(a, ObjectKind::Float))
-        return ValueToObject(floatFn(*f, ObjectToValue<double>(b)));
+    if (const auto* f = As<Value<Float>>(a))
+        return ValueToObject(floatFn(f->GetValue(), ObjectToValue<double>(b)));
     return ObjectPtr();
 }
 
 /// The rule for lists; null when a is no list.
 ObjectPtr ListRecurse(const ObjectPtr& a, const ObjectPtr& b, BinaryFunction fn, const char* verb)
 {
-    const List* left = AsList(a);
+    const List* left = As<List>(a);
     if (!left)
         return ObjectPtr();
-    const List* right = AsList(b);
+    const List* right = As<List>(b);
     if (!right)
         QUIB_THROW(ScriptException(util::String("Cannot ") + verb + " list and no-list"));
     if (left->size() != right->size())
@@ -151,7 +136,7 @@ ObjectPtr PerElement(const List& list, const ObjectPtr& other, BinaryFunction fn
 
 ObjectPtr UnaryFloat(FloatFunction fn, const ObjectPtr& o)
 {
-    const List* list = AsList(o);
+    const List* list = As<List>(o);
     if (!list)
         return ValueToObject(fn(ObjectToValue<double>(o)));
     CheckStack();
@@ -168,41 +153,36 @@ ObjectPtr UnaryWrapper(R (*fn)(A), const ObjectPtr& o)
     return ValueToObject(fn(ObjectToValue<A>(o)));
 }
 
-void AddConstant(const ClosurePtr& math, const util::String& name, ObjectPtr object)
-{
-    math->AddVariable(QUIB_NEW Variable(name, std::move(object), true));
-}
-
 void AddBinFun(Parser& parser, const ClosurePtr& math, const IdentifierPtr& mathName,
                const util::String& name, const util::String& op, BinaryFunction fn)
 {
-    AddConstant(math, name, QUIB_NEW IntrinsicCmd2(fn));
+    math->AddConstant(name, QUIB_NEW IntrinsicCmd2(fn));
     parser.AddInfix(
         QUIB_NEW Infix(2.0, Associativity_Left, {"", op, ""}, QUIB_NEW Identifier(mathName, name)));
 }
 
 void AddNegeator(Parser& parser, const ClosurePtr& math, const IdentifierPtr& mathName)
 {
-    AddConstant(math, "negate",
-                QUIB_NEW IntrinsicCmd1([](const ObjectPtr& o)
-                                       { return UnaryWrapper<bool, bool>(Negator, o); }));
+    math->AddConstant("negate",
+                      QUIB_NEW IntrinsicCmd1([](const ObjectPtr& o)
+                                             { return UnaryWrapper<bool, bool>(Negator, o); }));
     parser.AddInfix(QUIB_NEW Infix(5.0, Associativity_Right, {"!", ""},
                                    QUIB_NEW Identifier(mathName, "negate")));
 }
 
 void AddUnary(const ClosurePtr& math, const util::String& name, FloatFunction fn)
 {
-    AddConstant(math, name,
-                QUIB_NEW IntrinsicCmd1([fn](const ObjectPtr& o) { return UnaryFloat(fn, o); }));
+    math->AddConstant(
+        name, QUIB_NEW IntrinsicCmd1([fn](const ObjectPtr& o) { return UnaryFloat(fn, o); }));
 }
 }
 
 ObjectPtr Add(const ObjectPtr& a, const ObjectPtr& b)
 {
-    if (const util::String* s = ValueIn<util::String>(a, ObjectKind::String))
-        return ValueToObject(Concatenate(*s, b->ToText()));
-    if (const util::String* s = ValueIn<util::String>(b, ObjectKind::String))
-        return ValueToObject(Concatenate(a->ToText(), *s));
+    if (const auto* s = As<Value<util::String>>(a))
+        return ValueToObject(Concatenate(s->GetValue(), b->ToText()));
+    if (const auto* s = As<Value<util::String>>(b))
+        return ValueToObject(Concatenate(a->ToText(), s->GetValue()));
     if (ObjectPtr result = NumFun(a, b, AddInt, AddFloat, "add"))
         return result;
     if (ObjectPtr result = ListRecurse(a, b, Add, "add"))
@@ -221,8 +201,8 @@ ObjectPtr Subtract(const ObjectPtr& a, const ObjectPtr& b)
 
 ObjectPtr Multiply(const ObjectPtr& a, const ObjectPtr& b)
 {
-    const List* left = AsList(a);
-    const List* right = AsList(b);
+    const List* left = As<List>(a);
+    const List* right = As<List>(b);
     if (left && right)
         return ListRecurse(a, b, Multiply, "multiply");
     if (left)
@@ -236,8 +216,8 @@ ObjectPtr Multiply(const ObjectPtr& a, const ObjectPtr& b)
 
 ObjectPtr Divide(const ObjectPtr& a, const ObjectPtr& b)
 {
-    const List* left = AsList(a);
-    if (left && AsList(b))
+    const List* left = As<List>(a);
+    if (left && As<List>(b))
         return ListRecurse(a, b, Divide, "divide");
     if (left)
         return PerElement(*left, b, Divide);

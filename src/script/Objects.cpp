@@ -9,38 +9,11 @@
 
 namespace script
 {
-namespace
-{
-template<typename T>
-constexpr ObjectKind KindOf();
-template<>
-constexpr ObjectKind KindOf<bool>()
-{
-    return ObjectKind::Bool;
-}
-template<>
-constexpr ObjectKind KindOf<Int>()
-{
-    return ObjectKind::Int;
-}
-template<>
-constexpr ObjectKind KindOf<Float>()
-{
-    return ObjectKind::Float;
-}
-template<>
-constexpr ObjectKind KindOf<util::String>()
-{
-    return ObjectKind::String;
-}
-
-}
-
 Object::~Object() = default;
 
 template<typename T>
 Value<T>::Value(T value)
-    : Object(KindOf<T>())
+    : Object(internal::KindOf<Value>)
     , m_value(std::move(value))
 {
 }
@@ -199,16 +172,13 @@ List::List(ObjectList elements)
 {
     for (const ObjectPtr& element : m_elements)
     {
-        if (!element)
-            continue;
-        if (element->GetKind() == ObjectKind::List)
+        if (const List* list = As<List>(element))
         {
-            const List& list = static_cast<const List&>(*element);
-            m_deepSize += list.m_deepSize;
-            m_deepBytes += list.m_deepBytes;
+            m_deepSize += list->m_deepSize;
+            m_deepBytes += list->m_deepBytes;
         }
-        else if (element->GetKind() == ObjectKind::String)
-            m_deepBytes += static_cast<const Value<util::String>&>(*element).GetValue().size();
+        else if (const auto* string = As<Value<util::String>>(element))
+            m_deepBytes += string->GetValue().size();
     }
     if (m_deepSize > MaxListLength || m_deepBytes > MaxListBytes)
         QUIB_THROW(ScriptException("List too long"));
@@ -229,15 +199,14 @@ ExpressionPtr List::ToExpressionAt(int depth, size_t& textLength) const
     util::SharedPtr<ListDeclaration> declaration = QUIB_NEW ListDeclaration;
     for (const ObjectPtr& element : m_elements)
     {
-        if (element->GetKind() == ObjectKind::List)
+        if (const List* list = As<List>(element))
         {
-            const List& list = static_cast<const List&>(*element);
-            declaration->Add(list.ToExpressionAt(depth + 1, textLength));
+            declaration->Add(list->ToExpressionAt(depth + 1, textLength));
             continue;
         }
         // One string that stands in a list a thousand times is a thousand strings in the tree.
-        if (element->GetKind() == ObjectKind::String)
-            textLength += static_cast<const Value<util::String>&>(*element).GetValue().size();
+        if (const auto* string = As<Value<util::String>>(element))
+            textLength += string->GetValue().size();
         if (textLength > MaxStringLength)
             QUIB_THROW(ScriptException("String too long"));
         declaration->Add(element->ToExpression());
@@ -267,8 +236,8 @@ void List::AppendText(util::String& text, int depth) const
         if (i)
             text += ", ";
         const ObjectPtr& element = m_elements[i];
-        if (element->GetKind() == ObjectKind::List)
-            static_cast<const List&>(*element).AppendText(text, depth + 1);
+        if (const List* list = As<List>(element))
+            list->AppendText(text, depth + 1);
         else
             text += element->ToText();
         if (text.size() > MaxStringLength)

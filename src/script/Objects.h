@@ -245,6 +245,36 @@ private:
     size_t m_deepBytes = 0;
 };
 
+namespace internal
+{
+template<typename T>
+constexpr ObjectKind KindOf = ObjectKind::Other;
+template<>
+inline constexpr ObjectKind KindOf<Value<bool>> = ObjectKind::Bool;
+template<>
+inline constexpr ObjectKind KindOf<Value<Int>> = ObjectKind::Int;
+template<>
+inline constexpr ObjectKind KindOf<Value<Float>> = ObjectKind::Float;
+template<>
+inline constexpr ObjectKind KindOf<Value<util::String>> = ObjectKind::String;
+template<>
+inline constexpr ObjectKind KindOf<ClassObject> = ObjectKind::Class;
+template<>
+inline constexpr ObjectKind KindOf<Function> = ObjectKind::Function;
+template<>
+inline constexpr ObjectKind KindOf<List> = ObjectKind::List;
+}
+
+/// The object as what it is, without a cast at run time; null when it is something else, or null.
+/// T: Value of any type, ClassObject, Function, List.
+template<typename T>
+T* As(const ObjectPtr& object)
+{
+    static_assert(internal::KindOf<T> != ObjectKind::Other, "not a class that has a kind");
+    Object* o = object.get();
+    return o && o->GetKind() == internal::KindOf<T> ? static_cast<T*>(o) : nullptr;
+}
+
 /// A function of no arguments is called; everything else, null included, stays what it is.
 ObjectPtr ExpandObject(const ObjectPtr& object);
 

@@ -8,11 +8,6 @@ const char* const Reflected::RootName = "[ROOT]";
 
 namespace
 {
-void AddConstant(ClassObject& owner, const util::String& name, ObjectPtr object)
-{
-    owner.AddVariable(QUIB_NEW Variable(name, std::move(object), true));
-}
-
 ObjectPtr VoidWrapper(const boost::function<void()>& function)
 {
     function();
@@ -40,37 +35,35 @@ void Reflected::SetReflectedName(const util::String& name)
 
 void Reflected::AddCmd(const util::String& name, boost::function<ObjectPtr()> function)
 {
-    AddConstant(*this, name, QUIB_NEW IntrinsicCmd(std::move(function)));
+    AddConstant(name, QUIB_NEW IntrinsicCmd(std::move(function)));
 }
 
 void Reflected::AddVoidCmd(const util::String& name, boost::function<void()> function)
 {
-    AddConstant(
-        *this, name,
-        QUIB_NEW IntrinsicCmd([function = std::move(function)] { return VoidWrapper(function); }));
+    AddConstant(name, QUIB_NEW IntrinsicCmd([function = std::move(function)]
+                                            { return VoidWrapper(function); }));
 }
 
 void Reflected::AddCmd1(const util::String& name, boost::function<ObjectPtr(ObjectPtr)> function)
 {
-    AddConstant(*this, name, QUIB_NEW IntrinsicCmd1(std::move(function)));
+    AddConstant(name, QUIB_NEW IntrinsicCmd1(std::move(function)));
 }
 
 void Reflected::AddCmd2(const util::String& name,
                         boost::function<ObjectPtr(ObjectPtr, ObjectPtr)> function)
 {
-    AddConstant(*this, name, QUIB_NEW IntrinsicCmd2(std::move(function)));
+    AddConstant(name, QUIB_NEW IntrinsicCmd2(std::move(function)));
 }
 
 void Reflected::AddVoidCmd2(const util::String& name,
                             boost::function<void(ObjectPtr, ObjectPtr)> function)
 {
-    AddConstant(*this, name,
-                QUIB_NEW IntrinsicCmd2(
-                    [function = std::move(function)](ObjectPtr a, ObjectPtr b)
-                    {
-                        function(std::move(a), std::move(b));
-                        return ObjectPtr(QUIB_NEW Void);
-                    }));
+    AddConstant(name, QUIB_NEW IntrinsicCmd2(
+                          [function = std::move(function)](ObjectPtr a, ObjectPtr b)
+                          {
+                              function(std::move(a), std::move(b));
+                              return ObjectPtr(QUIB_NEW Void);
+                          }));
 }
 
 void Reflected::AddReflectedChild(util::SharedPtr<Reflected> child)
@@ -93,7 +86,7 @@ void Reflected::AddReflectedChild(util::SharedPtr<Reflected> child)
     for (int n = 2; HasVariable(name); ++n)
         name = base + "_" + util::ToString(n);
     child->SetReflectedName(name);
-    AddConstant(*this, name, child);
+    AddConstant(name, child);
 }
 
 void Reflected::RemoveReflectedChild(util::SharedPtr<Reflected> child)
@@ -114,7 +107,7 @@ void Reflected::Report(const util::String& name, const T& value)
     if (const VariablePtr variable = GetVariable(name))
         variable->SetObject(std::move(object));
     else
-        AddConstant(*this, name, std::move(object));
+        AddConstant(name, std::move(object));
 }
 
 template void Reflected::Report(const util::String&, const float&);

@@ -1,5 +1,7 @@
 #include "script/Tokenizer.h"
 
+#include <algorithm>
+
 namespace script
 {
 namespace

@@ -18,6 +18,7 @@ enum TokenType
     TokenType_Identifier = 4
 };
 
+// A name, a number, a string or a run of punctuation. Knows nothing of its place in the text.
 struct Token
 {
     Token(util::String text_, TokenType type_)

@@ -21,22 +21,21 @@ ObjectPtr MakeList(ObjectPtr a, ObjectPtr b)
     return QUIB_NEW List(ObjectList{std::move(a), std::move(b)});
 }
 
-bool IsKind(const ObjectPtr& object, ObjectKind kind)
-{
-    return object && object->GetKind() == kind;
-}
-
 template<typename T>
-const T& ValueOf(const ObjectPtr& object)
+const T& ValueOf(const ObjectPtr& object, const char* message)
 {
-    return static_cast<const Value<T>&>(*object).GetValue();
+    const auto* value = As<Value<T>>(object);
+    if (!value)
+        QUIB_THROW(ScriptException(message));
+    return value->GetValue();
 }
 
 const ObjectList& ElementsOf(const ObjectPtr& object, const char* message)
 {
-    if (!IsKind(object, ObjectKind::List))
+    const List* list = As<List>(object);
+    if (!list)
         QUIB_THROW(ScriptException(message));
-    return static_cast<const List&>(*object).GetElements();
+    return list->GetElements();
 }
 
 template<typename T>
@@ -143,17 +142,13 @@ ObjectPtr ValueToObject(const ObjectPtr& value)
 template<>
 util::String ObjectToValue<util::String>(const ObjectPtr& object)
 {
-    if (!IsKind(object, ObjectKind::String))
-        QUIB_THROW(ScriptException("Not a string"));
-    return ValueOf<util::String>(object);
+    return ValueOf<util::String>(object, "Not a string");
 }
 
 template<>
 int ObjectToValue<int>(const ObjectPtr& object)
 {
-    if (!IsKind(object, ObjectKind::Int))
-        QUIB_THROW(ScriptException("Not an integer"));
-    return ValueOf<Int>(object);
+    return ValueOf<Int>(object, "Not an integer");
 }
 
 template<>
@@ -165,11 +160,9 @@ unsigned long ObjectToValue<unsigned long>(const ObjectPtr& object)
 template<>
 long double ObjectToValue<long double>(const ObjectPtr& object)
 {
-    if (IsKind(object, ObjectKind::Float))
-        return ValueOf<Float>(object);
-    if (IsKind(object, ObjectKind::Int))
-        return ValueOf<Int>(object);
-    QUIB_THROW(ScriptException("Not a float"));
+    if (const auto* value = As<Value<Float>>(object))
+        return value->GetValue();
+    return ValueOf<Int>(object, "Not a float");
 }
 
 template<>
@@ -182,17 +175,15 @@ double ObjectToValue<double>(const ObjectPtr& object)
 template<>
 float ObjectToValue<float>(const ObjectPtr& object)
 {
-    if (IsKind(object, ObjectKind::Float))
-        return static_cast<float>(ValueOf<Float>(object));
+    if (const auto* value = As<Value<Float>>(object))
+        return static_cast<float>(value->GetValue());
     return static_cast<float>(ObjectToValue<long double>(object));
 }
 
 template<>
 bool ObjectToValue<bool>(const ObjectPtr& object)
 {
-    if (!IsKind(object, ObjectKind::Bool))
-        QUIB_THROW(ScriptException("Not a bool"));
-    return ValueOf<bool>(object);
+    return ValueOf<bool>(object, "Not a bool");
 }
 
 template<>

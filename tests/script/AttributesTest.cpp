@@ -347,6 +347,34 @@ TEST_F(Attributes, PokeAVariableElsewhere)
         owner->RemoveVariable(name);
 }
 
+TEST_F(Attributes, TellOfChangesElsewhereOnceTheyAreSeen)
+{
+    const util::SharedPtr<Fan> observer = QUIB_NEW Fan;
+    const ReflectedPtr owner = QUIB_NEW Reflected("Watched");
+    owner->AddToRoot();
+    int remote = 5;
+    const util::SharedPtr<AttribRemotePoker<int>> attrib =
+        QUIB_NEW AttribRemotePoker<int>("number", &remote);
+    owner->AddVariable(attrib);
+    attrib->AddChangeCallback(util::MakeCallback(&Fan::CountChange, observer.get()));
+    Run("Watched.number = 5");
+    EXPECT_EQ(0, observer->changes);
+    Run("Watched.number = 6");
+    EXPECT_EQ(1, observer->changes);
+    attrib->Set(7);
+    EXPECT_EQ(2, observer->changes);
+    // What native code has written there is no change of the attribute's own: it finds its value in place.
+    remote = 8;
+    NextFrame();
+    EXPECT_EQ(2, observer->changes);
+    EXPECT_EQ("8", Run("Watched.number"));
+    Run("Watched.number = { 9 }");
+    EXPECT_EQ(3, observer->changes);
+    NextFrame();
+    EXPECT_EQ(3, observer->changes);
+    owner->RemoveVariable("number");
+}
+
 TEST_F(Attributes, AreCalculatedInOrderOfCreation)
 {
     std::vector<int> order;

@@ -114,6 +114,15 @@ TEST_F(Config, LeavesOutWhatStandsInThePlaceOfTheIntrinsics)
     EXPECT_EQ("2", Run("1 + 1"));
 }
 
+TEST_F(Config, SaysWhatItReads)
+{
+    test::Spit(m_path, "x = 1");
+    test::LogCapture progress(logging::LogVerbose), severe(7);
+    Parser().LoadConfig(m_path);
+    EXPECT_EQ(std::vector<std::string>{"Parsing " + m_path + "..."}, progress.Lines());
+    EXPECT_EQ("", severe.Text());
+}
+
 TEST_F(Config, AMissingFileIsALoggedFailure)
 {
     test::LogCapture log;

@@ -1,10 +1,12 @@
 #include "script/Objects.h"
 
 #include "ScriptFixture.h"
+#include "script/Attributes.h"
 #include "script/ValueConversions.h"
 #include "util/ScopeProfiler.h"
 
 #include <algorithm>
+#include <functional>
 
 using namespace script;
 
@@ -141,11 +143,13 @@ TEST_F(Objects, ActivationsOfOneFunctionDoNotDisturbOneAnother)
 TEST_F(Objects, ReportTheirStagesToTheProfiler)
 {
     Zones().clear();
+    const ReflectedPtr owner = QUIB_NEW Reflected("zoned");
+    const AttribWrapper<float> setting(owner.get(), "setting", 1.0f);
     util::ScopeProfiler::s_begin = [](const char* name) { Zones().push_back(name); };
     Run("f = (a) => { [a](0) }; f(1)");
     util::ScopeProfiler::s_begin = nullptr;
-    for (const char* zone :
-         {"Function::Call", "List::Call", "Argument eval", "Actual call",
-          "ListDeclaration::Evaluate", "AbstractAttrib::CalcAll", "AbstractAttrib::CalcAll-Loop"})
+    for (const char* zone : {"Function::Call", "List::Call", "Argument eval", "Actual call",
+                             "ListDeclaration::Evaluate", "AbstractAttrib::CalcAll",
+                             "AbstractAttrib::CalcAll-Loop", "AbstractAttrib::CalcValue"})
         EXPECT_EQ(1, std::count(Zones().begin(), Zones().end(), zone) > 0) << zone;
 }

@@ -1,4 +1,5 @@
 #include "ScriptFixture.h"
+#include "script/WordSet.h"
 
 using namespace script;
 
@@ -186,4 +187,79 @@ TEST_F(ParserScript, TheRootsAreThere)
     EXPECT_EQ("Keys", Run("Keys"));
     EXPECT_EQ("Failed to evaluate: Keys = 1, Cannot set constant variable Keys",
               WarningOf("Keys = 1"));
+}
+
+TEST_F(ParserScript, TheKeywordIsANameAwayFromTheStartOfAStatement)
+{
+    Run("f = (infix) => { 1 + infix }; math.infix = 5");
+    EXPECT_EQ("8", Run("f(7)"));
+    EXPECT_EQ("5", Run("math.infix"));
+    EXPECT_EQ("Parse error: Unexpected end of infix declaration", WarningOf("infix"));
+    EXPECT_EQ("Parse error: Bad lexical cast: \"]\"", WarningOf("[infix]"));
+    // Compared by text like all that a statement may begin or end with.
+    EXPECT_EQ("Parse error: Unexpected end of infix declaration", WarningOf("\"infix\""));
+    EXPECT_EQ("an infix", Run("\"an \" + \"infix\""));
+}
+
+TEST_F(ParserScript, AnInfixOfNativeCodeReachesBothRoots)
+{
+    const std::string word = FreshWord();
+    const ExpressionPtr add = QUIB_NEW Identifier(QUIB_NEW Identifier(nullptr, "math"), "add");
+    EXPECT_EQ("error", Run("1 " + word + " 2"));
+    Parser().AddInfix(QUIB_NEW Infix(3.0, Associativity_Left, {"", word, ""}, add));
+    EXPECT_EQ("3", Run("1 " + word + " 2"));
+    WordPositions positions;
+    positions.Add(word, 1);
+    const WordSet words(positions, 0, 3);
+    EXPECT_TRUE(Parser().GetRootScope()->GetInfix(words));
+    EXPECT_EQ(Parser().GetRootScope()->GetInfix(words), Root().GetInfix(words));
+}
+
+TEST_F(ParserScript, AnUnknownKindOfTokenIsRefused)
+{
+    TokenList tokens;
+    tokens.emplace_back("odd", static_cast<TokenType>(7));
+    test::LogCapture log(logging::LogWarning);
+    EXPECT_FALSE(Parser().Parse(tokens));
+    EXPECT_TRUE(log.Has("Parse error: Unknown token \"odd\""));
+}
+
+TEST_F(ParserScript, AStatementAtTheTopLeavesItsVariableInTheRoot)
+{
+    EXPECT_EQ("1", Run("x = 1; x"));
+    EXPECT_EQ("1", Root().GetObject("x")->ToText());
+}
+
+TEST_F(ParserScript, ADotBindsToTheItemBeforeIt)
+{
+    Run("math.y = 6");
+    EXPECT_EQ("6", Run("(math).y"));
+    EXPECT_EQ("6", Run("f = (a) => { a }; f(math).y"));
+}
+
+TEST_F(ParserScript, AssigningToAnArgumentFailsInTheBodyOnly)
+{
+    EXPECT_EQ(std::vector<std::string>{"Failed to evaluate: a = 2, Cannot set constant variable a"},
+              WarningsOf("f = (a) => { a = 2 }; r = [f(1)]"));
+    EXPECT_EQ("[error]", Run("r"));
+}
+
+TEST_F(ParserScript, TheIntrinsicsMayBeReplacedAndTheirMembersNot)
+{
+    EXPECT_FALSE(Root().GetVariable("math")->IsConstant());
+    const ObjectPtr math = Root().GetObject("math");
+    for (const char* name : {"add", "subtract", "multiply", "divide", "negate", "sin", "cos", "tan",
+                             "asin", "acos", "atan", "pi"})
+        EXPECT_TRUE(As<ClassObject>(math)->GetVariable(name)->IsConstant()) << name;
+    EXPECT_EQ("", WarningOf("math = 5; 1"));
+    Root().GetVariable("math")->SetObject(math);
+}
+
+TEST_F(ParserScript, TheSineOfAnIntIsAFloat)
+{
+    EXPECT_EQ(ObjectKind::Float, Evaluate("math.sin(0)")->GetKind());
+    const ObjectPtr list = Evaluate("math.sin([0, 0])");
+    ASSERT_EQ(2u, As<List>(list)->size());
+    for (const ObjectPtr& element : As<List>(list)->GetElements())
+        EXPECT_EQ(ObjectKind::Float, element->GetKind());
 }

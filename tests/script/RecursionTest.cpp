@@ -3,7 +3,10 @@
 #include "ScriptFixture.h"
 #include "script/Attributes.h"
 
+#include <algorithm>
 #include <chrono>
+#include <functional>
+#include <memory>
 
 using namespace script;
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include <algorithm>
 
 using namespace script;
@@ -147,4 +149,31 @@ TEST(Tokenizer, TakesAnyBytes)
                 all += static_cast<char>((i * (2 * round + 1)) & 255);
     all.erase(std::remove(all.begin(), all.end(), '"'), all.end());
     EXPECT_FALSE(Tokenizer::Tokenize(all).empty());
+}
+
+TEST(Tokenizer, NumbersItsKinds)
+{
+    EXPECT_EQ(0, TokenType_Bool);
+    EXPECT_EQ(1, TokenType_Float);
+    EXPECT_EQ(2, TokenType_Int);
+    EXPECT_EQ(3, TokenType_String);
+    EXPECT_EQ(4, TokenType_Identifier);
+    const TokenList tokens = Tokenizer::Tokenize("true 1.5 2 \"s\" name");
+    ASSERT_EQ(5u, tokens.size());
+    for (int i = 0; i < 5; ++i)
+    {
+        EXPECT_EQ(i, tokens[static_cast<size_t>(i)].type);
+        EXPECT_EQ(i == 1, tokens[static_cast<size_t>(i)].IsFloat());
+        EXPECT_EQ(i == 2, tokens[static_cast<size_t>(i)].IsInt());
+        EXPECT_EQ(i == 3, tokens[static_cast<size_t>(i)].IsString());
+        EXPECT_EQ(i == 4, tokens[static_cast<size_t>(i)].IsIdentifier());
+    }
+}
+
+TEST(Exceptions, AreBadData)
+{
+    static_assert(std::is_base_of<BadDataException, TokenException>::value, "");
+    static_assert(std::is_base_of<BadDataException, ParseException>::value, "");
+    static_assert(std::is_base_of<BadDataException, ScriptException>::value, "");
+    EXPECT_THROW(Tokenizer::Tokenize("\""), BadDataException);
 }

@@ -131,3 +131,13 @@ TEST_F(Conversions, RoundTheRightOperandOfAFloatOnly)
     EXPECT_EQ(0.1 * 16777216, valueOf("0.1 * 16777217"));
     EXPECT_EQ(std::sin(static_cast<double>(0.1f)), valueOf("math.sin(0.1)"));
 }
+
+TEST_F(Conversions, WrapAnUnsignedLongThatIsTooLargeForAnInt)
+{
+    EXPECT_EQ("2147483647", ValueToObject(2147483647ul)->ToText());
+    EXPECT_EQ("-2147483648", ValueToObject(2147483648ul)->ToText());
+    EXPECT_EQ("-1", ValueToObject(4294967295ul)->ToText());
+    EXPECT_EQ("0", ValueToObject(4294967296ul)->ToText());
+    // And back as that int.
+    EXPECT_EQ(~0ul, ObjectToValue<unsigned long>(ValueToObject(4294967295ul)));
+}
