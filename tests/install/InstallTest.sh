@@ -13,7 +13,7 @@ quib=""
 finish()
 {
     [ -z "$quib" ] || kill -KILL "$quib" 2>/dev/null
-    [ -z "$xvfb" ] || kill "$xvfb" 2>/dev/null
+    [ -z "$xvfb" ] || { kill "$xvfb"; wait "$xvfb"; } 2>/dev/null
     rm -rf "$work"
 }
 trap finish EXIT
@@ -114,7 +114,10 @@ check "a program beside its data works there, with forward slashes" is \
     "workdir =  $work/back/slash/"
 
 if command -v Xvfb >/dev/null; then
-    Xvfb -displayfd 3 -screen 0 800x600x24 -nolisten tcp 3>display >xvfb.log 2>&1 &
+    # A number of our own: a server that ends takes the socket of one along that has just chosen the
+    # same. Without -noreset the server starts anew when its last client goes: SDL looks first whether
+    # it can connect at all, and its second connection may meet a server that does not listen.
+    Xvfb ":$((1000 + $$ % 50000))" -displayfd 3 -screen 0 800x600x24 -nolisten tcp -noreset 3>display >xvfb.log 2>&1 &
     xvfb=$!
     if wait_for 20 test -s display; then
         # Two arguments are one path with a blank, from where the caller stands.

@@ -54,12 +54,15 @@ XServer::XServer(const std::string& screen)
         dup2(nowhere, 1);
         dup2(nowhere, 2);
         const std::string end = std::to_string(ends[1]);
-        execlp("Xvfb", "Xvfb", "-displayfd", end.c_str(), "-screen", "0", screen.c_str(),
-               "-nolisten", "tcp", static_cast<char*>(nullptr));
+        // A number of our own: a server that ends takes the socket of one along that has just chosen
+        // the same.
+        const std::string display = ":" + std::to_string(1000 + getpid() % 50000);
+        execlp("Xvfb", "Xvfb", display.c_str(), "-displayfd", end.c_str(), "-screen", "0",
+               screen.c_str(), "-nolisten", "tcp", static_cast<char*>(nullptr));
         _exit(127);
     }
     close(ends[1]);
-    // It chooses a free display, and says so when it is ready.
+    // It tells its number when it is ready.
     char c;
     std::string number;
     while (read(ends[0], &c, 1) == 1 && c != '\n')
