@@ -183,9 +183,9 @@ bool ClassObject::Holds(const ClassObject* object) const
     return false;
 }
 
-const ClassObject* ClassObject::GetHome() const
+ClassObject* ClassObject::GetHome() const
 {
-    const ClassObject* home = m_home.GetUnlocked();
+    ClassObject* home = m_home.GetUnlocked();
     return home && home->Holds(this) ? home : nullptr;
 }
 

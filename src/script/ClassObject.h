@@ -60,6 +60,8 @@ public:
     /// Where the object belongs, whatever variables take it for a while. It is the owner again when they
     /// let go, and names the object when the owner has no name itself, as the call of a function has.
     void SetHome(const util::WeakPtr<ClassObject>& home) { m_home = home; }
+    /// Null when there is none any more, or when it no longer holds the object.
+    ClassObject* GetHome() const;
 
     bool HasVariable(const util::String& name) const { return FindVariable(name) != nullptr; }
     /// Null when missing.
@@ -100,7 +102,6 @@ private:
     IdentifierPtr AsIdentifierAt(int depth) const;
     bool Holds(const ClassObject* object) const;
     bool IsNamed() const;
-    const ClassObject* GetHome() const;
 
     util::WeakPtr<ClassObject> m_home;
     std::set<VariablePtr, NameLess> m_variables;

@@ -68,7 +68,9 @@ void Reflected::AddVoidCmd2(const util::String& name,
 
 void Reflected::AddReflectedChild(util::SharedPtr<Reflected> child)
 {
-    if (ClassObject* owner = child->GetOwner().GetUnlocked())
+    // Not where a script has put it meanwhile, but where it was a child.
+    ClassObject* home = child->GetHome();
+    if (ClassObject* owner = home ? home : child->GetOwner().GetUnlocked())
     {
         // By the object: a script may hold another one there under the child's name.
         const VariablePtr named = owner->GetVariable(child->GetReflectedName());

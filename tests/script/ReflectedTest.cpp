@@ -117,6 +117,21 @@ TEST_F(ReflectedScript, AChildThatMovesTakesNoOtherVariableAway)
     EXPECT_EQ(b.get(), child->GetOwner().GetUnlocked());
 }
 
+TEST_F(ReflectedScript, AChildLeavesItsParentWhereverAScriptHasStoredIt)
+{
+    const ReflectedPtr a = QUIB_NEW Reflected("a");
+    const ReflectedPtr b = QUIB_NEW Reflected("b");
+    const ReflectedPtr other = QUIB_NEW Reflected("other");
+    const ReflectedPtr child = QUIB_NEW Reflected("child");
+    a->AddReflectedChild(child);
+    other->AddVariable2("s", child);
+    EXPECT_EQ(other.get(), child->GetOwner().GetUnlocked());
+    b->AddReflectedChild(child);
+    EXPECT_FALSE(a->HasVariable("child"));
+    EXPECT_EQ(b.get(), child->GetOwner().GetUnlocked());
+    EXPECT_EQ("child", child->AsIdentifier()->ToCode());
+}
+
 TEST_F(ReflectedScript, TheNameStandsWhileThereIsAnOwner)
 {
     const ReflectedPtr parent = QUIB_NEW Reflected("parent");
