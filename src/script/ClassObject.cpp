@@ -11,8 +11,8 @@ const int MaxOwnerSteps = 100;
 
 // What the values in the tree being made take, roughly, in bytes. A value that a thousand variables share
 // stands in the tree a thousand times.
-const size_t MaxTreeSize = size_t(1) << 30;
-const size_t ElementSize = 64;
+const size_t MaxTreeSize = size_t(1) << 29;
+const size_t ElementSize = 32;
 size_t s_treeSize = 0;
 int s_treeDepth = 0;
 
