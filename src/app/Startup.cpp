@@ -228,9 +228,13 @@ bool LoadConfiguration()
         }
         PutAside(autosave);
     }
-    if (!Exists(Files()->ConfigDir() + CONFIG_FILE))
+    const util::String config = Files()->ConfigDir() + CONFIG_FILE;
+    if (!Exists(config))
         return isRecovery;
-    LoadConfigFile(Files()->ConfigDir() + CONFIG_FILE);
+    LoadConfigFile(config);
+    // The end of the run writes another one.
+    if (Files()->IsFile(config) && !IsScript(config))
+        PutAside(config);
     return true;
 }
 

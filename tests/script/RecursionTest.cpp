@@ -4,7 +4,7 @@
 #include "script/Attributes.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <functional>
 #include <memory>
 
@@ -23,12 +23,16 @@ std::string Repeat(const std::string& text, int n)
     return all;
 }
 
+// Of the processor's time, whatever else the machine does. What these tests let run would otherwise take
+// hours or years: no figure here measures speed.
 double SecondsFor(const std::function<void()>& what)
 {
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock();
     what();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return double(std::clock() - begin) / CLOCKS_PER_SEC;
 }
+
+const double Hang = 120;
 
 const int Many = 100000;
 }
@@ -121,9 +125,9 @@ TEST_F(Limits, EndlessRecursionEndsInOneFailedStatement)
 TEST_F(Limits, EndlessRecursionDoesNotGoOnWithTheNextStatementOfEachLevel)
 {
     // Else 2 to the power of 256 calls.
-    EXPECT_LT(SecondsFor([] { Run("f = (a) => { f(a); f(a); f(a) }; f(1)"); }), 5);
-    EXPECT_LT(SecondsFor([] { Run("g = { g; g }; g"); }), 5);
-    EXPECT_LT(SecondsFor([] { Run("h = (a) => { [h(a), h(a)]; x = h(a) + h(a) }; h(1)"); }), 5);
+    EXPECT_LT(SecondsFor([] { Run("f = (a) => { f(a); f(a); f(a) }; f(1)"); }), Hang);
+    EXPECT_LT(SecondsFor([] { Run("g = { g; g }; g"); }), Hang);
+    EXPECT_LT(SecondsFor([] { Run("h = (a) => { [h(a), h(a)]; x = h(a) + h(a) }; h(1)"); }), Hang);
 }
 
 TEST_F(Limits, CallsThatMultiplyEnd)
@@ -179,12 +183,12 @@ TEST_F(Limits, WorkThatMultipliesEnds)
             SecondsFor(
                 [&]
                 { EXPECT_EQ("Failed to evaluate: d20, Script runs too long", WarningOf("d20")); }),
-            30);
+            Hang);
         util::PointeeHandle::Flush();
     }
     // One allowance for a whole text.
     const Allowance some(MaxRunCost / 16);
-    EXPECT_LT(SecondsFor([] { Run("d0 = { s + s; 1 };" + Repeat("d20;", 10000)); }), 30);
+    EXPECT_LT(SecondsFor([] { Run("d0 = { s + s; 1 };" + Repeat("d20;", 10000)); }), Hang);
     for (const char* name : {"s", "l", "long", "text", "chain"})
         Root().RemoveVariable(name);
 }
@@ -317,7 +321,7 @@ TEST_F(Limits, AFailureCostsNoMoreThanItsMessage)
     // Printed in full, the statement would be a text of a megabyte each time.
     Run("f = {" + Repeat("x([" + Repeat("1, ", 300000) + "2]);", 1) + "}");
     std::string many = "g = {" + Repeat("f;", 2000) + "}; g";
-    EXPECT_LT(SecondsFor([&] { Run(many); }), 10);
+    EXPECT_LT(SecondsFor([&] { Run(many); }), Hang);
 }
 
 TEST_F(Limits, DeepBlocksArePrintedOrLeftOut)
@@ -325,7 +329,7 @@ TEST_F(Limits, DeepBlocksArePrintedOrLeftOut)
     // Every level puts four blanks before every line of what is in it.
     Run("a = 1; f = " + Repeat("{ 0; ", 990) + Repeat("1;", 15000) + Repeat("}", 990) + "; z = 1");
     std::string code;
-    EXPECT_LT(SecondsFor([&] { code = Parser().ToCode(); }), 10);
+    EXPECT_LT(SecondsFor([&] { code = Parser().ToCode(); }), Hang);
     EXPECT_EQ("a = 1;\nz = 1", code);
 }
 
@@ -433,7 +437,7 @@ TEST_F(Limits, AListThatIsTooLongToPrintIsLeftOutOfTheCode)
         Run("l = [l, l]");
     Run("s = 2; z = 3");
     std::string code;
-    EXPECT_LT(SecondsFor([&] { code = Parser().ToCode(); }), 20);
+    EXPECT_LT(SecondsFor([&] { code = Parser().ToCode(); }), Hang);
     EXPECT_EQ("a = 1;\ns = 2;\nz = 3", code);
 }
 
@@ -467,7 +471,7 @@ TEST_F(Limits, AListNestedAHundredThousandDeepIsUsedAndFreed)
 TEST_F(Limits, LongTextsTakeLinearTime)
 {
     // Far below what quadratic work would need, and far above what a slow machine does.
-    const double limit = 20;
+    const double limit = Hang;
     EXPECT_LT(SecondsFor([] { Tokenizer::Tokenize(Repeat("-", 20 * Many) + "5"); }), limit);
     EXPECT_LT(SecondsFor([] { Tokenizer::Tokenize(Repeat("-+", 10 * Many) + "x"); }), limit);
     EXPECT_LT(SecondsFor([] { Tokenizer::Tokenize(Repeat("+-*", 10 * Many)); }), limit);

@@ -492,6 +492,15 @@ TEST_F(WholeProgramTest, SettingsThatCannotBeRecoveredArePutAsideAndTheOnesBefor
     EXPECT_NE(std::string::npos, Read("config.cfg").find("App.DPI = 90.0"));
 }
 
+TEST_F(WholeProgramTest, SettingsThatCannotBeReadArePutAsideBeforeOthersAreWritten)
+{
+    Write("config.cfg", Broken);
+    EXPECT_EQ(0, Run()) << err;
+    EXPECT_EQ(Broken, Read("config.cfg.broken"));
+    EXPECT_NE(std::string::npos, err.find("\"config.cfg\" can't be used")) << err;
+    EXPECT_NE(std::string::npos, Read("config.cfg").find("App.DPI"));
+}
+
 // A pipe that nobody writes to, and a device without an end, would be waited for for ever.
 TEST_F(WholeProgramTest, PipesDevicesFoldersAndLinksToThemselvesAreNoFiles)
 {
