@@ -232,8 +232,8 @@ bool LoadConfiguration()
     if (!Exists(config))
         return isRecovery;
     LoadConfigFile(config);
-    // The end of the run writes another one.
-    if (Files()->IsFile(config) && !IsScript(config))
+    // The end of the run writes another one, where the file's rights let it.
+    if (Files()->IsFile(config) && ::access(config.c_str(), R_OK) == 0 && !IsScript(config))
         PutAside(config);
     return true;
 }
