@@ -4,8 +4,8 @@ namespace physics
 {
 using math::Vec2;
 
-Circular::Circular(GeomKind kind, float radius)
-    : Geom(kind)
+Circular::Circular(GeomKind kind, float radius, BodyReference bodyReference)
+    : Geom(kind, bodyReference)
     , m_radius(radius)
 {
 }

@@ -26,7 +26,7 @@ public:
     void SetRadius(float radius);
 
 protected:
-    Circular(GeomKind kind, float radius);
+    Circular(GeomKind kind, float radius, BodyReference bodyReference = BodyReference::Counted);
     Circular(const Circular&) = default;
 
 private:

@@ -5,9 +5,10 @@
 
 namespace physics
 {
-Geom::Geom(GeomKind kind)
+Geom::Geom(GeomKind kind, BodyReference bodyReference)
     : m_id(s_idCounter++)
     , m_kind(kind)
+    , m_bodyReference(bodyReference)
 {
     // The one look upward: the defaults of a new geometry are settings of the simulation. Its own
     // constructor makes the world's geometry, when the settings stand already.
@@ -21,6 +22,7 @@ Geom::Geom(const Geom& o)
     : util::Pointee(o)
     , m_id(s_idCounter++)
     , m_kind(o.m_kind)
+    , m_bodyReference(o.m_bodyReference)
     , m_poseInv(o.m_poseInv)
     , m_pose(o.m_pose)
     , m_center(o.m_center)
@@ -42,6 +44,11 @@ void Geom::SetBody(AbstractBody* body)
 {
     if (body == m_body)
         return;
+    if (m_bodyReference == BodyReference::Plain)
+    {
+        m_body = body;
+        return;
+    }
     if (body)
         body->GetHandle()->IncreaseRefCount();
     AbstractBody* old = m_body;

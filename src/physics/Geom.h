@@ -14,6 +14,8 @@
 #include "util/Pointee.h"
 #include "util/SharedPtr.h"
 
+#include <cstdint>
+
 namespace physics
 {
 class AbstractBody;
@@ -66,7 +68,7 @@ public:
     GeomKind GetKind() const { return m_kind; }
 
     /// Counts a reference on the new body and releases the one on the old body, which may delete
-    /// the old body. Null takes the geometry off its body. Bodies call it, nobody else: it does not
+    /// the old body (but see BodyReference). Null takes the geometry off its body. Bodies call it, nobody else: it does not
     /// enter the geometry in the body's list.
     void SetBody(AbstractBody* body);
     util::SharedPtr<AbstractBody> GetBody() const;
@@ -111,9 +113,16 @@ public:
     void OnGeomChange();
 
 protected:
+    // Whether a geometry keeps its body alive. One that its body owns must not.
+    enum class BodyReference : uint8_t
+    {
+        Counted,
+        Plain
+    };
+
     /// Density, friction and restitution come from the simulation's attributes, so the simulation
     /// must exist, if only half built.
-    explicit Geom(GeomKind kind);
+    explicit Geom(GeomKind kind, BodyReference bodyReference = BodyReference::Counted);
 
     /// For Clone: shape, pose and material, with a new id and no body. Deliberate: the air friction
     /// multiplier starts at 1 again and the no-collide set empty.
@@ -144,7 +153,8 @@ private:
 
     unsigned m_id;
     GeomKind m_kind;
-    AbstractBody* m_body = nullptr; // one reference on it is counted by hand
+    BodyReference m_bodyReference;
+    AbstractBody* m_body = nullptr; // one reference on it is counted by hand, when it is counted
     math::Mat2D m_poseInv;          // world to geometry
     math::Mat2D m_pose;             // geometry to world
     math::Vec2 m_center;            // world units

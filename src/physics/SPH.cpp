@@ -1,7 +1,13 @@
 #include "physics/SPH.h"
 
+#include <utility>
+
 namespace physics
 {
+struct SPH::Arrays
+{
+};
+
 SPH::SPH()
     : Reflected("SPH")
     , m_radius(this, "radius", 0.05f)

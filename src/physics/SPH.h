@@ -1,9 +1,16 @@
-// The settings of the fluid, visible to scripts as "SPH".
+// The fluid: smoothed particle hydrodynamics, with settings that scripts see as "SPH".
+//
+// The simulation calls it once per step. Particles come as handles and leave as they are between the
+// calls; during a call their state stands in flat arrays, in the order of a grid.
 #pragma once
 
+#include "physics/Particle.h"
 #include "script/Attributes.h"
 #include "script/Reflected.h"
 #include "util/Singleton.h"
+
+#include <memory>
+#include <vector>
 
 namespace physics
 {
@@ -12,6 +19,20 @@ class SPH : public script::Reflected, public util::Singleton<SPH>
 public:
     SPH();
     ~SPH() override;
+
+    /// Adds the forces that the particles exert on each other, ages the lonely ones, and brings all to
+    /// the present attributes. Does nothing for an empty list.
+    /// @param dt  seconds
+    void Update(const ParticleList& particles, float dt);
+    /// Deliberate: does nothing. It walks the particles of an Update under way, and none is when the
+    /// simulation calls it.
+    void VelocitySmoothing();
+
+    /// How far particles feel each other.
+    float InfluenceDistance() const { return m_radius * m_influence; }
+
+    /// Of the last Update, in its order; empty for a particle that had no part in it.
+    std::vector<Particle::Neighbor> GetNeighbors(const Particle& particle) const;
 
     script::AttribWrapper<float> m_radius;         // particle radius
     script::AttribWrapper<float> m_influence;      // influence distance in radii
@@ -28,5 +49,14 @@ public:
     script::AttribWrapper<float> m_surfaceTension;
     script::AttribWrapper<float> m_jitter;     // random acceleration
     script::AttribWrapper<float> m_bucketSize; // hash cell size in influence distances
+
+private:
+    void FindNeighbors();
+    void CalcForces();
+
+    struct Arrays;
+
+    util::VectorPOD<Particle*> m_particles; // of the update under way
+    std::unique_ptr<Arrays> m_arrays;
 };
 }
