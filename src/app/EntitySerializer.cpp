@@ -30,9 +30,8 @@ script::ObjectPtr ToObject(const std::vector<T>& values)
 }
 }
 
-EntitySerializer::EntitySerializer(Defaults defaults)
+EntitySerializer::EntitySerializer()
     : m_values(UsualKeyCount)
-    , m_defaults(defaults)
 {
 }
 
@@ -72,7 +71,7 @@ void EntitySerializer::SerializeAttributes(const script::ClassObject& object)
     for (const script::VariablePtr& variable : object.GetVariables())
     {
         const auto* attrib = dynamic_cast<const script::AbstractAttrib*>(variable.get());
-        if (!KeepsDefaults() && attrib && attrib->HasDefaultValue())
+        if (attrib && attrib->HasDefaultValue())
             continue;
         m_values[variable->GetName()] = variable->GetObject();
     }

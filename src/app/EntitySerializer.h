@@ -10,20 +10,10 @@ namespace app
 class EntitySerializer
 {
 public:
-    // What becomes of attributes at their default. A file leaves them to whoever reads it. A snapshot
-    // and a clone take everything, and unbound buttons and controllers as "": reading "" unbinds.
-    enum class Defaults
-    {
-        Skip,
-        Keep
-    };
-
     /// Empty, for writing.
-    explicit EntitySerializer(Defaults defaults = Defaults::Skip);
+    EntitySerializer();
     /// The closure's variables, for reading.
     explicit EntitySerializer(const script::Closure& closure);
-
-    bool KeepsDefaults() const { return m_defaults == Defaults::Keep; }
 
     bool Has(const util::String& key) const { return m_values.Find(key) != nullptr; }
 
@@ -36,8 +26,7 @@ public:
     template<typename T>
     void Set(const util::String& key, const T& value);
 
-    /// Takes over each variable of the object, but for attributes at their default unless these are
-    /// kept.
+    /// Takes over each variable of the object but for attributes at their default.
     void SerializeAttributes(const script::ClassObject& object);
     /// Gives each variable of the object whose name is a key its value.
     void DeserializeAttributes(script::ClassObject& object) const;
@@ -50,6 +39,5 @@ public:
 
 private:
     util::HashMap<util::String, script::ObjectPtr> m_values;
-    Defaults m_defaults = Defaults::Skip;
 };
 }

@@ -1,7 +1,5 @@
 #include "app/Scene.h"
 
-#include "app/App.h"
-#include "app/AppGUI.h"
 #include "app/Camera.h"
 #include "app/Serializer.h"
 #include "app/entities/GeomEntity.h"
@@ -334,9 +332,6 @@ void Scene::ClearScene()
     m_author = "";
     m_description = "";
     physics::Simulation::GetInstancePtr()->Clear();
-    // The scene clears itself once before there is an interface.
-    if (AppGUI* appGUI = App::GetInstancePtr()->GetAppGUI().get())
-        appGUI->RemoveGroupWidgets();
 }
 
 void Scene::SetTexts(const util::String& title, const util::String& author,

@@ -1,7 +1,6 @@
 #include "app/Serializer.h"
 
 #include "app/App.h"
-#include "app/AppGUI.h"
 #include "app/Background.h"
 #include "app/Camera.h"
 #include "app/EntitySerializer.h"
@@ -11,8 +10,6 @@
 #include "app/entities/CircleEntity.h"
 #include "app/entities/PlaneEntity.h"
 #include "app/entities/PolyEntity.h"
-#include "app/widgets/WidgetFactory.h"
-#include "input/Input.h"
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/Plane.h"
@@ -95,7 +92,6 @@ const std::vector<Serializer::Kind>& Serializer::GetKinds()
         {"addPolygon", "polygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
         {"addBox", "box", &Serializer::AddBox, &IsKind<BoxEntity>},
         {"addGroup", "group", &Serializer::AddGroup, nullptr},
-        {"addWidget", nullptr, &Serializer::AddWidget, nullptr},
     };
     return *kinds;
 }
@@ -130,12 +126,6 @@ void Serializer::ForgetAll()
     m_entities.clear();
     m_entityIDs.clear();
     m_geomIDs.clear();
-}
-
-void Serializer::RegisterEntity(const EntityPtr& entity)
-{
-    m_entities[entity->GetID()] = entity;
-    m_entityIDs[entity->GetID()] = entity->GetID();
 }
 
 void Serializer::ForgetEntity(const EntityPtr& entity)
@@ -219,46 +209,18 @@ void Serializer::AddBox(const EntitySerializer& serializer)
     AddGeomEntity(serializer, QUIB_NEW BoxEntity(geom));
 }
 
-EntitySet Serializer::ReadMembers(const EntitySerializer& serializer) const
+void Serializer::AddGroup(const EntitySerializer& serializer)
 {
-    EntitySet members;
+    const GroupPtr group = QUIB_NEW Group;
+    group->Deserialize(serializer);
     if (serializer.Has("entityIDs"))
         for (unsigned long id : serializer.Get<std::vector<unsigned long>>("entityIDs"))
         {
             const auto found = m_entities.find(id);
             if (found != m_entities.end())
-                members.insert(found->second);
+                group->Add(found->second);
         }
-    return members;
-}
-
-void Serializer::AddGroup(const EntitySerializer& serializer)
-{
-    const GroupPtr group = QUIB_NEW Group;
-    group->Deserialize(serializer);
-    group->AddAll(ReadMembers(serializer));
     Scene::GetInstancePtr()->AddGroup(group);
-}
-
-void Serializer::AddWidget(const EntitySerializer& serializer)
-{
-    GroupPtr group;
-    if (serializer.Has("groupID"))
-        group = Scene::GetInstancePtr()->GetGroupByName(serializer.Get<util::String>("groupID"));
-    if (!group)
-    {
-        group = QUIB_NEW Group;
-        group->AddAll(ReadMembers(serializer));
-    }
-    const WidgetPtr widget = WidgetFactory::GetInstancePtr()->CreateWidget(
-        serializer.Get<util::String>("widgetID"), group);
-    if (serializer.Has("minimized"))
-        widget->SetMinimized(serializer.Get<bool>("minimized"));
-    widget->SetPos(serializer.Has("pos") ? serializer.Get<Vec2>("pos")
-                                         : input::Input::GetInstancePtr()->GetMousePos());
-    if (serializer.Has("title"))
-        widget->SetTitle(serializer.Get<util::String>("title"));
-    App::GetInstancePtr()->GetAppGUI()->AddWidget(widget);
 }
 
 void Serializer::AddGeomEntity(const EntitySerializer& serializer,
@@ -347,7 +309,7 @@ void Serializer::DeserializeOldEntity(EntitySerializer& serializer)
         if (type == "polygon" && PolygonAsBox(serializer))
             type = "box";
         for (const Kind& kind : GetKinds())
-            if (kind.oldType && type == kind.oldType)
+            if (type == kind.oldType)
             {
                 (this->*kind.handler)(serializer);
                 return;
@@ -368,20 +330,16 @@ util::String Serializer::SerializeScene()
 {
     const Scene* scene = Scene::GetInstancePtr();
     script::CodeBlock block;
-    for (const script::ExpressionPtr& statement : GetMetaVarList())
-        block.Add(statement);
+    SerializeMetaVars(block);
     SerializeSettings(block);
     SerializeEntities(block, scene->GetEntities());
     for (const GroupPtr& group : scene->GetGroups())
         SerializeGroup(block, group);
-    for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
-        if (widget->GetGroup())
-            SerializeWidget(block, *widget);
     return "// Quib scene created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
            "\n\n" + block.ToCode();
 }
 
-script::ExpressionList Serializer::GetMetaVarList()
+void Serializer::SerializeMetaVars(script::CodeBlock& block)
 {
     FileInfo* info = FileInfo::GetInstancePtr();
     const Scene* scene = Scene::GetInstancePtr();
@@ -391,19 +349,14 @@ script::ExpressionList Serializer::GetMetaVarList()
         info->SetAuthor(scene->GetAuthor());
     if (info->GetDescription().empty())
         info->SetDescription(scene->GetDescription());
-    info->SetVersion(FileInfo::LATEST_VERSION);
-
-    script::ExpressionList list;
-    const auto add = [&list, info](const char* name)
-    { list.push_back(info->GetVariable(name)->ToExpression()); };
     if (!info->GetTitle().empty())
-        add("title");
+        AddSetting(block, *info, "title");
     if (!info->GetAuthor().empty())
-        add("author");
+        AddSetting(block, *info, "author");
     if (!info->GetDescription().empty())
-        add("description");
-    add("version");
-    return list;
+        AddSetting(block, *info, "description");
+    info->SetVersion(FileInfo::LATEST_VERSION);
+    AddSetting(block, *info, "version");
 }
 
 void Serializer::SerializeSettings(script::CodeBlock& block)
@@ -427,20 +380,6 @@ void Serializer::SerializeSettings(script::CodeBlock& block)
     if (app->GetFadeColor() != Vec3(0, 0, 0))
         for (const char* name : {"fadeScale", "fadeTranslate", "fadeRotate"})
             AddSetting(block, *app, name);
-}
-
-util::String Serializer::SerializeQuiblet(const GroupPtr& group)
-{
-    std::vector<EntityPtr> entities;
-    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
-        if (group->Contains(entity))
-            entities.push_back(entity);
-    script::CodeBlock block;
-    for (const script::ExpressionPtr& statement : GetMetaVarList())
-        block.Add(statement);
-    SerializeEntities(block, entities);
-    return "// Quiblet created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
-           "\n\n" + block.ToCode();
 }
 
 void Serializer::SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities)
@@ -468,17 +407,5 @@ void Serializer::SerializeGroup(script::CodeBlock& block, const GroupPtr& group)
     group->SerializeTo(serializer);
     serializer.Set("entityIDs", group->GetEnityIDs());
     block.Add(serializer.ToFunctionCall("Scene.addGroup"));
-}
-
-void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget)
-{
-    EntitySerializer serializer;
-    serializer.Set("widgetID", widget.GetID());
-    serializer.Set("groupID", widget.GetGroup()->GetName());
-    serializer.Set("entityIDs", widget.GetGroup()->GetEnityIDs());
-    serializer.Set("minimized", widget.IsMinimized());
-    serializer.Set("pos", widget.GetPos());
-    serializer.Set("title", widget.GetTitle());
-    block.Add(serializer.ToFunctionCall("Scene.addWidget"));
 }
 }

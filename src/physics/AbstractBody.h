@@ -52,6 +52,9 @@ public:
     /// Summed area of the geometries.
     float GetArea() const { return m_area; }
 
+    /// Among the bodies of the simulation. Particles never are.
+    bool IsInSimulation() const { return m_isInSimulation; }
+
     bool IsSuspended() const { return m_suspended; }
     /// Holds the body still, for instance while the user edits it.
     void SetSuspended(bool suspended) { m_suspended = suspended; }

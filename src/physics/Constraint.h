@@ -31,7 +31,10 @@ public:
     AbstractBody* GetBodyPtr(int i) const { return m_bodies[i]; }
     /// Squared size of the last desired impulse.
     float GetPriority() const { return m_priority; }
+    float GetDistScale() const { return m_distScale; }
     void SetDistScale(float scale) { m_distScale = scale; }
+    float GetWarmScale() const { return m_warmScale; }
+    void SetWarmScale(float scale) { m_warmScale = scale; }
     bool IsContact() const { return m_isContact; }
     /// Counted up over all constraints of the process. It stands for the address wherever an order is
     /// needed: addresses differ from run to run.
@@ -54,8 +57,15 @@ protected:
 
     /// An impulse on the velocity changes: positive on body 1, negative on body 0.
     void ApplyImpulse(const math::Vec2& impulse);
+    /// The same with an impulse that only turns.
+    void ApplyAngularImpulse(float impulse);
+
+    // In this form a NaN bound or value behaves in vector registers as it does here.
+    static float Max(float a, float b) { return a > b ? a : b; }
+    static float Min(float a, float b) { return a < b ? a : b; }
 
     float m_distScale = 1; // scale on the distance term
+    float m_warmScale = 1; // scale on the warm start of a hinge
     AbstractBody* m_bodies[2] = {nullptr, nullptr};
     math::Vec2 m_r[2]; // arms, from each body's center to the point
     float m_priority = 0;
@@ -89,6 +99,13 @@ struct ConstraintCreationComparer
         return a->GetCreationNumber() < b->GetCreationNumber();
     }
 };
+
+/// Acceleration of the point at arm r, by the forces of this step.
+inline math::Vec2 CalcAcceleration(const AbstractBody& body, const math::Vec2& r)
+{
+    return body.GetSolverMassInv() * body.GetForce() +
+           body.GetSolverInertiaInv() * math::Cross(body.GetTorque(), r);
+}
 
 /// The mass that an impulse along dir meets, when it acts at the arms ra and rb of two bodies.
 /// Suspended bodies are infinitely heavy.

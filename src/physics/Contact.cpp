@@ -13,26 +13,6 @@ using math::Dot;
 using math::IsFinite;
 using math::Vec2;
 
-namespace
-{
-// In this form a NaN bound or value behaves in vector registers as it does here.
-float Max(float a, float b)
-{
-    return a > b ? a : b;
-}
-float Min(float a, float b)
-{
-    return a < b ? a : b;
-}
-
-// Acceleration of the point at arm r, by the forces of this step.
-Vec2 CalcAcceleration(const AbstractBody& body, const Vec2& r)
-{
-    return body.GetSolverMassInv() * body.GetForce() +
-           body.GetSolverInertiaInv() * Cross(body.GetTorque(), r);
-}
-}
-
 float Mix(float a, float b)
 {
     const float product = a * b;

@@ -1,6 +1,9 @@
-// The forces of a step: gravity, air friction, buoyancy in air.
+// The forces of a step: gravity, air friction, buoyancy in air; joints; what water does to water.
 
 #include "physics/Geom.h"
+#include "physics/Joint.h"
+#include "physics/Particle.h"
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "util/ScopeProfiler.h"
 
@@ -14,14 +17,18 @@ using math::Vec2;
 
 namespace
 {
-struct AirFriction
+// The settings, read once.
+struct Air
 {
     float invDt;
     float linear, quadratic, rot;
+    float density;
+    Vec2 gravity;
+    bool hasFriction;
 };
 
 // Drag on a body that shows the air a width, centered at an arm from its center of mass.
-void AddAirFrictionForce(const AirFriction& air, AbstractBody& body, const Vec2& vel, float speed,
+void AddAirFrictionForce(const Air& air, AbstractBody& body, const Vec2& vel, float speed,
                          float width, const Vec2& arm, float mult)
 {
     const float inf = std::numeric_limits<float>::infinity();
@@ -41,62 +48,81 @@ void AddAirFrictionForce(const AirFriction& air, AbstractBody& body, const Vec2&
     body.AddTorque(-std::min(drag, limit) * math::Sign(body.GetAngVel()));
 }
 
-void AddAirBuoyancy(float density, const Vec2& gravity, AbstractBody& body, float area,
-                    const Vec2& arm)
+void AddAirBuoyancy(const Air& air, AbstractBody& body, float area, const Vec2& arm)
 {
-    const Vec2 force = -(area * density) * gravity;
+    const Vec2 force = -(area * air.density) * air.gravity;
     body.AddForce(force);
     body.AddTorque(math::Cross(arm, force));
+}
+
+void AddAirForces(const Air& air, Body& body)
+{
+    const Vec2 vel = body.GetVel();
+    const float speed = vel.Length();
+    const Vec2 across = math::Rot90CW(speed == 0 ? Vec2() : vel / speed);
+    float width = 0, frictionArea = 0;
+    Vec2 widthCenter, areaCenter;
+    for (const Body::BodyPart& part : body.GetParts())
+    {
+        const Geom& geom = *part.geom;
+        const math::OBB2D obb = geom.GetOBBWorld();
+        const float w = 2 * obb.ProjectedRadius(across);
+        width += w;
+        widthCenter += w * obb.GetCenter();
+        const float area = geom.Area();
+        areaCenter += area * geom.GetCenter();
+        frictionArea += geom.GetAirFrictionMult() * area;
+    }
+    if (air.hasFriction && !math::IsZero(speed) && width > 0)
+        AddAirFrictionForce(air, body, vel, speed, width, widthCenter / width - body.GetPos(),
+                            frictionArea / body.GetArea());
+    if (air.density != 0)
+        AddAirBuoyancy(air, body, body.GetArea(), areaCenter / body.GetArea() - body.GetPos());
 }
 }
 
 void Simulation::CalcForces()
 {
     util::ScopeProfiler profile("Simulation::CalcForces");
-    const Vec2 gravity = GetGravity();
-    const AirFriction air{1 / m_timeDelta, m_airFrictionLinear, m_airFrictionQuadratic,
-                          m_rotFrictionLinear};
-    const float airDensity = m_airDensity;
-    const bool hasAir = m_airSwitch;
-    const bool hasFriction = air.linear != 0 || air.quadratic != 0 || air.rot != 0;
-
+    Air air{1 / m_timeDelta,
+            m_airFrictionLinear,
+            m_airFrictionQuadratic,
+            m_rotFrictionLinear,
+            m_airDensity,
+            GetGravity(),
+            false};
+    air.hasFriction = air.linear != 0 || air.quadratic != 0 || air.rot != 0;
     {
         util::ScopeProfiler profileBodies("Body forces");
-        for (const BodyPtr& handle : m_bodies)
-        {
-            Body& body = *handle;
-            if (body.IsImmovable())
-                continue;
-            body.AddForce(body.GetMass() * gravity);
-            if (!hasAir)
-                continue;
-
-            const Vec2 vel = body.GetVel();
-            const float speed = vel.Length();
-            const Vec2 across = math::Rot90CW(speed == 0 ? Vec2() : vel / speed);
-            float width = 0, frictionArea = 0;
-            Vec2 widthCenter, areaCenter;
-            for (const Body::BodyPart& part : body.GetParts())
+        const bool hasAir = m_airSwitch;
+        for (const BodyPtr& body : m_bodies)
+            if (!body->IsImmovable())
             {
-                const Geom& geom = *part.geom;
-                const math::OBB2D obb = geom.GetOBBWorld();
-                const float w = 2 * obb.ProjectedRadius(across);
-                width += w;
-                widthCenter += w * obb.GetCenter();
-                const float area = geom.Area();
-                areaCenter += area * geom.GetCenter();
-                frictionArea += geom.GetAirFrictionMult() * area;
+                body->AddForce(body->GetMass() * air.gravity);
+                if (hasAir)
+                    AddAirForces(air, *body);
             }
-            if (hasFriction && !math::IsZero(speed) && width > 0)
-                AddAirFrictionForce(air, body, vel, speed, width,
-                                    widthCenter / width - body.GetPos(),
-                                    frictionArea / body.GetArea());
-            if (airDensity != 0)
-                AddAirBuoyancy(airDensity, gravity, body, body.GetArea(),
-                               areaCenter / body.GetArea() - body.GetPos());
+    }
+    const SPH& sph = *SPH::GetInstancePtr();
+    {
+        util::ScopeProfiler profileParticles("Particle forces");
+        const float radius = sph.m_radius;
+        const float area = radius * radius * math::PIf;
+        // Deliberate: by the present settings, not by the particle's own mass.
+        const Vec2 weight = area * sph.m_density * air.gravity;
+        for (const ParticlePtr& handle : m_particles)
+        {
+            Particle& particle = *handle;
+            particle.AddForce(weight);
+            // Deliberate: the switch for the air does not count here.
+            if (air.hasFriction)
+                AddAirFrictionForce(air, particle, particle.GetVel(), particle.GetVel().Length(),
+                                    2 * radius, Vec2(), 1);
+            if (air.density != 0)
+                AddAirBuoyancy(air, particle, area, Vec2());
         }
     }
-    // A stage of every step, even when there is no water.
-    util::ScopeProfiler profileParticles("Particle forces");
+    for (const JointPtr& joint : m_joints)
+        joint->ApplyForce();
 }
 }

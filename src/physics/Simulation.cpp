@@ -5,7 +5,11 @@
 #include "physics/Contact.h"
 #include "physics/ContactCache.h"
 #include "physics/Geom.h"
+#include "physics/Hinge.h"
+#include "physics/Joint.h"
+#include "physics/Particle.h"
 #include "physics/RowSolver.h"
+#include "physics/SPH.h"
 #include "physics/WorldGeom.h"
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
@@ -16,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace physics
 {
@@ -26,6 +31,16 @@ namespace
 // Seconds that one update may fill, whatever the frame rate that is asked for: longer, and nobody could
 // set it right again.
 const float MaxFrameBudget = 1;
+}
+
+bool CreationOrder::operator()(const HingePtr& a, const HingePtr& b) const
+{
+    return a->GetCreationNumber() < b->GetCreationNumber();
+}
+
+bool CreationOrder::operator()(const JointPtr& a, const JointPtr& b) const
+{
+    return a->GetCreationNumber() < b->GetCreationNumber();
 }
 
 Simulation::Simulation()
@@ -107,6 +122,15 @@ void Simulation::Clear()
     for (const BodyPtr& body : m_bodies)
         body->m_isInSimulation = false;
     m_bodies.clear();
+    // The pairs that don't collide belong to the hinges that are in the simulation.
+    for (const JointPtr& joint : m_joints)
+        joint->Deactivate();
+    m_joints.clear();
+    for (const HingePtr& hinge : m_hinges)
+        hinge->Deactivate();
+    m_hinges.clear();
+    m_isHingeListOld = true;
+    m_particles.clear();
     m_allBodies.clear();
     m_foundContacts.clear();
     m_contacts.clear();
@@ -141,6 +165,74 @@ void Simulation::RemoveBody(BodyPtr body)
 bool Simulation::HasBody(const util::SharedPtr<AbstractBody>& body) const
 {
     return body && body->m_isInSimulation;
+}
+
+void Simulation::AddJoint(JointPtr joint)
+{
+    CODE_ASSERT(joint);
+    if (HasJoint(joint))
+        return;
+    joint->Activate();
+    m_joints.insert(joint);
+}
+
+void Simulation::RemoveJoint(JointPtr joint)
+{
+    if (!joint)
+        return;
+    joint->Deactivate();
+    m_joints.erase(joint);
+}
+
+bool Simulation::HasJoint(const JointPtr& joint) const
+{
+    return joint && m_joints.count(joint) > 0;
+}
+
+void Simulation::AddConstraint(HingePtr constraint)
+{
+    CODE_ASSERT(constraint);
+    if (HasConstraint(constraint))
+        return;
+    constraint->Activate();
+    m_hinges.insert(constraint);
+    m_isHingeListOld = true;
+}
+
+void Simulation::RemoveConstraint(HingePtr constraint)
+{
+    if (!constraint)
+        return;
+    constraint->Deactivate();
+    m_hinges.erase(constraint);
+    m_isHingeListOld = true;
+}
+
+bool Simulation::HasConstraint(const HingePtr& constraint) const
+{
+    return constraint && m_hinges.count(constraint) > 0;
+}
+
+const util::VectorPOD<Hinge*>& Simulation::GetHingeList()
+{
+    if (m_isHingeListOld)
+    {
+        m_hingeList.clear();
+        for (const HingePtr& hinge : m_hinges)
+            m_hingeList.append(hinge.get());
+        m_isHingeListOld = false;
+    }
+    return m_hingeList;
+}
+
+void Simulation::AddParticle(ParticlePtr particle)
+{
+    m_particles.push_back(particle);
+}
+
+void Simulation::EraseWater()
+{
+    m_particles.clear();
 }
 
 void Simulation::Update(double dt)
@@ -227,9 +319,10 @@ void Simulation::AppendStatistics()
 
     m_statusText += util::ToString(bodies) + " bodies\n";
     m_statusText += util::ToString(geoms - 1) + " geometries\n";
-    m_statusText += "0 particles\n"; // nothing makes any yet, and so with springs and hinges
+    m_statusText += util::ToString(m_particles.size()) + " particles\n";
     m_statusText += util::ToString(m_contacts.size()) + " contacts\n";
-    m_statusText += "0 springs\n0 hinges\n";
+    m_statusText += util::ToString(m_joints.size()) + " springs\n";
+    m_statusText += util::ToString(m_hinges.size()) + " hinges\n";
     m_statusText += "Running at " + util::ToString(1 / m_timeDelta) + " Hz\n";
 }
 
@@ -243,6 +336,8 @@ void Simulation::Step(bool integrate)
     m_allBodies.clear();
     for (const BodyPtr& body : m_bodies)
         m_allBodies.append(body.get());
+    for (const ParticlePtr& particle : m_particles)
+        m_allBodies.append(particle.get());
 
     if (integrate)
         CalcForces();
@@ -296,7 +391,14 @@ void Simulation::FlushBadBodies()
 {
     const float fallLimit = m_fallLimit;
     const Vec2 down = math::Normalized(GetGravity());
+    FlushBodies(down, fallLimit);
+    FlushParticles(down, fallLimit);
+    // After the bodies, so that what hangs on one goes with it.
+    FlushJoints();
+}
 
+void Simulation::FlushBodies(const Vec2& down, float fallLimit)
+{
     BodyList bad;
     for (const BodyPtr& body : m_bodies)
         if (body->IsBad() || Dot(down, body->GetPos()) > fallLimit)
@@ -316,6 +418,42 @@ void Simulation::FlushBadBodies()
     for (const BodyPtr& body : bad)
         if (body != m_worldBody)
             body->SetGeoms(GeomSet());
+}
+
+void Simulation::FlushParticles(const Vec2& down, float fallLimit)
+{
+    if (m_particles.empty())
+        return;
+    const float vaporizeTime = SPH::GetInstancePtr()->m_vaporizeTime;
+    for (size_t i = 0; i < m_particles.size();)
+    {
+        const Particle& particle = *m_particles[i];
+        if (particle.IsBad() || particle.GetAge() > vaporizeTime ||
+            Dot(down, particle.GetPos()) > fallLimit)
+        {
+            m_particles[i] = std::move(m_particles.back());
+            m_particles.pop_back();
+        }
+        else
+            ++i;
+    }
+}
+
+void Simulation::FlushJoints()
+{
+    std::vector<JointPtr> badJoints;
+    for (const JointPtr& joint : m_joints)
+        if (!joint->IsGood())
+            badJoints.push_back(joint);
+    for (const JointPtr& joint : badJoints)
+        RemoveJoint(joint);
+
+    std::vector<HingePtr> badHinges;
+    for (Hinge* hinge : GetHingeList())
+        if (!hinge->IsGood())
+            badHinges.push_back(hinge);
+    for (const HingePtr& hinge : badHinges)
+        RemoveConstraint(hinge);
 }
 
 void Simulation::CalcContacts()

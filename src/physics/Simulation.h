@@ -1,5 +1,6 @@
-// The world of the physics engine: owns every body and contact, advances them in fixed time steps, and
-// removes what has gone bad or fallen out of the world. Scripts see its settings as "Sim".
+// The world of the physics engine: owns every body, joint, hinge, particle and contact, advances them in
+// fixed time steps, and removes what has gone bad or fallen out of the world. Scripts see its settings
+// as "Sim".
 #pragma once
 
 #include "physics/Body.h"
@@ -13,16 +14,33 @@
 
 #include <memory>
 #include <memory_resource>
+#include <set>
 #include <vector>
 
 namespace physics
 {
 class Contact;
 class ContactCache;
+class Hinge;
+class Joint;
+class Particle;
 class RowSolver;
 class WorldGeom;
 using ContactPtr = util::SharedPtr<Contact>;
 using ContactList = std::vector<ContactPtr>;
+using HingePtr = util::SharedPtr<Hinge>;
+using JointPtr = util::SharedPtr<Joint>;
+using ParticlePtr = util::SharedPtr<Particle>;
+using ParticleList = std::vector<ParticlePtr>;
+
+// In order of creation, which every run repeats.
+struct CreationOrder
+{
+    bool operator()(const HingePtr& a, const HingePtr& b) const;
+    bool operator()(const JointPtr& a, const JointPtr& b) const;
+};
+using HingeSet = std::set<HingePtr, CreationOrder>;
+using JointSet = std::set<JointPtr, CreationOrder>;
 
 // Must be made before any other body or geometry: its world body and world geometry have id 0.
 class Simulation : public script::Reflected, public util::Singleton<Simulation>
@@ -45,6 +63,27 @@ public:
     bool HasBody(const util::SharedPtr<AbstractBody>& body) const;
     /// In order of addition, the world body first.
     const BodyList& GetBodies() const { return m_bodies; }
+
+    /// Does nothing when the joint is there already. Logarithmic time, like all on joints and hinges.
+    /// @throws BadCoderException  when null
+    void AddJoint(JointPtr joint);
+    /// Deactivates the joint even when it is not there.
+    void RemoveJoint(JointPtr joint);
+    bool HasJoint(const JointPtr& joint) const;
+    /// In order of creation.
+    const JointSet& GetJoints() const { return m_joints; }
+
+    /// As with joints.
+    void AddConstraint(HingePtr constraint);
+    void RemoveConstraint(HingePtr constraint);
+    bool HasConstraint(const HingePtr& constraint) const;
+    const HingeSet& GetHinges() const { return m_hinges; }
+
+    /// Does not ask whether the particle is there already.
+    void AddParticle(ParticlePtr particle);
+    const ParticleList& GetParticles() const { return m_particles; }
+    void EraseWater();
+
     /// The contacts of the last step, in the order in which they were found.
     const ContactList& GetContacts() const { return m_contacts; }
     /// How many of them were there in the step before.
@@ -131,6 +170,10 @@ public:
 
 private:
     void CheckWorldInvariants() const;
+    void FlushBodies(const math::Vec2& down, float fallLimit);
+    void FlushParticles(const math::Vec2& down, float fallLimit);
+    void FlushJoints();
+    const util::VectorPOD<Hinge*>& GetHingeList();
     void RunSteps(double dt, float timeFactor);
     void AppendStatistics();
     int CalcIterations() const;
@@ -139,7 +182,12 @@ private:
     util::SharedPtr<WorldGeom> m_worldGeom;
     BodyPtr m_worldBody;
     BodyList m_bodies;
-    AbstractBodyList m_allBodies; // rebuilt in every step
+    JointSet m_joints;
+    HingeSet m_hinges;
+    util::VectorPOD<Hinge*> m_hingeList; // the same as m_hinges, to walk
+    bool m_isHingeListOld = false;
+    ParticleList m_particles;
+    AbstractBodyList m_allBodies; // rebuilt in every step: all bodies, then all particles
     ContactPool m_contactPool;
     util::VectorPOD<Contact*> m_foundContacts; // the same as m_contacts, as the collider gives them
     ContactList m_contacts;                    // of the current step

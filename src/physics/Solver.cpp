@@ -1,6 +1,7 @@
 // The solvers: from constraints to velocity changes.
 
 #include "physics/Contact.h"
+#include "physics/Hinge.h"
 #include "physics/RowSolver.h"
 #include "physics/Simulation.h"
 #include "util/Failures.h"
@@ -27,19 +28,24 @@ void Simulation::SetupSolver()
 {
     const float h = m_timeDelta;
     const float lead = m_leapFrog ? h / 2 : 0.0f;
-    ConstraintParams contacts(h, m_solveDcontacts, m_solveConstant, lead);
-    if (m_adHocSolver)
+    const auto makeParams = [&](float damping)
     {
-        // A plain projection: the position error goes in one step, nothing is damped.
-        contacts.dist = 1 / h;
-        contacts.vel = 0;
-        contacts.reg = 0;
-    }
-    contacts.dist *= m_solveDistFactor;
-    contacts.vel *= m_solveVelFactor;
-    contacts.acc *= m_solveAccFactor;
-    contacts.reg *= m_solveRegularizationFactor;
-    Contact::s_params = contacts;
+        ConstraintParams params(h, damping, m_solveConstant, lead);
+        if (m_adHocSolver)
+        {
+            // A plain projection: the position error goes in one step, nothing is damped.
+            params.dist = 1 / h;
+            params.vel = 0;
+            params.reg = 0;
+        }
+        params.dist *= m_solveDistFactor;
+        params.vel *= m_solveVelFactor;
+        params.acc *= m_solveAccFactor;
+        params.reg *= m_solveRegularizationFactor;
+        return params;
+    };
+    Contact::s_params = makeParams(m_solveDcontacts);
+    Hinge::s_params = makeParams(m_solveDconstraints);
     Contact::s_targetPenetration = m_targetPenetration;
 
     Constraint::s_warmStart = m_warmStart;
@@ -65,6 +71,8 @@ void Simulation::RunSolver()
         ~ListGuard() { list.clear(); }
     } guard{m_constraints};
     m_constraints.clear();
+    for (Hinge* hinge : GetHingeList())
+        m_constraints.append(hinge);
     for (Contact* contact : m_foundContacts)
         m_constraints.append(contact);
 
