@@ -39,6 +39,11 @@ void AppGUI::Update(float dt)
 {
     util::ScopeProfiler profile("AppGUI::Update");
     Component::Update(dt);
+    // A panel has nothing to show once its entities are gone.
+    m_widgets.erase(std::remove_if(m_widgets.begin(), m_widgets.end(),
+                                   [](const WidgetPtr& widget)
+                                   { return widget->GetGroup() && widget->GetGroup()->IsEmpty(); }),
+                    m_widgets.end());
 
     if (util::Timer::GetCurrentTime() - m_lastAutosave > App::GetInstancePtr()->GetAutosaveTime())
     {
@@ -109,6 +114,14 @@ void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
 void AppGUI::Rebuild()
 {
     RemoveAllComponents();
+}
+
+void AppGUI::RemoveGroupWidgets()
+{
+    m_widgets.erase(std::remove_if(m_widgets.begin(), m_widgets.end(),
+                                   [](const WidgetPtr& widget)
+                                   { return bool(widget->GetGroup()); }),
+                    m_widgets.end());
 }
 
 void AppGUI::PostponeAutosave()

@@ -2,9 +2,12 @@
 // Owned by the App; the script object "App.GUI".
 #pragma once
 
+#include "app/widgets/Widget.h"
 #include "gui/Component.h"
 #include "script/Attributes.h"
 #include "util/String.h"
+
+#include <vector>
 
 namespace app
 {
@@ -32,6 +35,13 @@ public:
 
     /// Takes down the panels: they are built again for the language in force.
     void Rebuild();
+    /// All that are open, the oldest first.
+    const std::vector<WidgetPtr>& GetWidgets() const { return m_widgets; }
+    /// @param widget  not null
+    void AddWidget(const WidgetPtr& widget) { m_widgets.push_back(widget); }
+    /// Those that belong to entities go with the scene, those of the user's layout stay.
+    void RemoveGroupWidgets();
+
     /// Wishes for the panels of a first start. There is nothing to open them with before the first
     /// Rebuild in a window, so this only notes the wish.
     void SetUpDefaults() { m_wantsDefaults = true; }
@@ -42,6 +52,7 @@ public:
 
 private:
     script::AttribWrapper<float> m_zoomFactor;
+    std::vector<WidgetPtr> m_widgets;
     bool m_wantsDefaults = false;
     double m_lastAutosave; // seconds
 };

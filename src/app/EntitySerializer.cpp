@@ -30,8 +30,9 @@ script::ObjectPtr ToObject(const std::vector<T>& values)
 }
 }
 
-EntitySerializer::EntitySerializer()
+EntitySerializer::EntitySerializer(Defaults defaults)
     : m_values(UsualKeyCount)
+    , m_defaults(defaults)
 {
 }
 
@@ -71,7 +72,7 @@ void EntitySerializer::SerializeAttributes(const script::ClassObject& object)
     for (const script::VariablePtr& variable : object.GetVariables())
     {
         const auto* attrib = dynamic_cast<const script::AbstractAttrib*>(variable.get());
-        if (attrib && attrib->HasDefaultValue())
+        if (!KeepsDefaults() && attrib && attrib->HasDefaultValue())
             continue;
         m_values[variable->GetName()] = variable->GetObject();
     }

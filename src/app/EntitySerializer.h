@@ -10,10 +10,20 @@ namespace app
 class EntitySerializer
 {
 public:
+    // What becomes of attributes at their default. A file leaves them to whoever reads it. A snapshot
+    // and a clone take everything, and unbound buttons and controllers as "": reading "" unbinds.
+    enum class Defaults
+    {
+        Skip,
+        Keep
+    };
+
     /// Empty, for writing.
-    EntitySerializer();
+    explicit EntitySerializer(Defaults defaults = Defaults::Skip);
     /// The closure's variables, for reading.
     explicit EntitySerializer(const script::Closure& closure);
+
+    bool KeepsDefaults() const { return m_defaults == Defaults::Keep; }
 
     bool Has(const util::String& key) const { return m_values.Find(key) != nullptr; }
 
@@ -26,7 +36,8 @@ public:
     template<typename T>
     void Set(const util::String& key, const T& value);
 
-    /// Takes over each variable of the object but for attributes at their default.
+    /// Takes over each variable of the object, but for attributes at their default unless these are
+    /// kept.
     void SerializeAttributes(const script::ClassObject& object);
     /// Gives each variable of the object whose name is a key its value.
     void DeserializeAttributes(script::ClassObject& object) const;
@@ -39,5 +50,6 @@ public:
 
 private:
     util::HashMap<util::String, script::ObjectPtr> m_values;
+    Defaults m_defaults = Defaults::Skip;
 };
 }

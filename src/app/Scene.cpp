@@ -1,5 +1,7 @@
 #include "app/Scene.h"
 
+#include "app/App.h"
+#include "app/AppGUI.h"
 #include "app/Camera.h"
 #include "app/Serializer.h"
 #include "app/entities/GeomEntity.h"
@@ -332,6 +334,9 @@ void Scene::ClearScene()
     m_author = "";
     m_description = "";
     physics::Simulation::GetInstancePtr()->Clear();
+    // The scene clears itself once before there is an interface.
+    if (AppGUI* appGUI = App::GetInstancePtr()->GetAppGUI().get())
+        appGUI->RemoveGroupWidgets();
 }
 
 void Scene::SetTexts(const util::String& title, const util::String& author,

@@ -1,6 +1,7 @@
 #include "app/Serializer.h"
 
 #include "app/App.h"
+#include "app/AppGUI.h"
 #include "app/Background.h"
 #include "app/Camera.h"
 #include "app/EntitySerializer.h"
@@ -10,6 +11,8 @@
 #include "app/entities/CircleEntity.h"
 #include "app/entities/PlaneEntity.h"
 #include "app/entities/PolyEntity.h"
+#include "app/widgets/WidgetFactory.h"
+#include "input/Input.h"
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/Plane.h"
@@ -92,6 +95,7 @@ const std::vector<Serializer::Kind>& Serializer::GetKinds()
         {"addPolygon", "polygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
         {"addBox", "box", &Serializer::AddBox, &IsKind<BoxEntity>},
         {"addGroup", "group", &Serializer::AddGroup, nullptr},
+        {"addWidget", nullptr, &Serializer::AddWidget, nullptr},
     };
     return *kinds;
 }
@@ -126,6 +130,12 @@ void Serializer::ForgetAll()
     m_entities.clear();
     m_entityIDs.clear();
     m_geomIDs.clear();
+}
+
+void Serializer::RegisterEntity(const EntityPtr& entity)
+{
+    m_entities[entity->GetID()] = entity;
+    m_entityIDs[entity->GetID()] = entity->GetID();
 }
 
 void Serializer::ForgetEntity(const EntityPtr& entity)
@@ -209,18 +219,46 @@ void Serializer::AddBox(const EntitySerializer& serializer)
     AddGeomEntity(serializer, QUIB_NEW BoxEntity(geom));
 }
 
-void Serializer::AddGroup(const EntitySerializer& serializer)
+EntitySet Serializer::ReadMembers(const EntitySerializer& serializer) const
 {
-    const GroupPtr group = QUIB_NEW Group;
-    group->Deserialize(serializer);
+    EntitySet members;
     if (serializer.Has("entityIDs"))
         for (unsigned long id : serializer.Get<std::vector<unsigned long>>("entityIDs"))
         {
             const auto found = m_entities.find(id);
             if (found != m_entities.end())
-                group->Add(found->second);
+                members.insert(found->second);
         }
+    return members;
+}
+
+void Serializer::AddGroup(const EntitySerializer& serializer)
+{
+    const GroupPtr group = QUIB_NEW Group;
+    group->Deserialize(serializer);
+    group->AddAll(ReadMembers(serializer));
     Scene::GetInstancePtr()->AddGroup(group);
+}
+
+void Serializer::AddWidget(const EntitySerializer& serializer)
+{
+    GroupPtr group;
+    if (serializer.Has("groupID"))
+        group = Scene::GetInstancePtr()->GetGroupByName(serializer.Get<util::String>("groupID"));
+    if (!group)
+    {
+        group = QUIB_NEW Group;
+        group->AddAll(ReadMembers(serializer));
+    }
+    const WidgetPtr widget = WidgetFactory::GetInstancePtr()->CreateWidget(
+        serializer.Get<util::String>("widgetID"), group);
+    if (serializer.Has("minimized"))
+        widget->SetMinimized(serializer.Get<bool>("minimized"));
+    widget->SetPos(serializer.Has("pos") ? serializer.Get<Vec2>("pos")
+                                         : input::Input::GetInstancePtr()->GetMousePos());
+    if (serializer.Has("title"))
+        widget->SetTitle(serializer.Get<util::String>("title"));
+    App::GetInstancePtr()->GetAppGUI()->AddWidget(widget);
 }
 
 void Serializer::AddGeomEntity(const EntitySerializer& serializer,
@@ -309,7 +347,7 @@ void Serializer::DeserializeOldEntity(EntitySerializer& serializer)
         if (type == "polygon" && PolygonAsBox(serializer))
             type = "box";
         for (const Kind& kind : GetKinds())
-            if (type == kind.oldType)
+            if (kind.oldType && type == kind.oldType)
             {
                 (this->*kind.handler)(serializer);
                 return;
@@ -330,16 +368,20 @@ util::String Serializer::SerializeScene()
 {
     const Scene* scene = Scene::GetInstancePtr();
     script::CodeBlock block;
-    SerializeMetaVars(block);
+    for (const script::ExpressionPtr& statement : GetMetaVarList())
+        block.Add(statement);
     SerializeSettings(block);
     SerializeEntities(block, scene->GetEntities());
     for (const GroupPtr& group : scene->GetGroups())
         SerializeGroup(block, group);
+    for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
+        if (widget->GetGroup())
+            SerializeWidget(block, *widget);
     return "// Quib scene created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
            "\n\n" + block.ToCode();
 }
 
-void Serializer::SerializeMetaVars(script::CodeBlock& block)
+script::ExpressionList Serializer::GetMetaVarList()
 {
     FileInfo* info = FileInfo::GetInstancePtr();
     const Scene* scene = Scene::GetInstancePtr();
@@ -349,14 +391,19 @@ void Serializer::SerializeMetaVars(script::CodeBlock& block)
         info->SetAuthor(scene->GetAuthor());
     if (info->GetDescription().empty())
         info->SetDescription(scene->GetDescription());
-    if (!info->GetTitle().empty())
-        AddSetting(block, *info, "title");
-    if (!info->GetAuthor().empty())
-        AddSetting(block, *info, "author");
-    if (!info->GetDescription().empty())
-        AddSetting(block, *info, "description");
     info->SetVersion(FileInfo::LATEST_VERSION);
-    AddSetting(block, *info, "version");
+
+    script::ExpressionList list;
+    const auto add = [&list, info](const char* name)
+    { list.push_back(info->GetVariable(name)->ToExpression()); };
+    if (!info->GetTitle().empty())
+        add("title");
+    if (!info->GetAuthor().empty())
+        add("author");
+    if (!info->GetDescription().empty())
+        add("description");
+    add("version");
+    return list;
 }
 
 void Serializer::SerializeSettings(script::CodeBlock& block)
@@ -380,6 +427,20 @@ void Serializer::SerializeSettings(script::CodeBlock& block)
     if (app->GetFadeColor() != Vec3(0, 0, 0))
         for (const char* name : {"fadeScale", "fadeTranslate", "fadeRotate"})
             AddSetting(block, *app, name);
+}
+
+util::String Serializer::SerializeQuiblet(const GroupPtr& group)
+{
+    std::vector<EntityPtr> entities;
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+        if (group->Contains(entity))
+            entities.push_back(entity);
+    script::CodeBlock block;
+    for (const script::ExpressionPtr& statement : GetMetaVarList())
+        block.Add(statement);
+    SerializeEntities(block, entities);
+    return "// Quiblet created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
+           "\n\n" + block.ToCode();
 }
 
 void Serializer::SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities)
@@ -407,5 +468,17 @@ void Serializer::SerializeGroup(script::CodeBlock& block, const GroupPtr& group)
     group->SerializeTo(serializer);
     serializer.Set("entityIDs", group->GetEnityIDs());
     block.Add(serializer.ToFunctionCall("Scene.addGroup"));
+}
+
+void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget)
+{
+    EntitySerializer serializer;
+    serializer.Set("widgetID", widget.GetID());
+    serializer.Set("groupID", widget.GetGroup()->GetName());
+    serializer.Set("entityIDs", widget.GetGroup()->GetEnityIDs());
+    serializer.Set("minimized", widget.IsMinimized());
+    serializer.Set("pos", widget.GetPos());
+    serializer.Set("title", widget.GetTitle());
+    block.Add(serializer.ToFunctionCall("Scene.addWidget"));
 }
 }

@@ -14,6 +14,7 @@
 namespace app
 {
 class GeomEntity;
+class Widget;
 
 class Serializer : public util::Pointee, public util::Singleton<Serializer>
 {
@@ -29,6 +30,23 @@ public:
     /// @throws BadDataException  when the text does not parse; nothing has run then. A statement that
     ///                           fails is logged and costs itself only.
     GroupPtr Deserialize(const util::String& text);
+
+    /// The group's entities, to be brought into some other scene: without settings, water, groups and
+    /// widgets. What it writes into FileInfo and the entities is as with a scene.
+    util::String SerializeQuiblet(const GroupPtr& group);
+
+    // The pieces of these texts, with the ids of this run. Entities get joints' ends by these too.
+
+    /// What FileInfo says: the texts that are not empty, and the version.
+    script::ExpressionList GetMetaVarList();
+    /// Geometries first, then joints and pens, each in the order given. A joint's end that is not among
+    /// them is written as a point of the world.
+    void SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities);
+    void SerializeGroup(script::CodeBlock& block, const GroupPtr& group);
+    /// @param widget  one that has a group
+    void SerializeWidget(script::CodeBlock& block, const Widget& widget);
+    /// What comes next to be run may name the entity and its geometry by their ids of this run.
+    void RegisterEntity(const EntityPtr& entity);
 
     /// The id as the text gave it that brought the entity, else the entity's own. A text may give one
     /// id to several entities.
@@ -47,7 +65,7 @@ private:
     struct Kind
     {
         const char* command; // of "Scene"
-        const char* oldType; // in files from before scenes were programs
+        const char* oldType; // in files from before scenes were programs; null where these had none
         void (Serializer::*handler)(const EntitySerializer&);
         bool (*isKind)(const Entity&); // null for what is no entity
     };
@@ -58,15 +76,15 @@ private:
     void AddCircle(const EntitySerializer& serializer);
     void AddPolygon(const EntitySerializer& serializer);
     void AddBox(const EntitySerializer& serializer);
+    /// The entities that "entityIDs" names; unknown ids are skipped.
+    EntitySet ReadMembers(const EntitySerializer& serializer) const;
     void AddGroup(const EntitySerializer& serializer);
+    void AddWidget(const EntitySerializer& serializer);
     void AddGeomEntity(const EntitySerializer& serializer,
                        const util::SharedPtr<GeomEntity>& entity);
     void AddEntity(const EntitySerializer& serializer, const EntityPtr& entity);
 
-    void SerializeMetaVars(script::CodeBlock& block);
     void SerializeSettings(script::CodeBlock& block);
-    void SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities);
-    void SerializeGroup(script::CodeBlock& block, const GroupPtr& group);
 
     void DeserializeOld(const script::CodeBlock& program);
     void DeserializeOldEntity(EntitySerializer& serializer);

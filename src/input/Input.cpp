@@ -100,6 +100,57 @@ bool Input::IsKeyDown(int key) const
     return it != m_keys.end() && it->second;
 }
 
+bool Input::IsAnyKeyDown(std::initializer_list<int> keys) const
+{
+    for (int key : keys)
+        if (IsKeyDown(key))
+            return true;
+    return false;
+}
+
+int Input::CheckModifier(Modifier modifier) const
+{
+    const int mask = SDL_GetModState();
+    switch (modifier)
+    {
+    case ModNone:
+        return mask == 0;
+    case ModShift:
+        return (mask & KMOD_SHIFT) && IsAnyKeyDown({SDLK_LSHIFT, SDLK_RSHIFT});
+    case ModLeftShift:
+        return (mask & KMOD_LSHIFT) && IsKeyDown(SDLK_LSHIFT);
+    case ModRightShift:
+        return (mask & KMOD_RSHIFT) && IsKeyDown(SDLK_RSHIFT);
+    case ModCtrl:
+        return ((mask & KMOD_CTRL) && IsAnyKeyDown({SDLK_LCTRL, SDLK_RCTRL})) ||
+               ((mask & KMOD_META) && IsAnyKeyDown({SDLK_LMETA, SDLK_RMETA}));
+    case ModLeftCtrl:
+        return ((mask & KMOD_LCTRL) && IsKeyDown(SDLK_LCTRL)) ||
+               ((mask & KMOD_LMETA) && IsKeyDown(SDLK_LMETA));
+    case ModRightCtrl:
+        return ((mask & KMOD_RCTRL) && IsKeyDown(SDLK_RCTRL)) ||
+               ((mask & KMOD_RMETA) && IsKeyDown(SDLK_RMETA));
+    case ModAlt:
+        return (mask & KMOD_ALT) && IsAnyKeyDown({SDLK_LALT, SDLK_RALT});
+    case ModLeftAlt:
+        return (mask & KMOD_LALT) && IsKeyDown(SDLK_LALT);
+    case ModRightAlt:
+        // Deliberate: no key is asked. On many keyboards the right one reports itself as AltGr.
+        return (mask & KMOD_RALT) != 0;
+    case ModMeta:
+        return (mask & KMOD_META) && IsAnyKeyDown({SDLK_LMETA, SDLK_RMETA});
+    case ModLeftMeta:
+        return (mask & KMOD_LMETA) && IsKeyDown(SDLK_LMETA);
+    case ModRightMeta:
+        return (mask & KMOD_RMETA) && IsKeyDown(SDLK_RMETA);
+    case ModNumLock:
+        return (mask & KMOD_NUM) && IsKeyDown(SDLK_NUMLOCK);
+    case ModCapsLock:
+        return (mask & KMOD_CAPS) && IsKeyDown(SDLK_CAPSLOCK);
+    }
+    return mask;
+}
+
 void Input::SetGrabInput(bool grab)
 {
     SDL_WM_GrabInput(grab ? SDL_GRAB_ON : SDL_GRAB_OFF);

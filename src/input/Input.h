@@ -2,14 +2,34 @@
 #pragma once
 
 #include "input/InputDelegator.h"
+#include "input/Key.h"
 #include "util/Singleton.h"
+
+#include <initializer_list>
 
 union SDL_Event;
 
 namespace input
 {
-/// The key of button 0 of the mouse.
-constexpr int FirstMouseKey = 323;
+// Keys that others are held with.
+enum Modifier
+{
+    ModNone, // none of them is held
+    ModShift,
+    ModLeftShift,
+    ModRightShift,
+    ModCtrl, // or the command key, and so with the next two
+    ModLeftCtrl,
+    ModRightCtrl,
+    ModAlt,
+    ModLeftAlt,
+    ModRightAlt,
+    ModMeta,
+    ModLeftMeta,
+    ModRightMeta,
+    ModNumLock,
+    ModCapsLock
+};
 
 /// Key repeat and unicode translation.
 void SetTextInput(bool on);
@@ -32,6 +52,9 @@ public:
 
     /// A key never seen is up.
     bool IsKeyDown(int key) const;
+    /// Not zero when the modifier is held: SDL says so, and its key has been seen to go down, as SDL's own
+    /// state may stick when the window loses the focus. For what is no Modifier the mask of SDL's state.
+    int CheckModifier(Modifier modifier) const;
     /// As of the last PumpEvents, in GUI units.
     const math::Vec2& GetMousePos() const { return m_mousePos; }
     /// Seconds; when the last PumpEvents began.
@@ -47,6 +70,8 @@ public:
     void OnKeyEvent(const KeyEvent& event) override;
 
 private:
+    bool IsAnyKeyDown(std::initializer_list<int> keys) const;
+
     double m_pumpTime = 0;
     std::map<int, bool> m_keys;
     math::Vec2 m_mousePos;

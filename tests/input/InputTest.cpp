@@ -13,7 +13,7 @@ namespace
 {
 using Notes = std::vector<std::string>;
 
-SDL_Event Key(Uint8 type, SDLKey key)
+SDL_Event KeyOf(Uint8 type, SDLKey key)
 {
     SDL_Event event = {};
     event.type = type;
@@ -94,10 +94,10 @@ TEST_F(InputTest, AKeyNeverSeenIsUp)
 
 TEST_F(InputTest, AKeyIsDownFromPressToRelease)
 {
-    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_LEFT));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_LEFT));
     EXPECT_TRUE(input->IsKeyDown(SDLK_LEFT));
     EXPECT_TRUE(listener->IsKeyDown(SDLK_LEFT));
-    input->HandleEvent(Key(SDL_KEYUP, SDLK_LEFT));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_LEFT));
     EXPECT_FALSE(input->IsKeyDown(SDLK_LEFT));
     EXPECT_FALSE(listener->IsKeyDown(SDLK_LEFT));
 }
@@ -109,22 +109,22 @@ TEST_F(InputTest, AKeyThatAHigherListenerTookIsNotDownForTheLower)
     taker->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
     input->AddListener(util::WeakPtr<InputListener>(taker.get()));
 
-    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_LEFT));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_LEFT));
     EXPECT_TRUE(input->IsKeyDown(SDLK_LEFT));
     EXPECT_TRUE(taker->IsKeyDown(SDLK_LEFT));
     EXPECT_FALSE(listener->IsKeyDown(SDLK_LEFT));
-    input->HandleEvent(Key(SDL_KEYUP, SDLK_LEFT));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_LEFT));
 }
 
 TEST_F(InputTest, AReleaseThatAHigherListenerTookStillCountsAsUp)
 {
-    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_RIGHT));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_RIGHT));
     ASSERT_TRUE(listener->IsKeyDown(SDLK_RIGHT));
     Notes notes;
     const util::SharedPtr<NotingListener> taker = QUIB_NEW NotingListener(90, "taker", &notes);
     taker->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
     input->AddListener(util::WeakPtr<InputListener>(taker.get()));
-    input->HandleEvent(Key(SDL_KEYUP, SDLK_RIGHT));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_RIGHT));
     EXPECT_FALSE(listener->IsKeyDown(SDLK_RIGHT));
 }
 
@@ -136,13 +136,13 @@ TEST_F(InputTest, ADelegatorKnowsTheKeysThatItsListenersLeft)
     delegator->AddListener(util::WeakPtr<InputListener>(child.get()));
     input->AddListener(util::WeakPtr<InputListener>(delegator.get()));
 
-    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_UP));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_UP));
     EXPECT_TRUE(delegator->IsKeyDown(SDLK_UP));
     child->m_onKey = [](const KeyEvent& event) { event.SetHandled(true); };
-    input->HandleEvent(Key(SDL_KEYDOWN, SDLK_DOWN));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_DOWN));
     EXPECT_FALSE(delegator->IsKeyDown(SDLK_DOWN));
-    input->HandleEvent(Key(SDL_KEYUP, SDLK_UP));
-    input->HandleEvent(Key(SDL_KEYUP, SDLK_DOWN));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_UP));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_DOWN));
 }
 
 TEST_F(InputTest, MouseButtonsAreKeysFrom324On)
@@ -194,8 +194,8 @@ TEST_F(InputTest, PumpingReadsTheMouse)
 
 TEST_F(InputTest, OfSeveralResizesOnlyTheLastIsDeliveredAndAfterAllElse)
 {
-    SDL_Event events[] = {Resize(100, 100), Key(SDL_KEYDOWN, SDLK_a), Resize(200, 150),
-                          Key(SDL_KEYUP, SDLK_a)};
+    SDL_Event events[] = {Resize(100, 100), KeyOf(SDL_KEYDOWN, SDLK_a), Resize(200, 150),
+                          KeyOf(SDL_KEYUP, SDLK_a)};
     SDL_Event expose = {};
     expose.type = SDL_VIDEOEXPOSE;
     for (SDL_Event& event : events)
