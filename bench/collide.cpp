@@ -99,7 +99,7 @@ BodyList MakeRubble()
 size_t CountPlain(const BodyList& bodies)
 {
     PlainCollider plain;
-    plain.Collide(bodies);
+    plain.Collide(bodies, ParticleList());
     return plain.found.size();
 }
 
@@ -113,7 +113,7 @@ void Fast(benchmark::State& state, BodyList (*make)())
         pool.Reclaim();
         found.clear();
         Collider collider;
-        collider.AssignBodies(bodies);
+        collider.AssignBodies(bodies, ParticleList());
         collider.Collide(pool, found);
     }
     if (found.size() != CountPlain(bodies) || found.empty())
@@ -129,7 +129,7 @@ void Assign(benchmark::State& state, BodyList (*make)())
     for (auto _ : state)
     {
         Collider collider;
-        collider.AssignBodies(bodies);
+        collider.AssignBodies(bodies, ParticleList());
     }
     for (const BodyPtr& body : bodies)
         body->SetGeoms(GeomSet());

@@ -42,6 +42,13 @@ Bounds Bounds::Around(const math::BoundingCircle& circle)
     return GrownBounds(circle.center, circle.radius, circle.radius, 0);
 }
 
+Bounds Bounds::Grown(float distance) const
+{
+    // Axes that are a little too long or too short measure distances as much too large or too small.
+    const float grow = distance > 0 ? distance * 1.05f : 0;
+    return Bounds{min - Vec2(grow, grow), max + Vec2(grow, grow)};
+}
+
 void BoundsList::Rows::Clear()
 {
     minX.clear();

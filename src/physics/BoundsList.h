@@ -30,6 +30,10 @@ struct Bounds
     /// they do with such shapes.
     static Bounds Around(const math::OBB2D& obb);
     static Bounds Around(const math::BoundingCircle& circle);
+
+    /// What is nearer to the shape than that lies in these bounds, whatever rounding does to the
+    /// distance. Less than 0 counts as 0.
+    Bounds Grown(float distance) const;
 };
 
 class BoundsList

@@ -5,8 +5,11 @@
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/CollisionDetection.h"
+#include "physics/Particle.h"
 #include "physics/Plane.h"
+#include "physics/PointList.h"
 #include "physics/Polygon.h"
+#include "physics/SPH.h"
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
 
@@ -103,6 +106,9 @@ struct Collider::Lists
     BoundsList polygonMaps;      // around the regions that the polygons' maps cover
     TypeList<CircleHull> circles;
     TypeList<BoxHull> boxes;
+    util::VectorPOD<Particle*> particles;
+    PointList particlePoints; // at the same indices
+    float waterRadius;        // of a particle as a circle
 
     void Clear()
     {
@@ -112,7 +118,13 @@ struct Collider::Lists
         polygonMaps.Clear();
         circles.Clear();
         boxes.Clear();
+        particles.clear();
+        particlePoints.Clear();
     }
+
+    void CollideWater(ContactOutput& out) const;
+    template<typename T>
+    void CollideParticles(T& geom, const Bounds& bounds, ContactOutput& out) const;
 
     // The lists that the next collider borrows, so that they keep their capacity from step to step.
     // Null while they are borrowed.
@@ -132,11 +144,18 @@ Collider::~Collider()
     Lists::s_spare = m_lists;
 }
 
-void Collider::AssignBodies(const BodyList& bodies)
+void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particles)
 {
     util::ScopeProfiler profile("Collider::AssignBodies");
     Lists& l = *m_lists;
     l.Clear();
+    l.waterRadius = 0.1f * SPH::GetInstancePtr()->m_radius;
+    for (const ParticlePtr& particle : particles)
+    {
+        l.particles.append(particle.get());
+        l.particlePoints.Append(particle->GetPos());
+    }
+    l.particlePoints.Finish();
     for (const util::SharedPtr<Body>& body : bodies)
         // Parts and not the set: its order goes by address.
         for (const Body::BodyPart& part : body->GetParts())
@@ -237,5 +256,81 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
                         [&](const BoxHull& b, const CircleHull& c)
                         { CollideBoxCircle(*b.box, c, out); });
     }
+    if (!l.particles.empty())
+    {
+        util::ScopeProfiler scope("Water");
+        l.CollideWater(out);
+    }
+}
+
+/// Deliberate: ShouldCollide has no say here. Collide sets do not hold water back, nor does a body that
+/// cannot move.
+void Collider::Lists::CollideWater(ContactOutput& out) const
+{
+    math::BoundingBox box;
+    math::OBB2D obb;
+    {
+        util::ScopeProfiler scope("Creating BB");
+        box = particlePoints.CalcBounds();
+        box.Grow(waterRadius);
+        const Vec2 half = box.GetSize() * 0.5f;
+        obb = math::OBB2D(box.GetCenter(), Vec2(1, 0), Vec2(0, 1), half.x, half.y);
+    }
+    {
+        util::ScopeProfiler scope("Plane-Water");
+        for (Plane* plane : planes)
+        {
+            const math::Plane2D& p = plane->GetPlane();
+            if (plane->GetWaterCollide() &&
+                !(p.Distance(obb.GetCenter()) > obb.ProjectedRadius(p.normal)))
+                particlePoints.ForEachNearerThan(
+                    waterRadius, p,
+                    [&](size_t i) {
+                        CollideParticle(waterRadius, *particles.data()[i]->GetGeom(),
+                                        particlePoints[i], *plane, out);
+                    });
+        }
+    }
+    {
+        util::ScopeProfiler scope("Circle-Water");
+        for (size_t i = 0; i < circles.size(); ++i)
+        {
+            const CircleHull& hull = circles.hulls.data()[i];
+            if (AABBvcBC(box, hull.bc) && hull.circle->GetWaterCollide())
+                CollideParticles(*hull.circle, circles.bounds.data()[i], out);
+        }
+    }
+    {
+        util::ScopeProfiler scope("Poly-Water");
+        for (const PolyHull& hull : polygons.hulls)
+        {
+            Polygon& polygon = *hull.polygon;
+            if (AABBvcBC(box, polygon.GetBCWorld()) && Intersects(obb, polygon.GetOBBWorld()) &&
+                polygon.GetWaterCollide())
+                // Up to the border of its map a polygon may tell any distance.
+                CollideParticles(polygon, Bounds::Around(polygon.GetMapOBBWorld()), out);
+        }
+    }
+    {
+        util::ScopeProfiler scope("Box-Water");
+        for (size_t i = 0; i < boxes.size(); ++i)
+        {
+            const BoxHull& hull = boxes.hulls.data()[i];
+            if (AABBvcBC(box, hull.box->GetBCWorld()) && Intersects(obb, hull.obb) &&
+                hull.box->GetWaterCollide())
+                CollideParticles(*hull.box, boxes.bounds.data()[i], out);
+        }
+    }
+}
+
+/// @param bounds  of the geometry itself
+template<typename T>
+void Collider::Lists::CollideParticles(T& geom, const Bounds& bounds, ContactOutput& out) const
+{
+    particlePoints.ForEachIn(bounds.Grown(waterRadius),
+                             [&](size_t i) {
+                                 CollideParticle(waterRadius, *particles.data()[i]->GetGeom(),
+                                                 particlePoints[i], geom, out);
+                             });
 }
 }

@@ -108,6 +108,15 @@ bool AABBvcBC(const math::BoundingBox& box, const math::BoundingCircle& circle);
 void AddContact(ContactOutput& out, Geom& g1, Geom& g2, unsigned long id, math::Vec2 pos,
                 math::Vec2 normal, float depth);
 
+/// The contact of a water particle, a circle of radius r at p, whatever the collide sets say.
+template<typename T>
+void CollideParticle(float r, Geom& particle, const math::Vec2& p, T& geom, ContactOutput& out)
+{
+    const float d = geom.DistanceWorld(p);
+    if (d < r)
+        AddContact(out, geom, particle, 0, p, geom.NormalWorld(p), r - d);
+}
+
 // The contacts of one pair, whatever ShouldCollide says.
 void CollidePlaneCircle(Plane& plane, const CircleHull& hull, ContactOutput& out);
 void CollidePlanePoly(Plane& plane, Polygon& polygon, ContactOutput& out);

@@ -463,7 +463,7 @@ void Simulation::CalcContacts()
         util::ScopeProfiler profileFinding("Finding contacts");
         m_foundContacts.clear();
         Collider collider;
-        collider.AssignBodies(m_bodies);
+        collider.AssignBodies(m_bodies, m_particles);
         collider.Collide(m_contactPool, m_foundContacts);
 
         m_lastContacts.swap(m_contacts);

@@ -4,6 +4,8 @@
 #include "GeomFixture.h"
 #include "PlainCollider.h"
 #include "physics/BoundsList.h"
+#include "physics/PointList.h"
+#include "physics/SPH.h"
 #include "physics/WorldGeom.h"
 #include "util/ScopeProfiler.h"
 
@@ -36,12 +38,14 @@ bool SameBits(float a, float b)
 class ColliderTest : public GeomFixture
 {
 protected:
+    ~ColliderTest() override { sph.m_radius = 0.05f; }
+
     /// @return  how many contacts there were
     size_t ExpectSameAsPlain(const std::string& world)
     {
         Collide();
         PlainCollider plain;
-        plain.Collide(bodies);
+        plain.Collide(bodies, particles);
         EXPECT_EQ(plain.found.size(), found.size()) << world;
         for (size_t i = 0; i < plain.found.size() && i < found.size(); ++i)
         {
@@ -60,6 +64,8 @@ protected:
         }
         return plain.found.size();
     }
+
+    SPH& sph = *SPH::GetInstancePtr();
 
     /// A few outlines of every kind, made once: clones are cheap.
     static const std::vector<PolygonPtr>& Outlines()
@@ -121,6 +127,16 @@ protected:
         return geom;
     }
 
+    void RandomWater(test::Dice& dice, int count, float spread, Vec2 offset)
+    {
+        for (int i = 0; i < count; ++i)
+            AddParticle(offset +
+                        Vec2(dice.Uniform(-spread, spread), dice.Uniform(-spread, spread)));
+        for (const BodyPtr& body : bodies)
+            for (const Body::BodyPart& part : body->GetParts())
+                part.geom->SetWaterCollide(!dice.OneIn(4));
+    }
+
     void RandomWorld(test::Dice& dice, int bodyCount, float spread, float size, Vec2 offset)
     {
         std::vector<GeomPtr> all;
@@ -153,6 +169,8 @@ TEST_F(ColliderTest, AgreesWithThePlainLoopsInRandomWorlds)
     {
         const float spread = std::pow(10.0f, dice.Uniform(-0.5f, 1.5f));
         RandomWorld(dice, dice.Int(2, 120), spread, 1, Vec2());
+        if (dice.OneIn(3))
+            RandomWater(dice, dice.Int(1, 80), 1.2f * spread, Vec2());
         contacts += ExpectSameAsPlain("round " + std::to_string(round));
         Forget();
         if (HasFailure())
@@ -183,6 +201,11 @@ TEST_F(ColliderTest, AgreesWithThePlainLoopsInHugeAndTinyWorlds)
                 geom.SetPos(size * geom.GetCenter() + Vec2(far, -far));
                 geom.SetBody(body.get());
             }
+        if (dice.OneIn(3))
+        {
+            sph.m_radius = 10 * size * dice.Uniform(0, 1);
+            RandomWater(dice, dice.Int(1, 80), 4 * size, Vec2(far, -far));
+        }
         contacts += ExpectSameAsPlain("round " + std::to_string(round));
         Forget();
         if (HasFailure())
@@ -217,6 +240,12 @@ TEST_F(ColliderTest, AgreesWithThePlainLoopsWhereThingsJustTouch)
             }
         AddPlane(Vec2(turn.cos, turn.sin), 0);
         AddPlane(Vec2(0, 1), far + 0.5f);
+        for (int i = 0; i < 30; ++i)
+        {
+            const float jitter = 1 + dice.Int(-3, 4) * FLT_EPSILON;
+            AddParticle(TransformCoordinate(
+                turn, Vec2(0.505f * jitter * dice.Int(-2, 12), 0.505f * dice.Int(-2, 12))));
+        }
         contacts += ExpectSameAsPlain("round " + std::to_string(round));
         Forget();
         if (HasFailure())
@@ -259,6 +288,14 @@ TEST_F(ColliderTest, AgreesWithThePlainLoopsOnStrangePosesAndShapes)
                     circle->SetBody(body.get());
                 }
             }
+        if (dice.OneIn(3))
+        {
+            sph.m_radius = dice.OneIn(3) ? anything() : 0.5f;
+            RandomWater(dice, dice.Int(1, 80), 4, Vec2());
+            for (const ParticlePtr& particle : particles)
+                if (dice.OneIn(20))
+                    particle->SetPos(Vec2(anything(), dice.OneIn(2) ? anything() : 0));
+        }
         contacts += ExpectSameAsPlain("round " + std::to_string(round));
         Forget();
         if (HasFailure())
@@ -328,7 +365,7 @@ TEST_F(ColliderTest, SkipsTheWorldGeometry)
     AddCircle(Vec2(0, 0), 1);
     all.push_back(bodies[0]);
     Collider collider;
-    collider.AssignBodies(all);
+    collider.AssignBodies(all, particles);
     collider.Collide(pool, found);
     EXPECT_TRUE(found.empty());
 }
@@ -342,7 +379,7 @@ TEST_F(ColliderTest, WantsGeometriesThatKnowTheirBody)
         Collider collider;
         try
         {
-            collider.AssignBodies(bodies);
+            collider.AssignBodies(bodies, particles);
             ADD_FAILURE() << "no assertion";
         }
         catch (BadCoderException& e)
@@ -364,45 +401,110 @@ TEST_F(ColliderTest, ForgetsItsGeometriesWhenItGoes)
     EXPECT_EQ(1u, found.size()) << "nothing assigned, nothing found";
     // Two at a time don't share their lists.
     Collider other;
-    fresh.AssignBodies(bodies);
-    other.AssignBodies(BodyList());
+    fresh.AssignBodies(bodies, particles);
+    other.AssignBodies(BodyList(), ParticleList());
     fresh.Collide(pool, found);
     EXPECT_EQ(2u, found.size());
     other.Collide(pool, found);
     EXPECT_EQ(2u, found.size());
 }
 
-namespace
-{
-std::vector<std::string>* s_scopes = nullptr;
-int s_depth = 0;
-}
-
 TEST_F(ColliderTest, TimesEachKindOfPairAndNoWaterWithoutParticles)
 {
     AddCircle(Vec2(0, 0), 1);
-    std::vector<std::string> scopes;
-    s_scopes = &scopes;
-    s_depth = 0;
-    const auto begin = util::ScopeProfiler::s_begin;
-    const auto end = util::ScopeProfiler::s_end;
-    util::ScopeProfiler::s_begin = [](const char* name)
-    { s_scopes->push_back(std::string(s_depth++, ' ') + name); };
-    util::ScopeProfiler::s_end = [] { --s_depth; };
+    static std::vector<std::string> s_scopes;
+    static int s_depth;
+    const auto scopesOfCollide = [&]
+    {
+        s_scopes.clear();
+        s_depth = 0;
+        const auto begin = util::ScopeProfiler::s_begin;
+        const auto end = util::ScopeProfiler::s_end;
+        util::ScopeProfiler::s_begin = [](const char* name)
+        { s_scopes.push_back(std::string(s_depth++, ' ') + name); };
+        util::ScopeProfiler::s_end = [] { --s_depth; };
+        Collide();
+        util::ScopeProfiler::s_begin = begin;
+        util::ScopeProfiler::s_end = end;
+        EXPECT_EQ(0, s_depth);
+        return s_scopes;
+    };
+    std::vector<std::string> expected = {"Collider::AssignBodies",
+                                         "Collider::Collide",
+                                         " Plane",
+                                         " Polygon-Polygon",
+                                         " Circle-Circle",
+                                         " Circle-Polygon",
+                                         " Box-Box",
+                                         " Box-Polygon",
+                                         " Box-Circle"};
+    EXPECT_EQ(expected, scopesOfCollide());
+    AddParticle(Vec2(5, 5));
+    for (const char* scope : {" Water", "  Creating BB", "  Plane-Water", "  Circle-Water",
+                              "  Poly-Water", "  Box-Water"})
+        expected.push_back(scope);
+    EXPECT_EQ(expected, scopesOfCollide());
+}
+
+TEST_F(ColliderTest, TakesAParticleForACircleOfATenthOfTheFluidsRadius)
+{
+    sph.m_radius = 1.0f;
+    Plane* floor = AddPlane(Vec2(0, 1), 0);
+    AddParticle(Vec2(3, 0.1f));
+    Particle* drop = AddParticle(Vec2(4, 0.06f));
     Collide();
-    util::ScopeProfiler::s_begin = begin;
-    util::ScopeProfiler::s_end = end;
-    const std::vector<std::string> expected = {"Collider::AssignBodies",
-                                               "Collider::Collide",
-                                               " Plane",
-                                               " Polygon-Polygon",
-                                               " Circle-Circle",
-                                               " Circle-Polygon",
-                                               " Box-Box",
-                                               " Box-Polygon",
-                                               " Box-Circle"};
-    EXPECT_EQ(expected, scopes);
-    EXPECT_EQ(0, s_depth);
+    ASSERT_EQ(1u, found.size());
+    ExpectContact(*found[0], floor, drop->GetGeom(), 0, Vec2(4, 0.06f), Vec2(0, 1), 0.04f);
+}
+
+TEST_F(ColliderTest, LetsWaterTouchEveryKindOfGeometryInOrderOfTheTypes)
+{
+    Box* box = AddBox(Vec2(2, 2), Vec2(0, 0));
+    Polygon* polygon = AddPolygon({Vec2(-1, -1), Vec2(1, -1), Vec2(1, 1), Vec2(-1, 1)});
+    Circle* circle = AddCircle(Vec2(0, 0), 1);
+    Plane* plane = AddPlane(Vec2(0, 1), -0.95f);
+    for (Geom* geom : std::vector<Geom*>{box, polygon, circle, plane})
+        geom->GetBodyPtr()->SetSuspended(true); // so that they leave each other alone
+    Particle* a = AddParticle(Vec2(0, 0.9f));
+    Particle* b = AddParticle(Vec2(0.1f, 0.9f));
+    Collide();
+    const std::vector<Geom*> order = {plane, circle, polygon, box};
+    ASSERT_EQ(8u, found.size());
+    for (size_t i = 0; i < 4; ++i)
+    {
+        ExpectContact(*found[2 * i], order[i], a->GetGeom(), 0, a->GetPos(),
+                      order[i]->NormalWorld(a->GetPos()),
+                      0.005f - order[i]->DistanceWorld(a->GetPos()));
+        EXPECT_EQ(b, found[2 * i + 1]->GetBodyPtr(1));
+    }
+}
+
+// Deliberate: only the flag for water has a say.
+TEST_F(ColliderTest, AsksNoCollideSetsForWater)
+{
+    Box* box = AddBox(Vec2(2, 2), Vec2(0, 0));
+    Circle* circle = AddCircle(Vec2(0, 0), 0.5f);
+    AddParticle(Vec2(0, 0));
+    box->SetCollideSet(0);
+    circle->SetCollideSet(2);
+    box->AddNoCollide(particles[0]->GetGeom());
+    EXPECT_EQ(2u, Collide().size());
+
+    box->SetWaterCollide(false);
+    circle->SetCollideSet(1);
+    box->SetCollideSet(1);
+    Collide();
+    ASSERT_EQ(2u, found.size()) << "it lets water through and still collides with bodies";
+    ExpectContact(*found[0], box, circle, 0, found[0]->GetPos(), found[0]->GetNormal(),
+                  found[0]->GetDepth());
+    EXPECT_EQ(circle->GetBodyPtr(), found[1]->GetBodyPtr(0));
+}
+
+TEST_F(ColliderTest, LetsParticlesPassEachOther)
+{
+    AddParticle(Vec2(0, 0));
+    AddParticle(Vec2(0, 0));
+    EXPECT_EQ(0u, Collide().size());
 }
 
 TEST(BoundsList, VisitsWhatTouchesInRisingOrder)

@@ -7,6 +7,7 @@
 #include "physics/Collider.h"
 #include "physics/Contact.h"
 #include "physics/ContactPool.h"
+#include "physics/Particle.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
@@ -35,6 +36,7 @@ protected:
         for (const BodyPtr& body : bodies)
             body->SetGeoms(GeomSet());
         bodies.clear();
+        particles.clear();
     }
 
     /// On a body of its own, which the fixture keeps.
@@ -69,13 +71,19 @@ protected:
         return Attach(polygon);
     }
 
-    /// All contacts of the bodies, in order. They last until the next call.
+    Particle* AddParticle(math::Vec2 pos)
+    {
+        particles.push_back(QUIB_NEW Particle(pos, math::Vec2()));
+        return particles.back().get();
+    }
+
+    /// All contacts of the bodies and particles, in order. They last until the next call.
     const util::VectorPOD<Contact*>& Collide()
     {
         pool.Reclaim();
         found.clear();
         Collider collider;
-        collider.AssignBodies(bodies);
+        collider.AssignBodies(bodies, particles);
         collider.Collide(pool, found);
         return found;
     }
@@ -102,6 +110,7 @@ protected:
 
     Simulation& sim;
     BodyList bodies;
+    ParticleList particles;
     ContactPool pool;
     util::VectorPOD<Contact*> found;
 };

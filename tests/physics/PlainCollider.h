@@ -6,8 +6,11 @@
 #include "physics/Body.h"
 #include "physics/Box.h"
 #include "physics/Circle.h"
+#include "physics/CollisionDetection.h"
+#include "physics/Particle.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
+#include "physics/SPH.h"
 
 #include <vector>
 
@@ -28,7 +31,7 @@ public:
     };
     std::vector<Found> found;
 
-    void Collide(const BodyList& bodies)
+    void Collide(const BodyList& bodies, const ParticleList& particles)
     {
         for (const BodyPtr& body : bodies)
             for (const Body::BodyPart& part : body->GetParts())
@@ -70,6 +73,8 @@ public:
         for (Box* box : m_boxes)
             for (Circle* circle : m_circles)
                 BoxCircle(*box, *circle);
+        if (!particles.empty())
+            Water(particles);
     }
 
 private:
@@ -323,6 +328,47 @@ private:
         }
         Add(*boxes[r], *boxes[1 - r], p1.x <= p0.x ? 1 : 0, p0, n, -e0);
         Add(*boxes[r], *boxes[1 - r], p1.x <= p0.x ? 0 : 1, p1, n, -e1);
+    }
+
+    void Water(const ParticleList& particles)
+    {
+        const float r = 0.1f * SPH::GetInstancePtr()->m_radius;
+        math::BoundingBox box;
+        for (const ParticlePtr& particle : particles)
+            box.Include(particle->GetPos());
+        box.Grow(r);
+        const Vec2 half = box.GetSize() * 0.5f;
+        const OBB2D obb(box.GetCenter(), Vec2(1, 0), Vec2(0, 1), half.x, half.y);
+
+        for (Plane* plane : m_planes)
+        {
+            const math::Plane2D& p = plane->GetPlane();
+            const bool isAway = p.Distance(box.GetCenter()) > obb.ProjectedRadius(p.normal);
+            if (plane->GetWaterCollide() && !isAway)
+                Particles(*plane, r, particles);
+        }
+        for (Circle* circle : m_circles)
+            if (AABBvcBC(box, circle->GetBCWorld()) && circle->GetWaterCollide())
+                Particles(*circle, r, particles);
+        for (Polygon* polygon : m_polygons)
+            if (AABBvcBC(box, polygon->GetBCWorld()) && Intersects(obb, polygon->GetOBBWorld()) &&
+                polygon->GetWaterCollide())
+                Particles(*polygon, r, particles);
+        for (Box* b : m_boxes)
+            if (AABBvcBC(box, b->GetBCWorld()) && Intersects(obb, b->GetOBBWorld()) &&
+                b->GetWaterCollide())
+                Particles(*b, r, particles);
+    }
+
+    void Particles(Geom& geom, float r, const ParticleList& particles)
+    {
+        for (const ParticlePtr& particle : particles)
+        {
+            const Vec2 p = particle->GetPos();
+            const float d = geom.DistanceWorld(p);
+            if (d < r)
+                Add(geom, *particle->GetGeom(), 0, p, geom.NormalWorld(p), r - d);
+        }
     }
 
     std::vector<Plane*> m_planes;
