@@ -63,6 +63,7 @@ public:
     /// Seconds.
     float GetAutosaveTime() const { return m_autosaveTime; }
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
+    int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
     bool GetBorders() const { return m_borders; }
     bool GetDrawOBBs() const { return m_drawOBBs; }
     bool GetDrawMapOBBs() const { return m_drawMapOBBs; }

@@ -4,12 +4,19 @@
 #pragma once
 
 #include "app/Group.h"
+#include "math/Matrix.h"
 #include "math/Vector.h"
+#include "physics/Body.h"
 #include "script/Attributes.h"
 #include "script/Reflected.h"
 #include "util/Singleton.h"
 
 #include <vector>
+
+namespace physics
+{
+class Polygon;
+}
 
 namespace app
 {
@@ -43,6 +50,15 @@ public:
     EntityPtr GetEntityAt(const math::Vec2& pos) const;
     /// What a click would pick: the topmost entity, with all groups that it is in.
     GroupPtr GetSelectionAt(const math::Vec2& pos) const;
+    /// The geometries of GetEntitiesAt, and behind them always the world's.
+    std::vector<physics::GeomPtr> GetGeomsAt(const math::Vec2& pos) const;
+    /// The topmost; on empty space the world's.
+    physics::GeomPtr GetGeomAt(const math::Vec2& pos) const;
+    physics::GeomPtr GetGeomAtMousePos() const;
+    /// Of all entities that are alive, and the world's.
+    physics::GeomSet GetAllGeoms() const;
+    /// Whether a particle is closer than 2.2 radii.
+    bool IsWaterAt(const math::Vec2& pos) const;
 
     /// Puts it on top. Null is ignored; one that is here already must not come again.
     void AddEntity(const EntityPtr& entity);
@@ -54,6 +70,34 @@ public:
     void RemoveGroup(const GroupPtr& group);
     /// The selection takes the group's entities; it stays the same object.
     void SetSelection(const GroupPtr& group);
+    /// A click at the place, with Ctrl and Shift as in OnNewSelection.
+    /// @return whether anything is selected now
+    bool SelectAt(const math::Vec2& pos);
+    /// What was picked becomes the selection, is added to it with Ctrl, taken from it with Shift, and
+    /// turned over in it with both. An empty selection takes it in any case.
+    void OnNewSelection(const GroupPtr& picked);
+    /// A lasso.
+    /// @return whether it caught anything
+    bool IsSelection(const physics::Polygon& lasso);
+    /// Selects those of the entities that are in a chain and in the scene.
+    void SelectChain(const EntitySet& entities);
+    /// Holds the bodies of the selected entities still, for instance while they are dragged.
+    /// Deliberate: false releases every body of the scene, whether selected or not.
+    void SuspendSelected(bool suspend);
+
+    // In the list of entities. Those in the group and those outside keep their order among themselves.
+    void MoveToFront(const GroupPtr& group);
+    void MoveToBack(const GroupPtr& group);
+
+    /// Moves what GetTransformEntities of the group tells.
+    void Transform(const GroupPtr& group, const math::Mat2D& matrix);
+    /// Scales or mirrors, which replaces the geometry entities. The group and all groups of the scene
+    /// hold the new ones afterwards. One that can't be scaled so far stays, and the log says why.
+    void Transform(const GroupPtr& group, const math::Mat3& matrix);
+    /// Copies of the group's entities, each directly above its original and in the same groups.
+    /// @return a new group of them, with the name of this one
+    GroupPtr CreateClone(const GroupPtr& group);
+
     /// Takes the entity out of all groups, and out of what the camera follows.
     void RemoveFromGroups(const EntityPtr& entity);
 
@@ -72,7 +116,10 @@ public:
     /// Back to an empty world with the default view: no entities, no groups but the selection, no
     /// texts, no ids of a file. Settings of the simulation stay.
     void ClearScene();
+    void ClearSceneUndoable();
 
+    /// @param fileName  without folder and ending it becomes the title
+    void SetTitle(const util::String& fileName);
     util::String GetTitle() const { return m_title; }
     util::String GetAuthor() const { return m_author; }
     util::String GetDescription() const { return m_description; }

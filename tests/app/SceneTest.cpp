@@ -142,6 +142,9 @@ public:
     }
     void Draw() const override {}
     bool IsOnEntity(const Vec2&) const override { return false; }
+    bool ErasedBy(const physics::LinesegmentList&) const override { return false; }
+    bool IsContainedBy(const physics::Polygon&) const override { return false; }
+    void Transform(const math::Mat2D&) override {}
     void AddToSimulation() override
     {
         if (failsToAdd)

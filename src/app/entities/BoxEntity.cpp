@@ -1,8 +1,10 @@
 #include "app/entities/BoxEntity.h"
 
 #include "app/EntitySerializer.h"
+#include "app/entities/PolyEntity.h"
 #include "math/Mat2D.h"
 #include "physics/Box.h"
+#include "physics/Polygon.h"
 #include "rendering/Renderer.h"
 #include "util/ScopeProfiler.h"
 
@@ -59,6 +61,65 @@ void BoxEntity::Draw() const
     glDepthFunc(GL_LESS);
     glPopMatrix();
     glEnable(GL_TEXTURE_2D);
+}
+
+GeomEntityPtr BoxEntity::Clone() const
+{
+    const util::SharedPtr<BoxEntity> clone = QUIB_NEW BoxEntity(GetBox().Clone());
+    clone->CopyFrom(this);
+    return clone;
+}
+
+GeomEntityPtr BoxEntity::ScaledClone(const Vec2& scale) const
+{
+    const math::OBB2D& box = GetBox().GetWorldBox();
+    // From the center to the middles of two sides, as the scale leaves them.
+    const Vec2 x = Vec2::Mul(scale, box.GetAxis(0) * box.GetHalf(0));
+    const Vec2 y = Vec2::Mul(scale, box.GetAxis(1) * box.GetHalf(1));
+    FiniteGeomEntityPtr clone;
+    if (std::fabs(Dot(Normalized(x), Normalized(y))) < SkewTolerance)
+    {
+        const physics::BoxPtr geom =
+            QUIB_NEW physics::Box(Vec2(x.Length(), y.Length()) * 2.0f, box.GetCenter());
+        geom->SetWorldPose(ScaledPose(GetBox().GetPose(), scale));
+        clone = QUIB_NEW BoxEntity(geom);
+    }
+    else
+    {
+        const Vec2 corners[4] = {x + y, y - x, -x - y, x - y};
+        math::Vec2List points;
+        for (int i = 0; i < 4; ++i)
+            physics::AddPolygonSide(points, box.GetCenter() + corners[i],
+                                    box.GetCenter() + corners[(i + 1) % 4]);
+        clone = QUIB_NEW PolyEntity(QUIB_NEW physics::Polygon(points));
+    }
+    clone->CopyFrom(this);
+    return clone;
+}
+
+physics::LinesegmentList BoxEntity::GetSides() const
+{
+    Vec2 corners[4];
+    GetBox().GetOBBWorld().CalcCorners(corners);
+    physics::LinesegmentList sides;
+    for (int i = 0; i < 4; ++i)
+        sides.push_back(physics::Linesegment(corners[i], corners[(i + 1) % 4]));
+    return sides;
+}
+
+bool BoxEntity::ErasedBy(const physics::LinesegmentList& stroke) const
+{
+    // Deliberate: exactly. A stroke that enters and leaves twice has second thoughts.
+    return physics::IntersectCount(stroke, GetSides()) == 2;
+}
+
+bool BoxEntity::IsContainedBy(const physics::Polygon& lasso) const
+{
+    const physics::LinesegmentList sides = GetSides();
+    for (const physics::Linesegment& side : sides)
+        if (!(lasso.DistanceWorld(side.p0) <= 0))
+            return false;
+    return lasso.IntersectCount(sides) == 0;
 }
 
 void BoxEntity::SerializeTo(EntitySerializer& serializer) const

@@ -17,6 +17,12 @@ public:
     explicit BoxEntity(const util::SharedPtr<physics::Box>& geom);
 
     void Draw() const override;
+    GeomEntityPtr Clone() const override;
+    GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
+    /// The four sides, in the order of the corners of the world box.
+    physics::LinesegmentList GetSides() const;
+    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
+    bool IsContainedBy(const physics::Polygon& lasso) const override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
 

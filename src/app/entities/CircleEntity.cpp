@@ -2,8 +2,10 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/PolyEntity.h"
 #include "math/Mat2D.h"
 #include "physics/Circle.h"
+#include "physics/Polygon.h"
 #include "rendering/Renderer.h"
 #include "rendering/Texture.h"
 #include "util/ScopeProfiler.h"
@@ -24,6 +26,7 @@ const int TextureSize = 1024;
 const float SquareScale = 1.2f; // the textured square is larger than the circle
 const float CakeSize = 0.0625f; // half angle of the wedge that shows the rotation, in parts of pi
 const int OutlineSteps = 128;
+const int EllipsePoints = 64; // of the polygon that a circle becomes
 
 /// 0 to 1 around x = 0, over the width w.
 float Smooth(float w, float x)
@@ -144,6 +147,49 @@ void CircleEntity::Draw() const
         glEnable(GL_BLEND);
     }
     glPopMatrix();
+}
+
+GeomEntityPtr CircleEntity::Clone() const
+{
+    const util::SharedPtr<CircleEntity> clone = QUIB_NEW CircleEntity(GetCircle().Clone());
+    clone->CopyFrom(this);
+    return clone;
+}
+
+GeomEntityPtr CircleEntity::ScaledClone(const Vec2& scale) const
+{
+    const physics::Circle& circle = GetCircle();
+    const Vec2 radii = Vec2(std::fabs(scale.x), std::fabs(scale.y)) * circle.GetRadius();
+    FiniteGeomEntityPtr clone;
+    if (math::IsZero(radii.x / radii.y - 1))
+    {
+        const physics::CirclePtr geom = QUIB_NEW physics::Circle(circle.GetCenter(), radii.x);
+        geom->SetWorldPose(ScaledPose(circle.GetPose(), scale));
+        clone = QUIB_NEW CircleEntity(geom);
+    }
+    else
+    {
+        math::Vec2List points;
+        for (int i = 0; i < EllipsePoints; ++i)
+        {
+            const float angle = math::TwoPIf * float(i) / EllipsePoints;
+            points.push_back(circle.GetCenter() +
+                             Vec2::Mul(radii, Vec2(std::cos(angle), std::sin(angle))));
+        }
+        clone = QUIB_NEW PolyEntity(QUIB_NEW physics::Polygon(points));
+    }
+    clone->CopyFrom(this);
+    return clone;
+}
+
+bool CircleEntity::ErasedBy(const physics::LinesegmentList& stroke) const
+{
+    return GetCircle().IntersectCountWorld(stroke) > 1;
+}
+
+bool CircleEntity::IsContainedBy(const physics::Polygon& lasso) const
+{
+    return lasso.DistanceWorld(GetCircle().GetCenter()) < -GetCircle().GetRadius();
 }
 
 void CircleEntity::SerializeTo(EntitySerializer& serializer) const

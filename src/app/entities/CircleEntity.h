@@ -17,6 +17,10 @@ public:
     explicit CircleEntity(const util::SharedPtr<physics::Circle>& geom);
 
     void Draw() const override;
+    GeomEntityPtr Clone() const override;
+    GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
+    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
+    bool IsContainedBy(const physics::Polygon& lasso) const override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
 

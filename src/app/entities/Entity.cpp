@@ -2,6 +2,7 @@
 
 #include "app/App.h"
 #include "app/Camera.h"
+#include "app/Chain.h"
 #include "app/EntitySerializer.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
@@ -19,7 +20,18 @@ Entity::Entity()
 
 Entity::~Entity() = default;
 
+void Entity::SetChain(const ChainPtr& chain)
+{
+    m_chain = chain;
+}
+
 void Entity::Update(float) {}
+
+void Entity::CopyFrom(const Entity* other)
+{
+    m_color = other->m_color;
+    m_zDepth = other->m_zDepth;
+}
 
 void Entity::SerializeTo(EntitySerializer& serializer) const
 {

@@ -2,14 +2,30 @@
 #pragma once
 
 #include "app/entities/GeomEntity.h"
+#include "math/Mat2D.h"
+
+#include <vector>
 
 namespace app
 {
+class FiniteGeomEntity;
+using FiniteGeomEntityPtr = util::SharedPtr<FiniteGeomEntity>;
+
 class FiniteGeomEntity : public GeomEntity
 {
 public:
+    ~FiniteGeomEntity() override;
+
+    const FiniteGeomEntity* AsFiniteGeomEntity() const override { return this; }
+
+    /// World positions to put water at instead: as many particles as fit, at most App.maxSPHSpawn.
+    std::vector<math::Vec2> GetEquidistantPoints() const;
+
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
+    /// Kinetic and potential. 0 without a body.
+    float CalcEnergy() const override;
+    void CopyFrom(const Entity* other) override;
 
 protected:
     /// The geometry's material and the gravity in force become the defaults of its attributes.
@@ -18,6 +34,12 @@ protected:
 
     /// Mass and inertia that a body can move with.
     void Check() const override;
+
+    /// What is left of the dot product of two unit vectors that stand at a right angle.
+    static constexpr float SkewTolerance = 1e-4f;
+    /// The pose of what a scale along the axes of the world leaves a rectangle or a circle. The place
+    /// stays.
+    static math::Mat2D ScaledPose(const math::Mat2D& pose, const math::Vec2& scale);
 
 private:
     script::AttribWrapper<float> m_density; // mass per area

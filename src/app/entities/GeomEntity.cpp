@@ -108,6 +108,15 @@ bool GeomEntity::IsAlive() const
     return body && physics::Simulation::GetInstancePtr()->HasBody(body);
 }
 
+void GeomEntity::Transform(const math::Mat2D& matrix)
+{
+    const util::SharedPtr<physics::Body> body = GetBody();
+    if (!body)
+        return;
+    m_geom->SetWorldPose(matrix * m_geom->GetPose());
+    body->OnGeomChange();
+}
+
 void GeomEntity::SerializeTo(EntitySerializer& serializer) const
 {
     Entity::SerializeTo(serializer);
@@ -136,6 +145,18 @@ void GeomEntity::Deserialize(const EntitySerializer& serializer)
 math::BoundingBox GeomEntity::GetAABB() const
 {
     return m_geom->GetAABBWorld();
+}
+
+void GeomEntity::CopyFrom(const Entity* other)
+{
+    Entity::CopyFrom(other);
+    const GeomEntity* o = other->AsGeomEntity();
+    if (!o)
+        return;
+    m_friction = o->m_friction;
+    m_restitution = o->m_restitution;
+    m_collideWater = o->m_collideWater;
+    m_collideSet = o->m_collideSet;
 }
 
 void GeomEntity::Check() const

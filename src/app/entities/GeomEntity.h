@@ -14,6 +14,9 @@ class Geom;
 
 namespace app
 {
+class GeomEntity;
+using GeomEntityPtr = util::SharedPtr<GeomEntity>;
+
 class GeomEntity : public Entity
 {
 public:
@@ -26,13 +29,25 @@ public:
     /// Null before the entity is in the simulation.
     util::SharedPtr<physics::Body> GetBody() const;
 
+    /// A new entity in no simulation, on a geometry of its own.
+    virtual GeomEntityPtr Clone() const = 0;
+    /// The same, stretched along the axes of the world and in place. The kind may change: a circle
+    /// becomes a polygon.
+    /// @param scale  negative components mirror
+    /// @throws BadDataException  for what no geometry can be made of
+    virtual GeomEntityPtr ScaledClone(const math::Vec2& scale) const = 0;
+
     bool IsOnEntity(const math::Vec2& pos) const override;
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsAlive() const override;
+    /// Moves the geometry alone: of a body with several, the others stay.
+    void Transform(const math::Mat2D& matrix) override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
     math::BoundingBox GetAABB() const override;
+    /// Colour, zDepth and the four attributes.
+    void CopyFrom(const Entity* other) override;
 
 protected:
     /// The geometry's material becomes the default of the attributes.

@@ -3,7 +3,9 @@
 #include "app/Camera.h"
 #include "app/Scene.h"
 #include "gui/GUI.h"
+#include "physics/Body.h"
 #include "physics/Plane.h"
+#include "physics/Simulation.h"
 #include "rendering/Renderer.h"
 #include "util/ScopeProfiler.h"
 
@@ -109,5 +111,47 @@ void PlaneEntity::Draw() const
         DrawPlaneSegment(vecs, dists, -border, 0);
     }
     glEnable(GL_TEXTURE_2D);
+}
+
+GeomEntityPtr PlaneEntity::Clone() const
+{
+    const util::SharedPtr<PlaneEntity> clone = QUIB_NEW PlaneEntity(GetPlane().Clone());
+    clone->CopyFrom(this);
+    return clone;
+}
+
+GeomEntityPtr PlaneEntity::ScaledClone(const Vec2& scale) const
+{
+    // Normals scale by the inverse, so that the plane goes on lying along what rests on it.
+    const math::Plane2D& plane = GetPlane().GetPlane();
+    const Vec2 normal = Normalized(Vec2(plane.normal.x / scale.x, plane.normal.y / scale.y));
+    const Vec2 through = GetPlane().GetCenter();
+    const physics::PlanePtr geom =
+        QUIB_NEW physics::Plane(math::Plane2D(normal, -Dot(normal, through)));
+    geom->SetPos(through);
+    const util::SharedPtr<PlaneEntity> clone = QUIB_NEW PlaneEntity(geom);
+    clone->CopyFrom(this);
+    return clone;
+}
+
+bool PlaneEntity::ErasedBy(const physics::LinesegmentList& stroke) const
+{
+    for (const physics::Linesegment& segment : stroke)
+        if ((GetPlane().DistanceWorld(segment.p0) < 0) !=
+            (GetPlane().DistanceWorld(segment.p1) < 0))
+            return true;
+    return false;
+}
+
+bool PlaneEntity::IsContainedBy(const physics::Polygon&) const
+{
+    return false;
+}
+
+void PlaneEntity::AddToSimulation()
+{
+    if (!GetBody())
+        physics::Simulation::GetInstancePtr()->GetWorldBody()->AddGeom(GetGeom());
+    GeomEntity::AddToSimulation();
 }
 }

@@ -19,6 +19,13 @@ public:
     explicit PlaneEntity(const util::SharedPtr<physics::Plane>& geom);
 
     void Draw() const override;
+    GeomEntityPtr Clone() const override;
+    GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
+    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
+    /// Never.
+    bool IsContainedBy(const physics::Polygon& lasso) const override;
+    /// Planes are part of the world body.
+    void AddToSimulation() override;
 
 private:
     physics::Plane& GetPlane() const;

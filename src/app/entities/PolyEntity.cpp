@@ -183,6 +183,32 @@ void PolyEntity::DrawVertices() const
     glEnd();
 }
 
+GeomEntityPtr PolyEntity::Clone() const
+{
+    const util::SharedPtr<PolyEntity> clone = QUIB_NEW PolyEntity(GetPolygon().Clone());
+    clone->CopyFrom(this);
+    return clone;
+}
+
+GeomEntityPtr PolyEntity::ScaledClone(const Vec2& scale) const
+{
+    if (scale == Vec2(1, 1))
+        return Clone();
+    const util::SharedPtr<PolyEntity> clone = QUIB_NEW PolyEntity(GetPolygon().Scale(scale));
+    clone->CopyFrom(this);
+    return clone;
+}
+
+bool PolyEntity::ErasedBy(const physics::LinesegmentList& stroke) const
+{
+    return GetPolygon().IntersectCount(stroke) > 1;
+}
+
+bool PolyEntity::IsContainedBy(const physics::Polygon& lasso) const
+{
+    return lasso.Contains(GetPolygon());
+}
+
 void PolyEntity::SerializeTo(EntitySerializer& serializer) const
 {
     FiniteGeomEntity::SerializeTo(serializer);

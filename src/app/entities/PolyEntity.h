@@ -22,6 +22,10 @@ public:
     ~PolyEntity() override;
 
     void Draw() const override;
+    GeomEntityPtr Clone() const override;
+    GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
+    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
+    bool IsContainedBy(const physics::Polygon& lasso) const override;
     void SerializeTo(EntitySerializer& serializer) const override;
 
 private:

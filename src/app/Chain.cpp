@@ -1,0 +1,87 @@
+#include "app/Chain.h"
+
+#include "app/Scene.h"
+#include "app/entities/Entity.h"
+
+namespace app
+{
+unsigned long Chain::s_idCounter = 1;
+
+Chain::Chain()
+    : m_id(s_idCounter++)
+{
+}
+
+Chain::~Chain() = default;
+
+void Chain::AddEntity(const EntityPtr& entity)
+{
+    AddEntity(m_entities.size(), entity);
+}
+
+void Chain::AddEntity(size_t index, const EntityPtr& entity)
+{
+    DATA_ASSERT(index < 100000);
+    if (index >= m_entities.size())
+        m_entities.resize(index + 1);
+    m_entities[index] = util::WeakPtr<Entity>(entity);
+    entity->SetChain(this);
+}
+
+size_t Chain::IndexOf(const Entity& entity) const
+{
+    for (size_t i = 0; i < m_entities.size(); ++i)
+        if (m_entities[i].GetUnlocked() == &entity)
+            return i;
+    return NotFound;
+}
+
+std::vector<EntityPtr> Chain::GetEntities() const
+{
+    std::vector<EntityPtr> entities;
+    for (const util::WeakPtr<Entity>& weak : m_entities)
+        if (!weak.IsNull())
+            entities.push_back(weak.GetUnlocked());
+    return entities;
+}
+
+void Chain::Detach()
+{
+    // The last of its entities may hold the last handle on the chain.
+    const ChainPtr keep = this;
+    for (const EntityPtr& entity : GetEntities())
+        if (entity->GetChain() == keep)
+            entity->SetChain(nullptr);
+    m_entities.clear();
+}
+
+EntitySet Chain::GetNeighbors(const EntityPtr& ent, bool withEnds) const
+{
+    CODE_ASSERT(ent);
+    EntitySet neighbors;
+    const std::vector<EntityPtr> entities = GetEntities();
+    const size_t size = entities.size();
+    size_t i = 0;
+    while (i < size && entities[i] != ent)
+        ++i;
+    // Deliberate: an end has no neighbours. It is what the chain is fastened to.
+    if (i == size || i == 0 || i == size - 1)
+        return neighbors;
+
+    // Deliberate: next to an end that end alone, whether ends are asked for or not.
+    if (i == 1)
+        neighbors.insert(entities.front());
+    if (i == size - 2)
+        neighbors.insert(entities.back());
+    if (i == 1 || i == size - 2)
+        return neighbors;
+
+    const Scene* scene = Scene::GetInstancePtr();
+    const size_t first = withEnds ? 0 : 1, behindLast = withEnds ? size : size - 1;
+    for (size_t k = i + 1; k < behindLast && scene->HasEntity(entities[k]); ++k)
+        neighbors.insert(entities[k]);
+    for (size_t k = i; k-- > first && scene->HasEntity(entities[k]);)
+        neighbors.insert(entities[k]);
+    return neighbors;
+}
+}
