@@ -1,5 +1,6 @@
 #include "physics/PointList.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace physics
@@ -34,13 +35,12 @@ math::BoundingBox PointList::CalcBounds() const
         maxX = x > maxX ? x : maxX;
         maxY = y > maxY ? y : maxY;
     }
-    // Without points this is the empty box, which nothing can be included in.
-    math::BoundingBox box;
+    Vec2 min(inf, inf), max(-inf, -inf);
     for (int lane = 0; lane < 4; ++lane)
     {
-        box.Include(Vec2(minX[lane], minY[lane]));
-        box.Include(Vec2(maxX[lane], maxY[lane]));
+        min = Vec2(std::min(min.x, minX[lane]), std::min(min.y, minY[lane]));
+        max = Vec2(std::max(max.x, maxX[lane]), std::max(max.y, maxY[lane]));
     }
-    return box;
+    return math::BoundingBox(min, max);
 }
 }

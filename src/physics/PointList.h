@@ -30,7 +30,7 @@ public:
     bool empty() const { return m_count == 0; }
     math::Vec2 operator[](size_t i) const { return math::Vec2(m_x.data()[i], m_y.data()[i]); }
 
-    /// Around all points; coordinates that are not a number leave it as it is.
+    /// Around all points, but for coordinates that are not a number. With no other, all there is.
     math::BoundingBox CalcBounds() const;
 
     /// Calls visit(i) for each point nearer to the plane than that, by Plane2D::Distance, in rising

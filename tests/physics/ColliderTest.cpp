@@ -450,7 +450,7 @@ TEST_F(ColliderTest, TakesAParticleForACircleOfATenthOfTheFluidsRadius)
 {
     sph.m_radius = 1.0f;
     Plane* floor = AddPlane(Vec2(0, 1), 0);
-    AddParticle(Vec2(3, 0.1f));
+    AddParticle(Vec2(3, 0.101f));
     Particle* drop = AddParticle(Vec2(4, 0.06f));
     Collide();
     ASSERT_EQ(1u, found.size());
