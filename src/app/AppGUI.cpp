@@ -29,6 +29,7 @@ const int WheelDownKey = input::FirstMouseKey + SDL_BUTTON_WHEELDOWN;
 
 AppGUI::AppGUI()
     : m_zoomFactor(this, "zoomFactor", 0.2f)
+    , m_drawHingesWhenRunning(this, "drawHingesWhenRunning", true)
     , m_lastAutosave(util::Timer::GetCurrentTime())
 {
     SetReflectedName("GUI");

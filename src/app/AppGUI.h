@@ -23,6 +23,7 @@ public:
 
     /// A notch of the wheel is a factor of 2 to the power of this.
     float GetZoomFactor() const { return m_zoomFactor; }
+    bool GetDrawHingesWhenRunning() const { return m_drawHingesWhenRunning; }
 
     /// Loads the scene and sets it running. What goes wrong reaches the log; what was built by then
     /// stays.
@@ -52,6 +53,7 @@ public:
 
 private:
     script::AttribWrapper<float> m_zoomFactor;
+    script::AttribWrapper<bool> m_drawHingesWhenRunning;
     std::vector<WidgetPtr> m_widgets;
     bool m_wantsDefaults = false;
     double m_lastAutosave; // seconds

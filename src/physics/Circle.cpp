@@ -61,21 +61,22 @@ Circle::Circle(Vec2 pos, float radius)
     SetWorldPose(math::Mat2D::Translation(pos));
 }
 
-int Circle::IntersectCountWorld(const Linesegment& segment) const
+int CircleIntersectCount(const Vec2& center, float radius, const Linesegment& segment)
 {
-    const float d0 = DistanceWorld(segment.p0), d1 = DistanceWorld(segment.p1);
+    const float d0 = Distance(segment.p0, center) - radius;
+    const float d1 = Distance(segment.p1, center) - radius;
     if (d0 < 0 && d1 < 0)
         return 0;
     if (d0 < 0 || d1 < 0)
         return 1;
-    return segment.Distance(GetCenter()) >= GetRadius() ? 0 : 2;
+    return segment.Distance(center) >= radius ? 0 : 2;
 }
 
-int Circle::IntersectCountWorld(const LinesegmentList& list) const
+int CircleIntersectCount(const Vec2& center, float radius, const LinesegmentList& list)
 {
     int count = 0;
     for (const Linesegment& segment : list)
-        count += IntersectCountWorld(segment);
+        count += CircleIntersectCount(center, radius, segment);
     return count;
 }
 

@@ -33,14 +33,24 @@ private:
     float m_radius;
 };
 
+/// How often the segments cross the outline of a circle in the world: each 0, 1 or 2 times.
+int CircleIntersectCount(const math::Vec2& center, float radius, const Linesegment& segment);
+int CircleIntersectCount(const math::Vec2& center, float radius, const LinesegmentList& list);
+
 class Circle final : public Circular
 {
 public:
     Circle(math::Vec2 pos, float radius);
 
     /// How often the segment crosses the outline: 0, 1 or 2.
-    int IntersectCountWorld(const Linesegment& segment) const;
-    int IntersectCountWorld(const LinesegmentList& list) const;
+    int IntersectCountWorld(const Linesegment& segment) const
+    {
+        return CircleIntersectCount(GetCenter(), GetRadius(), segment);
+    }
+    int IntersectCountWorld(const LinesegmentList& list) const
+    {
+        return CircleIntersectCount(GetCenter(), GetRadius(), list);
+    }
 
     /// A new geometry without a body. Deliberate: without the air friction multiplier and the
     /// no-collide set of this one.

@@ -15,6 +15,7 @@ class Geom;
 
 namespace app
 {
+class FixJointEntity;
 class JointEntity;
 using JointEntityPtr = util::SharedPtr<JointEntity>;
 
@@ -24,6 +25,7 @@ public:
     ~JointEntity() override;
 
     const JointEntity* AsJointEntity() const override { return this; }
+    virtual const FixJointEntity* AsFixJointEntity() const { return nullptr; }
 
     /// A joint of the same kind, size, geometries and points, which is in neither scene nor simulation.
     /// Attributes, colour and buttons have their defaults.
@@ -80,7 +82,6 @@ protected:
     math::Vec2 GetMiddle() const;
     /// How it is picked and erased.
     math::BoundingCircle AsCircle() const;
-    void Check() const override;
 
 private:
     void UpdateWorldPoints();

@@ -12,6 +12,13 @@
 //     }
 #pragma once
 
+#include "util/SharedPtr.h"
+
+namespace physics
+{
+class Geom;
+}
+
 namespace app
 {
 class WeldBatch
@@ -22,5 +29,15 @@ public:
     ~WeldBatch();
     WeldBatch(const WeldBatch&) = delete;
     WeldBatch& operator=(const WeldBatch&) = delete;
+
+    // For the welds themselves: at once, or when the batch that is open ends.
+
+    /// Puts both geometries on one body: the one with the smaller id, so that the world's always stays.
+    static void Weld(const util::SharedPtr<physics::Geom>& geom0,
+                     const util::SharedPtr<physics::Geom>& geom1);
+    /// Parts the two geometries, and what hangs on each, if no weld of the scene holds them together. The
+    /// part that reaches the world stays on the body, else that of the first geometry.
+    static void Unweld(const util::SharedPtr<physics::Geom>& geom0,
+                       const util::SharedPtr<physics::Geom>& geom1);
 };
 }

@@ -1,0 +1,74 @@
+#include "app/entities/FixJointEntity.h"
+
+#include "app/App.h"
+#include "app/entities/JointDrawing.h"
+#include "app/entities/WeldBatch.h"
+#include "physics/Body.h"
+#include "physics/Geom.h"
+#include "physics/Simulation.h"
+#include "util/ScopeProfiler.h"
+
+using physics::GeomPtr;
+
+namespace app
+{
+FixJointEntity::FixJointEntity(float size)
+    : JointEntity(size)
+{
+}
+
+FixJointEntity::~FixJointEntity() = default;
+
+JointEntityPtr FixJointEntity::Clone() const
+{
+    const util::SharedPtr<FixJointEntity> clone = QUIB_NEW FixJointEntity(GetSize());
+    clone->CopyEnds(*this);
+    return clone;
+}
+
+void FixJointEntity::CreateJoint()
+{
+    // What a scene that has been cleared away left welded is not in the simulation any more.
+    const physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    const bool isEntered = m_welded[0] && (simulation->HasBody(m_welded[0]->GetBody()) ||
+                                           simulation->HasBody(m_welded[1]->GetBody()));
+    if (!isEntered || (m_welded[0] == GetGeom(0) && m_welded[1] == GetGeom(1)))
+        return;
+    RemoveFromSimulation();
+    AddToSimulation();
+}
+
+void FixJointEntity::AddToSimulation()
+{
+    if (!GetGeom(0))
+        return;
+    m_welded[0] = GetGeom(0);
+    m_welded[1] = GetGeom(1);
+    WeldBatch::Weld(m_welded[0], m_welded[1]);
+}
+
+void FixJointEntity::RemoveFromSimulation()
+{
+    if (!m_welded[0])
+        return;
+    // Forgotten first: from now on it is none of the welds that hold a body together.
+    const GeomPtr welded[2] = {m_welded[0], m_welded[1]};
+    m_welded[0] = nullptr;
+    m_welded[1] = nullptr;
+    WeldBatch::Unweld(welded[0], welded[1]);
+}
+
+bool FixJointEntity::IsAlive() const
+{
+    return JointEntity::IsAlive() && GetGeom(0)->GetBodyPtr() == GetGeom(1)->GetBodyPtr();
+}
+
+void FixJointEntity::Draw() const
+{
+    util::ScopeProfiler profile("FixJoint::Draw");
+    const float angle = GetGeom(0) ? GetGeom(0)->GetPose().GetAngle() : 0;
+    DrawFixJoint(GetMiddle(), angle, GetSize(), GetColor4());
+    if (IsMouseOver() || IsSelected())
+        DrawRing(GetMiddle(), GetSize(), App::GetInstancePtr()->GetBorderColor(this));
+}
+}
