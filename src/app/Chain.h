@@ -31,6 +31,8 @@ public:
     size_t IndexOf(const Entity& entity) const;
     static constexpr size_t NotFound = static_cast<size_t>(-1);
 
+    /// In order; holes, and those that live no more, are null.
+    const std::vector<util::WeakPtr<Entity>>& GetSlots() const { return m_entities; }
     /// Those that live, in order.
     std::vector<EntityPtr> GetEntities() const;
     /// Sets all members free; the chain is empty then.

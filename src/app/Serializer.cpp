@@ -4,6 +4,7 @@
 #include "app/AppGUI.h"
 #include "app/Background.h"
 #include "app/Camera.h"
+#include "app/Chain.h"
 #include "app/EntitySerializer.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
@@ -11,18 +12,21 @@
 #include "app/entities/CircleEntity.h"
 #include "app/entities/PlaneEntity.h"
 #include "app/entities/PolyEntity.h"
-#include "app/widgets/WidgetFactory.h"
-#include "input/Input.h"
-#include "physics/Box.h"
-#include "physics/Circle.h"
-#include "physics/Plane.h"
-#include "physics/Polygon.h"
+#include "app/entities/FixJointEntity.h"
+#include "app/entities/HingeEntity.h"
+#include "app/entities/PenEntity.h"
+#include "app/entities/SpringEntity.h"
+#include "app/entities/WeldBatch.h"
+#include "app/widgets/Widget.h"
+#include "physics/Geom.h"
+#include "physics/Particle.h"
 #include "physics/Simulation.h"
+#include "physics/WorldGeom.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 
 #include <algorithm>
-#include <cmath>
+#include <unordered_set>
 
 using math::Vec2;
 using math::Vec3;
@@ -46,44 +50,67 @@ void AddSetting(script::CodeBlock& block, const script::ClassObject& owner, cons
     block.Add(owner.GetVariable(name)->ToExpression());
 }
 
-/// The function's variables once it has run.
-EntitySerializer CallBlock(script::Function& function)
+/// Where a joint's end or a pen lies, told by a geometry of the text if it is one.
+struct Anchor
 {
-    function.Call({});
-    return EntitySerializer(*function.GetCallClosure());
+    const char *geom, *local, *world; // keys
+
+    void WriteTo(EntitySerializer& serializer, const physics::GeomPtr& at, const Vec2& point,
+                 const Serializer::FileIDs& ids) const
+    {
+        const auto id = ids.geoms.find(at->GetID());
+        const bool isInText = id != ids.geoms.end();
+        serializer.Set(geom, isInText ? id->second : -1);
+        if (isInText)
+            serializer.Set(local, point);
+        else
+            serializer.Set(world, math::TransformCoordinate(at->GetPose(), point));
+    }
+};
+const Anchor JointEnds[] = {{"geom0", "geom0pos", "world0pos"}, {"geom1", "geom1pos", "world1pos"}};
+const Anchor PenAnchor = {"geom", "relPoint", "pos"};
+
+/// The number of the id in the text: the next one if it is new.
+template<typename ID, typename Number>
+Number NumberOf(std::unordered_map<ID, Number>& numbers, ID id)
+{
+    return numbers.emplace(id, static_cast<Number>(numbers.size() + 1)).first->second;
 }
 
-// What an entity of an earlier file says it is.
-util::String OldType(const EntitySerializer& serializer)
+/// Each chain is walked once: it may have thousands of links. A link whose place another has taken is in
+/// no chain any more.
+auto FindChainPlaces(const std::vector<EntityPtr>& entities)
 {
-    return serializer.Has("type") ? serializer.Get<util::String>("type") : "";
+    std::unordered_map<unsigned long, Serializer::ChainPlace> places;
+    std::unordered_set<unsigned long> walked;
+    for (const EntityPtr& entity : entities)
+    {
+        const Chain* chain = entity->GetChain().get();
+        if (!chain || !walked.insert(chain->GetID()).second)
+            continue;
+        const auto& slots = chain->GetSlots();
+        for (size_t i = 0; i < slots.size(); ++i)
+            if (const Entity* link = slots[i].GetUnlocked())
+                if (link->GetChain().get() == chain)
+                    places[link->GetID()] = {chain->GetID(), i};
+    }
+    return places;
 }
 
-bool IsOneOf(const util::String& text, std::initializer_list<const char*> words)
+/// The ids of the members in a text, ascending.
+std::vector<unsigned long> GetMemberIDs(const Group& group, const Serializer::FileIDs* ids)
 {
-    return std::find(words.begin(), words.end(), text) != words.end();
-}
-
-bool IsOnBox(const Vec2& p, const Vec2& half)
-{
-    const float tolerance = 1e-7f;
-    const float dx = std::fabs(p.x) - half.x, dy = std::fabs(p.y) - half.y;
-    return (std::fabs(dx) <= tolerance && dy <= tolerance) ||
-           (std::fabs(dy) <= tolerance && dx <= tolerance);
-}
-
-/// Boxes once were polygons with rounded corners. True when this is one, and then its "size" is set.
-bool PolygonAsBox(EntitySerializer& serializer)
-{
-    const math::Vec2List vecs = serializer.Get<math::Vec2List>("vecs");
-    if (vecs.size() != 12 && vecs.size() != 16)
-        return false;
-    const Vec2 half(std::fabs(vecs.back().x), std::fabs(vecs.back().y));
-    for (const Vec2& p : vecs)
-        if (!IsOnBox(p, half))
-            return false;
-    serializer.Set("size", half * 2.0f);
-    return true;
+    if (!ids)
+        return group.GetEnityIDs();
+    std::vector<unsigned long> members;
+    for (const EntityPtr& entity : group.GetEntities())
+    {
+        const auto id = ids->entities.find(entity->GetID());
+        if (id != ids->entities.end())
+            members.push_back(id->second);
+    }
+    std::sort(members.begin(), members.end());
+    return members;
 }
 }
 
@@ -94,6 +121,11 @@ const std::vector<Serializer::Kind>& Serializer::GetKinds()
         {"addCircle", "circle", &Serializer::AddCircle, &IsKind<CircleEntity>},
         {"addPolygon", "polygon", &Serializer::AddPolygon, &IsKind<PolyEntity>},
         {"addBox", "box", &Serializer::AddBox, &IsKind<BoxEntity>},
+        {"addFixjoint", "fixjoint", &Serializer::AddFixjoint, &IsKind<FixJointEntity>},
+        {"addHinge", "hinge", &Serializer::AddHinge, &IsKind<HingeEntity>},
+        {"addSpring", "spring", &Serializer::AddSpring, &IsKind<SpringEntity>},
+        {"addPen", "pen", &Serializer::AddPen, &IsKind<PenEntity>},
+        {"addWater", "water", &Serializer::AddWater, nullptr},
         {"addGroup", "group", &Serializer::AddGroup, nullptr},
         {"addWidget", nullptr, &Serializer::AddWidget, nullptr},
     };
@@ -112,22 +144,12 @@ Serializer::Serializer()
 
 Serializer::~Serializer() = default;
 
-script::ObjectPtr Serializer::Helper(const Kind& kind, const script::ObjectPtr& argument)
-{
-    auto* function = dynamic_cast<script::Function*>(argument.get());
-    // One that a variable holds was not written here.
-    if (!function || !function->GetOwner().IsNull() || function->GetArgCount() != 0)
-        QUIB_THROW(script::ParseException("Bad argument to scene creator function, must be an "
-                                          "inline function with zero arguments "
-                                          "(i.e.: {...} )"));
-    (this->*kind.handler)(CallBlock(*function));
-    return QUIB_NEW script::Void;
-}
-
 void Serializer::ForgetAll()
 {
     m_loadedGroup->Clear();
     m_entities.clear();
+    m_geoms.clear();
+    m_chains.clear();
     m_entityIDs.clear();
     m_geomIDs.clear();
 }
@@ -136,21 +158,31 @@ void Serializer::RegisterEntity(const EntityPtr& entity)
 {
     m_entities[entity->GetID()] = entity;
     m_entityIDs[entity->GetID()] = entity->GetID();
+    if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+    {
+        const physics::GeomPtr& geom = geomEntity->GetGeom();
+        m_geoms[geom->GetID()] = geom;
+        m_geomIDs[geom->GetID()] = geom->GetID();
+    }
 }
 
 void Serializer::ForgetEntity(const EntityPtr& entity)
 {
     m_loadedGroup->Remove(entity);
-    const auto id = m_entityIDs.find(entity->GetID());
-    if (id != m_entityIDs.end())
+    const auto forget = [](auto& ids, auto& objects, const auto& object)
     {
-        const auto found = m_entities.find(id->second);
-        if (found != m_entities.end() && found->second == entity)
-            m_entities.erase(found);
-        m_entityIDs.erase(id);
-    }
+        const auto id = ids.find(object->GetID());
+        if (id == ids.end())
+            return;
+        // A later one may bear the same id.
+        const auto found = objects.find(id->second);
+        if (found != objects.end() && found->second == object)
+            objects.erase(found);
+        ids.erase(id);
+    };
+    forget(m_entityIDs, m_entities, entity);
     if (const GeomEntity* geomEntity = entity->AsGeomEntity())
-        m_geomIDs.erase(geomEntity->GetGeom()->GetID());
+        forget(m_geomIDs, m_geoms, geomEntity->GetGeom());
 }
 
 unsigned long Serializer::GetFileID(const Entity& entity) const
@@ -165,8 +197,6 @@ unsigned long Serializer::GetFileGeomID(unsigned geomID) const
     return id != m_geomIDs.end() ? id->second : geomID;
 }
 
-// Reading.
-
 GroupPtr Serializer::Deserialize(const util::String& text)
 {
     // Ids relate what stands in one text. Those of an earlier text mean nothing in this one.
@@ -175,191 +205,22 @@ GroupPtr Serializer::Deserialize(const util::String& text)
     const script::CodeBlockPtr program = parser->Parse(text);
     if (!program)
         QUIB_THROW(BadDataException("The text is not a valid scene or Quiblet"));
-    if (util::starts_with(text, OldFileStart))
+    // A text that tells no version must not mean what the text before it did.
+    FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
+    // What is there already is sorted together with what comes.
+    Scene::GetInstancePtr()->DepthTagEntities();
     {
-        Log(logging::LogVerbose, "Old (pre beta 4) file type detected");
-        DeserializeOld(*program);
+        WeldBatch welds;
+        if (util::starts_with(text, OldFileStart))
+        {
+            Log(logging::LogVerbose, "Old (pre beta 4) file type detected");
+            DeserializeOld(*program);
+        }
+        else
+            parser->Execute(program);
     }
-    else
-        parser->Execute(program);
     Scene::GetInstancePtr()->SortByDepth();
     return m_loadedGroup;
-}
-
-void Serializer::AddPlane(const EntitySerializer& serializer)
-{
-    const Vec2 normal = serializer.Has("normal") ? serializer.Get<Vec2>("normal") : Vec2(0, 1);
-    const float dist = serializer.Has("dist") ? serializer.Get<float>("dist") : 0;
-    if (!math::IsFinite(normal) || normal == Vec2())
-        QUIB_THROW(BadDataException("Bad normal: it must have a direction"));
-    if (!math::IsFinite(dist))
-        QUIB_THROW(BadDataException("Bad dist"));
-    const physics::PlanePtr geom = QUIB_NEW physics::Plane(math::Plane2D(normal, dist));
-    AddGeomEntity(serializer, QUIB_NEW PlaneEntity(geom));
-}
-
-void Serializer::AddCircle(const EntitySerializer& serializer)
-{
-    const physics::CirclePtr geom = QUIB_NEW physics::Circle(Vec2(), 1);
-    AddGeomEntity(serializer, QUIB_NEW CircleEntity(geom));
-}
-
-void Serializer::AddPolygon(const EntitySerializer& serializer)
-{
-    const math::Vec2List vecs = serializer.Get<math::Vec2List>("vecs");
-    if (!std::all_of(vecs.begin(), vecs.end(), [](const Vec2& v) { return math::IsFinite(v); }))
-        QUIB_THROW(BadDataException("Bad polygon"));
-    const physics::PolygonPtr geom = QUIB_NEW physics::Polygon(vecs);
-    AddGeomEntity(serializer, QUIB_NEW PolyEntity(geom));
-}
-
-void Serializer::AddBox(const EntitySerializer& serializer)
-{
-    const physics::BoxPtr geom = QUIB_NEW physics::Box(Vec2(1, 1), Vec2());
-    AddGeomEntity(serializer, QUIB_NEW BoxEntity(geom));
-}
-
-EntitySet Serializer::ReadMembers(const EntitySerializer& serializer) const
-{
-    EntitySet members;
-    if (serializer.Has("entityIDs"))
-        for (unsigned long id : serializer.Get<std::vector<unsigned long>>("entityIDs"))
-        {
-            const auto found = m_entities.find(id);
-            if (found != m_entities.end())
-                members.insert(found->second);
-        }
-    return members;
-}
-
-void Serializer::AddGroup(const EntitySerializer& serializer)
-{
-    const GroupPtr group = QUIB_NEW Group;
-    group->Deserialize(serializer);
-    group->AddAll(ReadMembers(serializer));
-    Scene::GetInstancePtr()->AddGroup(group);
-}
-
-void Serializer::AddWidget(const EntitySerializer& serializer)
-{
-    GroupPtr group;
-    if (serializer.Has("groupID"))
-        group = Scene::GetInstancePtr()->GetGroupByName(serializer.Get<util::String>("groupID"));
-    if (!group)
-    {
-        group = QUIB_NEW Group;
-        group->AddAll(ReadMembers(serializer));
-    }
-    const WidgetPtr widget = WidgetFactory::GetInstancePtr()->CreateWidget(
-        serializer.Get<util::String>("widgetID"), group);
-    if (serializer.Has("minimized"))
-        widget->SetMinimized(serializer.Get<bool>("minimized"));
-    widget->SetPos(serializer.Has("pos") ? serializer.Get<Vec2>("pos")
-                                         : input::Input::GetInstancePtr()->GetMousePos());
-    if (serializer.Has("title"))
-        widget->SetTitle(serializer.Get<util::String>("title"));
-    App::GetInstancePtr()->GetAppGUI()->AddWidget(widget);
-}
-
-void Serializer::AddGeomEntity(const EntitySerializer& serializer,
-                               const util::SharedPtr<GeomEntity>& entity)
-{
-    if (serializer.Has("collide") && !serializer.Get<bool>("collide"))
-        entity->SetCollideSet(0);
-    const char* const idKey = serializer.Has("geomID") ? "geomID" : "id";
-    const bool hasID = serializer.Has(idKey);
-    const unsigned long id = hasID ? serializer.Get<unsigned long>(idKey) : 0;
-    AddEntity(serializer, entity);
-    if (hasID)
-        m_geomIDs[entity->GetGeom()->GetID()] = id;
-}
-
-void Serializer::AddEntity(const EntitySerializer& serializer, const EntityPtr& entity)
-{
-    const bool hasID = serializer.Has("entityID");
-    const unsigned long id = hasID ? serializer.Get<unsigned long>("entityID") : 0;
-    entity->Deserialize(serializer);
-    Scene::GetInstancePtr()->AddEntity(entity);
-    if (hasID)
-    {
-        m_entities[id] = entity;
-        m_entityIDs[entity->GetID()] = id;
-    }
-    m_loadedGroup->Add(entity);
-}
-
-// Reading files from before scenes were programs: named blocks that each tell their type, and are
-// called here one by one. Nothing else in them runs.
-
-void Serializer::DeserializeOld(const script::CodeBlock& program)
-{
-    FileInfo::GetInstancePtr()->SetVersion(0);
-    const script::ClosurePtr closure = QUIB_NEW script::Closure(
-        "Deserialize_closure", script::Parser::GetInstancePtr()->GetRootClosure());
-    // Joints name geometries and groups name entities, which must be there by then.
-    std::vector<EntitySerializer> geoms, joints, others;
-    for (const script::ExpressionPtr& statement : program.GetElements())
-    {
-        try
-        {
-            const script::Assignment* assignment = statement->AsAssignment();
-            if (!assignment)
-            {
-                Log(logging::LogWarning,
-                    "Unknown garbage found in scene file: " + statement->ToCode());
-                continue;
-            }
-            const script::ExpressionPtr& value = assignment->GetValue();
-            const util::String name = assignment->GetTarget()->GetName();
-            if (dynamic_cast<const script::FunctionDeclaration*>(value.get()))
-            {
-                const auto function = util::DynamicCast<script::Function>(value->Evaluate(closure));
-                const EntitySerializer serializer = CallBlock(*function);
-                const util::String type = OldType(serializer);
-                (IsOneOf(type, {"polygon", "circle", "plane", "box"})    ? geoms
-                 : IsOneOf(type, {"fixjoint", "hinge", "spring", "pen"}) ? joints
-                                                                         : others)
-                    .push_back(serializer);
-            }
-            else if (name == "version")
-                FileInfo::GetInstancePtr()->SetVersion(
-                    script::ObjectToValue<int>(value->Evaluate(closure)));
-            else
-                Log(logging::LogWarning, "Unknown constant declared in scene file: " + name);
-        }
-        catch (std::exception& e)
-        {
-            CatchException(e, QUIB_LOCATION);
-            Log(logging::LogWarning,
-                util::String("An error occurred while deserializing: ") + e.what());
-        }
-    }
-    for (auto* list : {&geoms, &joints, &others})
-        for (EntitySerializer& serializer : *list)
-            DeserializeOldEntity(serializer);
-}
-
-void Serializer::DeserializeOldEntity(EntitySerializer& serializer)
-{
-    try
-    {
-        util::String type = OldType(serializer);
-        if (type == "polygon" && PolygonAsBox(serializer))
-            type = "box";
-        for (const Kind& kind : GetKinds())
-            if (kind.oldType && type == kind.oldType)
-            {
-                (this->*kind.handler)(serializer);
-                return;
-            }
-        Log(logging::LogWarning, "Unknown type: " + type);
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION);
-        Log(logging::LogWarning,
-            util::String("An error occurred while deserializing: ") + e.what());
-    }
 }
 
 // Writing.
@@ -371,13 +232,41 @@ util::String Serializer::SerializeScene()
     for (const script::ExpressionPtr& statement : GetMetaVarList())
         block.Add(statement);
     SerializeSettings(block);
-    SerializeEntities(block, scene->GetEntities());
+    const FileIDs ids = SerializeEntities(block, scene->GetEntities());
+    SerializeWater(block);
+
+    // By name, and those of one name by what the text tells of them. The ids of this run, by which the
+    // scene orders these, are others once the text is loaded.
+    using Entry = std::pair<std::vector<unsigned long>, GroupPtr>;
+    std::vector<Entry> groups;
     for (const GroupPtr& group : scene->GetGroups())
-        SerializeGroup(block, group);
+        groups.emplace_back(GetMemberIDs(*group, &ids), group);
+    std::stable_sort(groups.begin(), groups.end(),
+                     [](const Entry& a, const Entry& b)
+                     {
+                         const int order = a.second->GetName().compare(b.second->GetName());
+                         return order != 0 ? order < 0 : a.first < b.first;
+                     });
+    for (const Entry& entry : groups)
+        SerializeGroup(block, entry.second, &ids);
     for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
         if (widget->GetGroup())
-            SerializeWidget(block, *widget);
+            SerializeWidget(block, *widget, &ids);
     return "// Quib scene created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
+           "\n\n" + block.ToCode();
+}
+
+util::String Serializer::SerializeQuiblet(const GroupPtr& group)
+{
+    std::vector<EntityPtr> entities;
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+        if (group->Contains(entity))
+            entities.push_back(entity);
+    script::CodeBlock block;
+    for (const script::ExpressionPtr& statement : GetMetaVarList())
+        block.Add(statement);
+    SerializeEntities(block, entities);
+    return "// Quiblet created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
            "\n\n" + block.ToCode();
 }
 
@@ -429,53 +318,94 @@ void Serializer::SerializeSettings(script::CodeBlock& block)
             AddSetting(block, *app, name);
 }
 
-util::String Serializer::SerializeQuiblet(const GroupPtr& group)
-{
-    std::vector<EntityPtr> entities;
-    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
-        if (group->Contains(entity))
-            entities.push_back(entity);
-    script::CodeBlock block;
-    for (const script::ExpressionPtr& statement : GetMetaVarList())
-        block.Add(statement);
-    SerializeEntities(block, entities);
-    return "// Quiblet created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
-           "\n\n" + block.ToCode();
-}
-
-void Serializer::SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities)
+Serializer::FileIDs Serializer::SerializeEntities(script::CodeBlock& block,
+                                                  const std::vector<EntityPtr>& entities)
 {
     Scene::GetInstancePtr()->DepthTagEntities();
+    FileIDs ids;
+    ids.chainPlaces = FindChainPlaces(entities);
+    ids.geoms[physics::Simulation::GetInstancePtr()->GetWorldGeom()->GetID()] = 0;
+    // Whoever reads knows a geometry before anything refers to it.
+    std::vector<const Entity*> others;
     for (const EntityPtr& entity : entities)
     {
-        const auto kind =
-            std::find_if(GetKinds().begin(), GetKinds().end(),
-                         [&entity](const Kind& k) { return k.isKind && k.isKind(*entity); });
-        if (kind == GetKinds().end())
-        {
-            Log(logging::LogWarning, "Bad Entity");
+        if (!entity->IsAlive())
             continue;
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+        {
+            ids.geoms.emplace(geomEntity->GetGeom()->GetID(), static_cast<int>(ids.geoms.size()));
+            SerializeEntity(block, *entity, ids);
         }
-        EntitySerializer serializer;
-        entity->SerializeTo(serializer);
-        block.Add(serializer.ToFunctionCall(util::String("Scene.") + kind->command));
+        else
+            others.push_back(entity.get());
     }
+    for (const Entity* entity : others)
+        SerializeEntity(block, *entity, ids);
+    return ids;
 }
 
-void Serializer::SerializeGroup(script::CodeBlock& block, const GroupPtr& group)
+void Serializer::SerializeEntity(script::CodeBlock& block, const Entity& entity, FileIDs& ids)
+{
+    const auto kind =
+        std::find_if(GetKinds().begin(), GetKinds().end(),
+                     [&entity](const Kind& k) { return k.isKind && k.isKind(entity); });
+    if (kind == GetKinds().end())
+    {
+        Log(logging::LogWarning, "Bad Entity");
+        return;
+    }
+    EntitySerializer serializer;
+    if (const JointEntity* joint = entity.AsJointEntity())
+        for (int i = 0; i < 2; ++i)
+            JointEnds[i].WriteTo(serializer, joint->GetGeom(i), joint->GetLocalPoint(i), ids);
+    if (const PenEntity* pen = entity.AsPenEntity())
+    {
+        PenAnchor.WriteTo(serializer, pen->GetGeom(), pen->GetLocalPoint(), ids);
+        // Not left to its default, which is the size that it was made with.
+        serializer.Set("size", pen->GetSize());
+    }
+    entity.SerializeTo(serializer);
+    // The entity has told the ids of this run.
+    serializer.Set("entityID", NumberOf(ids.entities, entity.GetID()));
+    if (const GeomEntity* geomEntity = entity.AsGeomEntity())
+        serializer.Set("geomID", ids.geoms.at(geomEntity->GetGeom()->GetID()));
+    const auto place = ids.chainPlaces.find(entity.GetID());
+    if (place != ids.chainPlaces.end())
+    {
+        serializer.Set("chain", NumberOf(ids.chains, place->second.chain));
+        serializer.Set("chainNr", static_cast<unsigned long>(place->second.index));
+    }
+    block.Add(serializer.ToFunctionCall(util::String("Scene.") + kind->command));
+}
+
+void Serializer::SerializeWater(script::CodeBlock& block)
+{
+    // Deliberate: velocities are not saved. Loaded water starts at rest.
+    math::Vec2List positions;
+    for (const physics::ParticlePtr& particle :
+         physics::Simulation::GetInstancePtr()->GetParticles())
+        positions.push_back(particle->GetPos());
+    if (positions.empty())
+        return;
+    EntitySerializer serializer;
+    serializer.Set("vecs", positions);
+    block.Add(serializer.ToFunctionCall("Scene.addWater"));
+}
+
+void Serializer::SerializeGroup(script::CodeBlock& block, const GroupPtr& group, const FileIDs* ids)
 {
     EntitySerializer serializer;
     group->SerializeTo(serializer);
-    serializer.Set("entityIDs", group->GetEnityIDs());
+    serializer.Set("entityIDs", GetMemberIDs(*group, ids));
     block.Add(serializer.ToFunctionCall("Scene.addGroup"));
 }
 
-void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget)
+void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget, const FileIDs* ids)
 {
     EntitySerializer serializer;
     serializer.Set("widgetID", widget.GetID());
     serializer.Set("groupID", widget.GetGroup()->GetName());
-    serializer.Set("entityIDs", widget.GetGroup()->GetEnityIDs());
+    serializer.Set("entityIDs", GetMemberIDs(*widget.GetGroup(), ids));
     serializer.Set("minimized", widget.IsMinimized());
     serializer.Set("pos", widget.GetPos());
     serializer.Set("title", widget.GetTitle());

@@ -7,45 +7,75 @@
 #include "script/Objects.h"
 #include "util/Singleton.h"
 
-#include <map>
 #include <unordered_map>
 #include <vector>
 
+namespace physics
+{
+class Geom;
+}
+
 namespace app
 {
+class Chain;
 class GeomEntity;
+class JointEntity;
+class PenEntity;
 class Widget;
 
 class Serializer : public util::Pointee, public util::Singleton<Serializer>
 {
 public:
+    struct ChainPlace
+    {
+        unsigned long chain; // its id in this run
+        size_t index;        // holes count
+    };
+
+    // The ids by which one text tells which of its entities belong together, from 1 on in the order of
+    // the text. They hang on nothing but the scene's content: a scene that is loaded and saved again
+    // gives the same file, and no two things share one, whatever was added, cloned and imported since.
+    struct FileIDs
+    {
+        std::unordered_map<unsigned long, unsigned long> entities; // of this run -> in the text
+        std::unordered_map<unsigned, int> geoms;                   // the world's is 0 in every text
+        std::unordered_map<unsigned long, unsigned long> chains;
+        std::unordered_map<unsigned long, ChainPlace> chainPlaces; // by the entity's id of this run
+    };
+
     Serializer();
     ~Serializer() override;
 
     /// The whole scene with its settings. Writes the version into FileInfo, and there the scene's texts
     /// where it had none; and into each entity its zDepth.
     util::String SerializeScene();
-    /// Runs the text.
+    /// The group's entities, to be brought into some other scene: without settings, water, groups and
+    /// widgets. What it writes into FileInfo and the entities is as with a scene.
+    util::String SerializeQuiblet(const GroupPtr& group);
+    /// Puts the scene's entities into the order of their zDepth.
+    /// @param text  is run
     /// @return what it added to the scene and is there still; the same group every time
     /// @throws BadDataException  when the text does not parse; nothing has run then. A statement that
     ///                           fails is logged and costs itself only.
     GroupPtr Deserialize(const util::String& text);
 
-    /// The group's entities, to be brought into some other scene: without settings, water, groups and
-    /// widgets. What it writes into FileInfo and the entities is as with a scene.
-    util::String SerializeQuiblet(const GroupPtr& group);
-
-    // The pieces of these texts, with the ids of this run. Entities get joints' ends by these too.
+    // The pieces of these texts.
 
     /// What FileInfo says: the texts that are not empty, and the version.
     script::ExpressionList GetMetaVarList();
     /// Geometries first, then joints and pens, each in the order given. A joint's end that is not among
-    /// them is written as a point of the world.
-    void SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities);
-    void SerializeGroup(script::CodeBlock& block, const GroupPtr& group);
+    /// them is written as a point of the world. What the scene would remove at its next update, as it
+    /// is no longer alive, is left out.
+    /// @param entities  of the scene
+    FileIDs SerializeEntities(script::CodeBlock& block, const std::vector<EntityPtr>& entities);
+    /// @param ids  members that it does not know are left out; with null these are the ids of this run
+    void SerializeGroup(script::CodeBlock& block, const GroupPtr& group,
+                        const FileIDs* ids = nullptr);
     /// @param widget  one that has a group
-    void SerializeWidget(script::CodeBlock& block, const Widget& widget);
-    /// What comes next to be run may name the entity and its geometry by their ids of this run.
+    /// @param ids     as with groups
+    void SerializeWidget(script::CodeBlock& block, const Widget& widget,
+                         const FileIDs* ids = nullptr);
+    /// What is run next may name the entity, and its geometry, by their ids of this run.
     void RegisterEntity(const EntityPtr& entity);
 
     /// The id as the text gave it that brought the entity, else the entity's own. A text may give one
@@ -71,28 +101,47 @@ private:
     };
     static const std::vector<Kind>& GetKinds();
 
+    // The commands (SceneCommands.cpp).
     script::ObjectPtr Helper(const Kind& kind, const script::ObjectPtr& argument);
     void AddPlane(const EntitySerializer& serializer);
     void AddCircle(const EntitySerializer& serializer);
     void AddPolygon(const EntitySerializer& serializer);
     void AddBox(const EntitySerializer& serializer);
-    /// The entities that "entityIDs" names; unknown ids are skipped.
-    EntitySet ReadMembers(const EntitySerializer& serializer) const;
+    void AddFixjoint(const EntitySerializer& serializer);
+    void AddHinge(const EntitySerializer& serializer);
+    void AddSpring(const EntitySerializer& serializer);
+    void AddPen(const EntitySerializer& serializer);
+    void AddWater(const EntitySerializer& serializer);
     void AddGroup(const EntitySerializer& serializer);
     void AddWidget(const EntitySerializer& serializer);
     void AddGeomEntity(const EntitySerializer& serializer,
                        const util::SharedPtr<GeomEntity>& entity);
+    void AttachJoint(const EntitySerializer& serializer, const util::SharedPtr<JointEntity>& joint);
     void AddEntity(const EntitySerializer& serializer, const EntityPtr& entity);
+    void CheckChain(const EntitySerializer& serializer, const EntityPtr& entity);
+    /// The geometry whose id stands under the key; null for a missing key and an unknown id.
+    util::SharedPtr<physics::Geom> FindGeom(const EntitySerializer& serializer,
+                                            const util::String& key) const;
+    /// The entities that "entityIDs" names; unknown ids are skipped.
+    EntitySet ReadMembers(const EntitySerializer& serializer) const;
 
-    void SerializeSettings(script::CodeBlock& block);
-
+    // Files from before scenes were programs (OldFormat.cpp).
     void DeserializeOld(const script::CodeBlock& program);
     void DeserializeOldEntity(EntitySerializer& serializer);
 
+    void SerializeSettings(script::CodeBlock& block);
+    void SerializeWater(script::CodeBlock& block);
+    void SerializeEntity(script::CodeBlock& block, const Entity& entity, FileIDs& ids);
+
+    // What the current text has brought, by the ids that stand in it; the latest of equal ones.
     GroupPtr m_loadedGroup;
-    std::map<unsigned long, EntityPtr>
-        m_entities; // by the id in the file; the latest of equal ones
-    std::unordered_map<unsigned long, unsigned long> m_entityIDs; // of this run -> in the file
-    std::unordered_map<unsigned, unsigned long> m_geomIDs;        // of this run -> in the file
+    std::unordered_map<unsigned long, EntityPtr> m_entities;
+    std::unordered_map<unsigned long, util::SharedPtr<physics::Geom>> m_geoms; // not the world's
+    std::unordered_map<unsigned long, util::SharedPtr<Chain>> m_chains;
+    std::unordered_map<unsigned long, unsigned long> m_entityIDs; // of this run -> in the text
+    std::unordered_map<unsigned, unsigned long> m_geomIDs;        // of this run -> in the text
 };
+
+/// The function's variables once it has run: how a block of script becomes a bag of values.
+EntitySerializer CallBlock(script::Function& function);
 }

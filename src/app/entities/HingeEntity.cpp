@@ -173,8 +173,11 @@ void HingeEntity::Deserialize(const EntitySerializer& serializer)
     OptionalButton forward = ReadButton(serializer, "buttonForward");
     OptionalButton back = ReadButton(serializer, "buttonBack");
     OptionalButton brake = ReadButton(serializer, "buttonBreak");
-    const bool hasArrowKeys =
-        serializer.Has("controller") && serializer.Get<util::String>("controller") == ArrowKeys;
+    const util::String controller =
+        serializer.Has("controller") ? serializer.Get<util::String>("controller") : "";
+    const bool hasArrowKeys = controller == ArrowKeys;
+    if (!hasArrowKeys && !controller.empty())
+        Log(logging::LogWarning, "Unknown controller of a hinge: " + util::Shorten(controller));
     if (hasArrowKeys)
     {
         forward.emplace().Assign(SDLK_RIGHT);
