@@ -1,7 +1,15 @@
-// Axis-aligned bounds of many shapes in flat arrays, for the cheap rejection in loops over all pairs.
+// Axis-aligned bounds of many shapes, for the cheap rejection in loops over all pairs: which of them touch
+// given bounds?
 //
-// A common box stands around every sixteen of them. Shapes made together mostly lie together, so that
-// most of them are rejected sixteen or sixty-four at a time.
+// Many shapes go to a uniform grid of cells as large as the shapes, each shape to the cell of its lower
+// corner. The cells are hashed (Teschner et al. 2003, "Optimized spatial hashing for collision detection
+// of deformable objects"), so that it does not matter where the shapes are; with a linear hash, by which
+// cells side by side stay so. The few shapes that are much larger than most are kept in a list of their
+// own. The answer is sorted back into the order of the list.
+//
+// Few shapes, and those of which a grid would not part enough, have a common box around every sixteen.
+// Shapes made together mostly lie together, so that most of them are rejected sixteen or sixty-four at a
+// time.
 #pragma once
 
 #include "math/BoundingSphere.h"
@@ -12,6 +20,7 @@
 
 #include <cfloat>
 #include <cstddef>
+#include <cstdint>
 
 namespace physics
 {
@@ -41,32 +50,31 @@ class BoundsList
 public:
     /// Keeps the capacity.
     void Clear();
-    void Append(const Bounds& b);
+    void Append(const Bounds& b) { m_bounds.append(b); }
     /// To be called once all are in, before the list is asked.
     void Finish();
+
+    size_t size() const { return m_bounds.size(); }
+    const Bounds& operator[](size_t i) const { return m_bounds.data()[i]; }
 
     /// Calls visit(i) for each i from begin on whose bounds touch b, in rising order.
     template<typename Visit>
     void ForEachTouching(const Bounds& b, size_t begin, Visit visit) const
     {
-        const Query query(b);
-        for (size_t quad = begin / (4 * BlockSize); quad < m_blocks.size() / 4; ++quad)
-            for (unsigned blocks = query.Touching(m_blocks, 4 * quad); blocks; blocks &= blocks - 1)
-            {
-                const size_t first = (4 * quad + __builtin_ctz(blocks)) * BlockSize;
-                for (size_t i = first; i < first + BlockSize; i += 4)
-                    for (unsigned hits = query.Touching(m_rows, i); hits; hits &= hits - 1)
-                    {
-                        const size_t hit = i + __builtin_ctz(hits);
-                        if (hit >= begin)
-                            visit(hit);
-                    }
-            }
+        if (m_hasGrid)
+        {
+            const uint32_t* end = FindInGrid(b, static_cast<uint32_t>(begin));
+            for (const uint32_t* hit = m_hits.data(); hit != end; ++hit)
+                visit(*hit);
+        }
+        else
+            ForEachInBlocks(b, begin, visit);
     }
 
 private:
     static constexpr size_t BlockSize = 16;
 
+    // Bounds one quantity to an array.
     struct Rows
     {
         util::VectorPOD<float> minX, minY, maxX, maxY;
@@ -78,9 +86,9 @@ private:
         void PadTo(size_t multiple);
     };
 
-    struct Query
+    struct BlockQuery
     {
-        explicit Query(const Bounds& b)
+        explicit BlockQuery(const Bounds& b)
             : minX(math::Splat4(b.min.x))
             , minY(math::Splat4(b.min.y))
             , maxX(math::Splat4(b.max.x))
@@ -99,6 +107,50 @@ private:
 
         math::Float4 minX, minY, maxX, maxY;
     };
+
+    template<typename Visit>
+    void ForEachInBlocks(const Bounds& b, size_t begin, Visit visit) const
+    {
+        const BlockQuery query(b);
+        for (size_t quad = begin / (4 * BlockSize); quad < m_blocks.size() / 4; ++quad)
+            for (unsigned blocks = query.Touching(m_blocks, 4 * quad); blocks; blocks &= blocks - 1)
+            {
+                const size_t first = (4 * quad + __builtin_ctz(blocks)) * BlockSize;
+                for (size_t i = first; i < first + BlockSize; i += 4)
+                    for (unsigned hits = query.Touching(m_rows, i); hits; hits &= hits - 1)
+                    {
+                        const size_t hit = i + __builtin_ctz(hits);
+                        if (hit >= begin)
+                            visit(hit);
+                    }
+            }
+    }
+
+    // What the grid holds of a shape.
+    struct Entry
+    {
+        math::Float4 ends; // of the bounds: min, then -max, so that one comparison does
+        uint32_t index;
+    };
+
+    bool BuildGrid();
+    bool ChooseCells();
+    void BuildBlocks();
+    /// @return  the end of the hits
+    const uint32_t* FindInGrid(const Bounds& b, uint32_t begin) const;
+
+    util::VectorPOD<Bounds> m_bounds;
+
+    bool m_hasGrid = false;
+    math::Float4 m_reach;     // how far a shape in the grid extends from its lower corner, twice
+    math::Float4 m_perCell;   // cells per unit of length on x and y, twice
+    uint32_t m_tableMask = 0; // cells in the table, a power of 2, less 1
+    uint32_t m_rowStride = 0; // from a cell of the table to that above it
+    util::VectorPOD<uint32_t> m_cellOf; // by shape
+    util::VectorPOD<uint32_t> m_starts; // by cell of the table: its first entry
+    util::VectorPOD<Entry> m_entries;   // by cell of the table
+    util::VectorPOD<Entry> m_large;     // in rising order
+    mutable util::VectorPOD<uint32_t> m_hits;
 
     Rows m_rows;   // padded to whole blocks
     Rows m_blocks; // around every block; padded to whole vectors

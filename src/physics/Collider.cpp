@@ -27,22 +27,19 @@ struct TypeList
 {
     util::VectorPOD<Hull> hulls;
     util::VectorPOD<CollideFilter> filters;
-    util::VectorPOD<Bounds> bounds;
-    BoundsList boundsList;
+    BoundsList bounds;
 
     void Clear()
     {
         hulls.clear();
         filters.clear();
-        bounds.clear();
-        boundsList.Clear();
+        bounds.Clear();
     }
     void Append(const Hull& hull, const Geom& geom, const Bounds& b)
     {
         hulls.append(hull);
         filters.append(CollideFilter(geom, geom.GetBodyPtr()));
-        bounds.append(b);
-        boundsList.Append(b);
+        bounds.Append(b);
     }
     size_t size() const { return hulls.size(); }
 };
@@ -65,7 +62,7 @@ void CollidePlaneWithAll(Plane& plane, const CollideFilter& filter, const TypeLi
     const bool isSane =
         math::IsFinite(p.d) && std::fabs(p.normal.LengthSq() - 1) < 4e-6f; // false for a NaN
     for (size_t i = 0, n = list.size(); i < n; ++i)
-        if (!(isSane && IsOutside(p, list.bounds.data()[i])) &&
+        if (!(isSane && IsOutside(p, list.bounds[i])) &&
             ShouldCollide(filter, list.filters.data()[i]))
             test(list.hulls.data()[i]);
 }
@@ -74,8 +71,8 @@ template<typename Hull, typename Test>
 void CollideAllPairs(const TypeList<Hull>& list, Test test)
 {
     for (size_t i = 0, n = list.size(); i < n; ++i)
-        list.boundsList.ForEachTouching(
-            list.bounds.data()[i], i + 1,
+        list.bounds.ForEachTouching(
+            list.bounds[i], i + 1,
             [&](size_t j)
             {
                 if (ShouldCollide(list.filters.data()[i], list.filters.data()[j]))
@@ -89,7 +86,7 @@ void CollideTwoTypes(const TypeList<HullA>& outer, const TypeList<HullB>& inner,
 {
     for (size_t i = 0, n = outer.size(); i < n; ++i)
         innerBounds.ForEachTouching(
-            outer.bounds.data()[i], 0,
+            outer.bounds[i], 0,
             [&](size_t j)
             {
                 if (ShouldCollide(outer.filters.data()[i], inner.filters.data()[j]))
@@ -103,7 +100,7 @@ struct Collider::Lists
     util::VectorPOD<Plane*> planes;
     util::VectorPOD<CollideFilter> planeFilters;
     TypeList<PolyHull> polygons; // bounds are those of the oriented box
-    BoundsList polygonMaps;      // around the regions that the polygons' maps cover
+    BoundsList polygonMaps; // around the regions that the polygons' maps cover; only for circles
     TypeList<CircleHull> circles;
     TypeList<BoxHull> boxes;
     util::VectorPOD<Particle*> particles;
@@ -161,8 +158,9 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
         for (const Body::BodyPart& part : body->GetParts())
         {
             const GeomPtr* g = &part.geom;
-            CODE_ASSERT((*g)->GetBody());
             Geom& geom = **g;
+            if (!geom.GetBodyPtr()) // cheaper than the handle
+                CODE_ASSERT((*g)->GetBody());
             switch (geom.GetKind())
             {
             case GeomKind::Polygon:
@@ -170,7 +168,6 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
                 Polygon& polygon = static_cast<Polygon&>(geom);
                 l.polygons.Append(PolyHull{geom.GetBodyPtr(), &polygon}, geom,
                                   Bounds::Around(polygon.GetOBBWorld()));
-                l.polygonMaps.Append(Bounds::Around(polygon.GetMapOBBWorld()));
                 break;
             }
             case GeomKind::Circle:
@@ -195,10 +192,15 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
                 break;
             }
         }
-    l.polygons.boundsList.Finish();
-    l.polygonMaps.Finish();
-    l.circles.boundsList.Finish();
-    l.boxes.boundsList.Finish();
+    l.polygons.bounds.Finish();
+    if (!l.circles.hulls.empty())
+    {
+        for (const PolyHull& hull : l.polygons.hulls)
+            l.polygonMaps.Append(Bounds::Around(hull.polygon->GetMapOBBWorld()));
+        l.polygonMaps.Finish();
+    }
+    l.circles.bounds.Finish();
+    l.boxes.bounds.Finish();
 }
 
 void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) const
@@ -246,13 +248,13 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
     }
     {
         util::ScopeProfiler scope("Box-Polygon");
-        CollideTwoTypes(l.boxes, l.polygons, l.polygons.boundsList,
+        CollideTwoTypes(l.boxes, l.polygons, l.polygons.bounds,
                         [&](const BoxHull& b, const PolyHull& p)
                         { CollideBoxPolygon(*b.box, *p.polygon, out); });
     }
     {
         util::ScopeProfiler scope("Box-Circle");
-        CollideTwoTypes(l.boxes, l.circles, l.circles.boundsList,
+        CollideTwoTypes(l.boxes, l.circles, l.circles.bounds,
                         [&](const BoxHull& b, const CircleHull& c)
                         { CollideBoxCircle(*b.box, c, out); });
     }
@@ -297,7 +299,7 @@ void Collider::Lists::CollideWater(ContactOutput& out) const
         {
             const CircleHull& hull = circles.hulls.data()[i];
             if (AABBvcBC(box, hull.bc) && hull.circle->GetWaterCollide())
-                CollideParticles(*hull.circle, circles.bounds.data()[i], out);
+                CollideParticles(*hull.circle, circles.bounds[i], out);
         }
     }
     {
@@ -318,7 +320,7 @@ void Collider::Lists::CollideWater(ContactOutput& out) const
             const BoxHull& hull = boxes.hulls.data()[i];
             if (AABBvcBC(box, hull.box->GetBCWorld()) && Intersects(obb, hull.obb) &&
                 hull.box->GetWaterCollide())
-                CollideParticles(*hull.box, boxes.bounds.data()[i], out);
+                CollideParticles(*hull.box, boxes.bounds[i], out);
         }
     }
 }
