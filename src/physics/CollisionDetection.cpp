@@ -21,25 +21,12 @@ BoxHull::BoxHull(Box& b)
 {
 }
 
-namespace
-{
-bool RoughIntersectBounds(const Polygon& a, const Polygon& b)
-{
-    return Intersects(a.GetBCWorld(), b.GetBCWorld()) &&
-           Intersects(a.GetOBBWorld(), b.GetOBBWorld());
-}
-
-bool RoughIntersectMaps(const Polygon& a, const Polygon& b)
-{
-    const math::BoundingCircle bcA = a.GetBCWorld(), bcB = b.GetBCWorld();
-    return !(a.DistanceWorld(bcB.center) > bcB.radius) &&
-           !(b.DistanceWorld(bcA.center) > bcA.radius);
-}
-}
-
 bool RoughIntersectTest(const Polygon& a, const Polygon& b)
 {
-    return RoughIntersectBounds(a, b) && RoughIntersectMaps(a, b);
+    const math::BoundingCircle bcA = a.GetBCWorld(), bcB = b.GetBCWorld();
+    return Intersects(bcA, bcB) && Intersects(a.GetOBBWorld(), b.GetOBBWorld()) &&
+           !(a.DistanceWorld(bcB.center) > bcB.radius) &&
+           !(b.DistanceWorld(bcA.center) > bcA.radius);
 }
 
 bool AABBvcBC(const math::BoundingBox& box, const math::BoundingCircle& circle)
@@ -109,37 +96,22 @@ void CollidePlaneBox(Plane& plane, Box& box, ContactOutput& out)
 /// geometry 2.
 void CollidePolyPoly(Polygon& a, Polygon& b, ContactOutput& out)
 {
-    if (!RoughIntersectBounds(a, b))
+    if (!RoughIntersectTest(a, b))
         return;
-    // What else RoughIntersectTest asks costs two looks into maps: only once a vertex is inside.
-    bool isAsked = false;
-    const auto mayTouch = [&]
-    {
-        isAsked = isAsked || RoughIntersectMaps(a, b);
-        return isAsked;
-    };
     unsigned long k = 0;
     for (const Vec2& v : a.GetWorldVertices())
     {
         ++k;
-        const float s = b.DistanceInsideWorld(v);
+        const float s = b.DistanceWorld(v);
         if (s < 0)
-        {
-            if (!mayTouch())
-                return;
             AddContact(out, b, a, k, v, b.NormalWorld(v), -s);
-        }
     }
     for (const Vec2& v : b.GetWorldVertices())
     {
         ++k;
-        const float s = a.DistanceInsideWorld(v);
+        const float s = a.DistanceWorld(v);
         if (s < 0)
-        {
-            if (!mayTouch())
-                return;
             AddContact(out, a, b, k, v, a.NormalWorld(v), -s);
-        }
     }
 }
 
@@ -297,7 +269,7 @@ void CollideBoxPolygon(Box& box, Polygon& polygon, ContactOutput& out)
     for (const Vec2& c : corners)
     {
         ++k;
-        const float s = polygon.DistanceInsideWorld(c);
+        const float s = polygon.DistanceWorld(c);
         if (s < 0)
             AddContact(out, polygon, box, k, c, polygon.NormalWorld(c), -s);
     }

@@ -103,7 +103,7 @@ void Simulation::CalcForces()
                     AddAirForces(air, *body);
             }
     }
-    const SPH& sph = *SPH::GetInstancePtr();
+    SPH& sph = *SPH::GetInstancePtr();
     {
         util::ScopeProfiler profileParticles("Particle forces");
         const float radius = sph.m_radius;
@@ -124,5 +124,7 @@ void Simulation::CalcForces()
     }
     for (const JointPtr& joint : m_joints)
         joint->ApplyForce();
+    if (m_running)
+        sph.Update(m_particles, m_timeDelta);
 }
 }

@@ -23,6 +23,7 @@ Particle::~Particle()
 
 void Particle::SetAttribs(float radius, float density, float friction, float restitution)
 {
+    m_attribsVersion = 0;
     m_area = radius * radius * math::PIf;
     m_mass = m_inertia = m_area * density;
     m_massInv = m_inertiaInv = 1 / m_mass;

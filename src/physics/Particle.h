@@ -62,7 +62,8 @@ private:
     math::Vec2 m_surfaceForce;
     float m_age = 0;
     uint32_t m_neighborCount = 0;
-    uint32_t m_place = ~0u; // among the particles of the last update
+    uint32_t m_place = ~0u;        // among the particles of the last update
+    uint32_t m_attribsVersion = 0; // which attributes of SPH it has; 0 is none of them
     util::SharedPtr<ParticleGeom> m_geom;
 };
 using ParticlePtr = util::SharedPtr<Particle>;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "physics/Particle.h"
+#include "physics/SPHKernels.h"
 #include "script/Attributes.h"
 #include "script/Reflected.h"
 #include "util/Singleton.h"
@@ -19,6 +20,9 @@ class SPH : public script::Reflected, public util::Singleton<SPH>
 public:
     SPH();
     ~SPH() override;
+
+    /// Which instructions the next updates use. The results are the same.
+    void SetInstructions(SPHKernels::Instructions instructions);
 
     /// Adds the forces that the particles exert on each other, ages the lonely ones, and brings all to
     /// the present attributes. Does nothing for an empty list.
@@ -51,12 +55,18 @@ public:
     script::AttribWrapper<float> m_bucketSize; // hash cell size in influence distances
 
 private:
-    void FindNeighbors();
-    void CalcForces();
+    struct Flat;
 
-    struct Arrays;
+    void UpdateAttribs();
+    void FindNeighbors();
+    void LoadPairs(uint32_t begin);
+    void DropDistantCells();
+    void CalcForces();
+    void Evaporate(float dt);
+    void AddJitter();
+    void ReportStatistics();
 
     util::VectorPOD<Particle*> m_particles; // of the update under way
-    std::unique_ptr<Arrays> m_arrays;
+    std::unique_ptr<Flat> m_flat;
 };
 }

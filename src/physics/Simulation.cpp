@@ -362,6 +362,7 @@ void Simulation::Step(bool integrate)
             IntegrateVelocity(timeDelta);
         }
         IntegratePosition(timeDelta);
+        SPH::GetInstancePtr()->VelocitySmoothing();
     }
 
     // Deliberate: in a paused world forces stay until the next running step.

@@ -96,6 +96,8 @@ public:
     ExpressionPtr ToExpression() const override;
     util::String ToText() const override;
     const T& GetValue() const { return m_value; }
+    /// Only for who knows that nobody else holds it.
+    void SetValue(const T& value) { m_value = value; }
 
 private:
     T m_value;

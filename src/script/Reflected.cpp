@@ -104,12 +104,22 @@ void Reflected::AddToRoot()
 template<typename T>
 void Reflected::Report(const util::String& name, const T& value)
 {
-    ObjectPtr object = ValueToObject(value);
     // Constants are protected from scripts, not from us.
-    if (const VariablePtr variable = GetVariable(name))
-        variable->SetObject(std::move(object));
-    else
-        AddConstant(name, std::move(object));
+    const VariablePtr variable = GetVariable(name);
+    if (!variable)
+    {
+        AddConstant(name, ValueToObject(value));
+        return;
+    }
+    // Reports come with every step: a value that nobody else has got hold of is written over.
+    using Stored = Value<std::conditional_t<std::is_same<T, float>::value, Float, T>>;
+    if (variable->GetObject() && variable->GetObject()->GetHandle()->GetRefCount() == 1)
+        if (Stored* old = As<Stored>(variable->GetObject()))
+        {
+            old->SetValue(value);
+            return;
+        }
+    variable->SetObject(ValueToObject(value));
 }
 
 template void Reflected::Report(const util::String&, const float&);

@@ -1,6 +1,7 @@
 #include "physics/Simulation.h"
 
 #include "SimulationFixture.h"
+#include "physics/Particle.h"
 #include "TestSupport.h"
 #include "util/ScopeProfiler.h"
 
@@ -304,7 +305,8 @@ std::string ScopesOf(const std::function<void()>& function)
     return seen;
 }
 
-const std::string forceScopes = "Simulation::CalcForces(Body forces, Particle forces), ";
+const std::string forceScopes =
+    "Simulation::CalcForces(Body forces, Particle forces, SPH::Update), ";
 const std::string contactScopes =
     "Sim::CalcContacts(Finding contacts(Collider::AssignBodies, Collider::Collide(Plane, "
     "Polygon-Polygon, Circle-Circle, Circle-Polygon, Box-Box, Box-Polygon, Box-Circle)), "
@@ -321,13 +323,21 @@ TEST_F(SimulationTest, NamesItsStagesToTheProfiler)
     AddBox(Vec2(1, 1), Vec2(0, 0.49f));
     EXPECT_EQ("Simulation::Update(Simu::Step(" + forceScopes + contactScopes +
                   ", IntegrateVelocity, " + SolverScopes("GaussSeidelSolver") +
-                  ", IntegrateVelocity, IntegratePosition))",
+                  ", IntegrateVelocity, IntegratePosition, SPH vel-smoothing))",
               ScopesOf([&] { sim.Update(0.009); }));
     sim.m_leapFrog = false;
     sim.m_prioritizedSolver = true;
     EXPECT_EQ("Simu::Step(" + forceScopes + contactScopes + ", " +
-                  SolverScopes("PrioritizedSolver") + ", IntegrateVelocity, IntegratePosition)",
+                  SolverScopes("PrioritizedSolver") +
+                  ", IntegrateVelocity, IntegratePosition, SPH vel-smoothing)",
               ScopesOf([&] { sim.Step(true); }));
+    sim.AddParticle(QUIB_NEW Particle(Vec2(0, 5), Vec2()));
+    EXPECT_NE(
+        std::string::npos,
+        ScopesOf([&] { sim.Step(true); })
+            .find("SPH::Update(Update rad/density, FindNeighbors(Hashing particles, "
+                  "Building neighbor lists), CalcSPHForces, Evaporation, Jitter, Statistics)"));
+    sim.EraseWater();
     sim.m_running = false;
     EXPECT_EQ("Simulation::Update(Simu::Step(" + contactScopes + "))",
               ScopesOf([&] { sim.Update(0.009); }));
