@@ -21,12 +21,25 @@ BoxHull::BoxHull(Box& b)
 {
 }
 
-bool RoughIntersectTest(const Polygon& a, const Polygon& b)
+namespace
+{
+bool RoughIntersectBounds(const Polygon& a, const Polygon& b)
+{
+    return Intersects(a.GetBCWorld(), b.GetBCWorld()) &&
+           Intersects(a.GetOBBWorld(), b.GetOBBWorld());
+}
+
+bool RoughIntersectMaps(const Polygon& a, const Polygon& b)
 {
     const math::BoundingCircle bcA = a.GetBCWorld(), bcB = b.GetBCWorld();
-    return Intersects(bcA, bcB) && Intersects(a.GetOBBWorld(), b.GetOBBWorld()) &&
-           !(a.DistanceWorld(bcB.center) > bcB.radius) &&
+    return !(a.DistanceWorld(bcB.center) > bcB.radius) &&
            !(b.DistanceWorld(bcA.center) > bcA.radius);
+}
+}
+
+bool RoughIntersectTest(const Polygon& a, const Polygon& b)
+{
+    return RoughIntersectBounds(a, b) && RoughIntersectMaps(a, b);
 }
 
 bool AABBvcBC(const math::BoundingBox& box, const math::BoundingCircle& circle)
@@ -96,22 +109,37 @@ void CollidePlaneBox(Plane& plane, Box& box, ContactOutput& out)
 /// geometry 2.
 void CollidePolyPoly(Polygon& a, Polygon& b, ContactOutput& out)
 {
-    if (!RoughIntersectTest(a, b))
+    if (!RoughIntersectBounds(a, b))
         return;
+    // What else RoughIntersectTest asks costs two looks into maps: only once a vertex is inside.
+    bool isAsked = false;
+    const auto mayTouch = [&]
+    {
+        isAsked = isAsked || RoughIntersectMaps(a, b);
+        return isAsked;
+    };
     unsigned long k = 0;
     for (const Vec2& v : a.GetWorldVertices())
     {
         ++k;
-        const float s = b.DistanceWorld(v);
+        const float s = b.DistanceInsideWorld(v);
         if (s < 0)
+        {
+            if (!mayTouch())
+                return;
             AddContact(out, b, a, k, v, b.NormalWorld(v), -s);
+        }
     }
     for (const Vec2& v : b.GetWorldVertices())
     {
         ++k;
-        const float s = a.DistanceWorld(v);
+        const float s = a.DistanceInsideWorld(v);
         if (s < 0)
+        {
+            if (!mayTouch())
+                return;
             AddContact(out, a, b, k, v, a.NormalWorld(v), -s);
+        }
     }
 }
 
@@ -269,7 +297,7 @@ void CollideBoxPolygon(Box& box, Polygon& polygon, ContactOutput& out)
     for (const Vec2& c : corners)
     {
         ++k;
-        const float s = polygon.DistanceWorld(c);
+        const float s = polygon.DistanceInsideWorld(c);
         if (s < 0)
             AddContact(out, polygon, box, k, c, polygon.NormalWorld(c), -s);
     }

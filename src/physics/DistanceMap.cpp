@@ -143,8 +143,9 @@ void Polygon::CalcDistMap()
     m_perimeter = edgeStarts[n];
 
     CODE_ASSERT(m_lines.size() == m_vertices.size());
-    m_distMap = Array2D<float>(w, h);
-    m_edgePosMap = Array2D<float>(w, h);
+    Array2D<float>& distMap = m_maps->dist;
+    distMap = Array2D<float>(w, h);
+    m_maps->edgePos = Array2D<float>(w, h);
     for (unsigned x = 0; x < w; ++x)
         for (unsigned y = 0; y < h; ++y)
         {
@@ -163,12 +164,12 @@ void Polygon::CalcDistMap()
             }
             else
                 isInside = line.IsPointOnTheLeft(cell.pos);
-            m_distMap(x, y) = isInside ? -d : d;
-            m_edgePosMap(x, y) = (1 - t) * edgeStarts[i] + t * edgeStarts[i + 1];
+            distMap(x, y) = isInside ? -d : d;
+            m_maps->edgePos(x, y) = (1 - t) * edgeStarts[i] + t * edgeStarts[i + 1];
         }
 
     // The map's corner lies outside of any sound outline.
-    if (!(m_distMap(0, 0) > 0))
+    if (!(distMap(0, 0) > 0))
         QUIB_THROW(Exception("Bad distance map generated"));
 }
 
@@ -177,13 +178,33 @@ void Polygon::CalcDistMap()
 void Polygon::CalcNormalMap()
 {
     const unsigned w = m_mapWidth, h = m_mapHeight;
-    m_normalMap = Array2D<Vec2>(w, h);
+    m_maps->normal = Array2D<Vec2>(w, h);
+    const float* distances = m_maps->dist.data();
     for (unsigned y = 0; y < h; ++y)
         for (unsigned x = 0; x < w; ++x)
         {
-            const Vec2 gradient(Gradient(m_distMap.data() + y * w, x, w, 1),
-                                Gradient(m_distMap.data() + x, y, h, w));
-            m_normalMap(x, y) = Normalized(TransformNormal2D(m_mapToPoly, gradient));
+            const Vec2 gradient(Gradient(distances + y * w, x, w, 1),
+                                Gradient(distances + x, y, h, w));
+            m_maps->normal(x, y) = Normalized(TransformNormal2D(m_mapToPoly, gradient));
         }
+}
+
+/// A bilinear sample blends four cells with shares that are not negative, so that one of them must be
+/// negative if the sample is.
+void Polygon::CalcInsideBounds()
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    m_insideMin = Vec2(inf, inf);
+    m_insideMax = Vec2(-inf, -inf);
+    for (unsigned y = 0; y < m_mapHeight; ++y)
+        for (unsigned x = 0; x < m_mapWidth; ++x)
+            if (m_maps->dist(x, y) < 0)
+            {
+                const Vec2 cell(static_cast<float>(x), static_cast<float>(y));
+                m_insideMin.x = std::min(m_insideMin.x, cell.x - 1);
+                m_insideMin.y = std::min(m_insideMin.y, cell.y - 1);
+                m_insideMax.x = std::max(m_insideMax.x, cell.x + 1);
+                m_insideMax.y = std::max(m_insideMax.y, cell.y + 1);
+            }
 }
 }

@@ -75,8 +75,10 @@ Polygon::Polygon(const Vec2List& points)
                   math::Mat3::Translation2D(mapHalf) * m_mapOBB.WorldToOBBmatrix();
     m_mapToPoly = Inverted(m_polyToMap);
 
+    m_maps = QUIB_NEW Maps;
     CalcDistMap();
     CalcNormalMap();
+    CalcInsideBounds();
 
     m_worldVertices.resize(n);
     m_worldLines.resize(n);
@@ -188,7 +190,18 @@ float Polygon::DistancePolygon(const Vec2& p) const
     if (!(m_mapOBB.Distance(p) <= 0))
         return m_obb.Distance(p);
     const Vec2 q = PolygonToMap(p);
-    return m_distMap.Sample(q.x, q.y);
+    return m_maps->dist.Sample(q.x, q.y);
+}
+
+float Polygon::DistanceInsideWorld(const Vec2& worldPoint) const
+{
+    const Vec2 p = TransformCoordinate(GetPoseInv(), worldPoint);
+    const Vec2 q = PolygonToMap(p);
+    // Beyond the map's region the distance is that to the smaller box, and so positive.
+    if (q.x >= m_insideMin.x && q.x <= m_insideMax.x && q.y >= m_insideMin.y &&
+        q.y <= m_insideMax.y && m_mapOBB.Distance(p) <= 0)
+        return m_maps->dist.Sample(q.x, q.y);
+    return std::numeric_limits<float>::infinity();
 }
 
 Vec2 Polygon::NormalPolygon(const Vec2& p) const
@@ -196,14 +209,14 @@ Vec2 Polygon::NormalPolygon(const Vec2& p) const
     if (!m_mapOBB.Contains(p))
         return Vec2();
     const Vec2 q = PolygonToMap(p);
-    return Normalized(m_normalMap.Sample(q.x, q.y));
+    return Normalized(m_maps->normal.Sample(q.x, q.y));
 }
 
 Vec2 Polygon::GetClosestEdge(Vec2 p) const
 {
     Vec2 closest = p;
     float best = std::numeric_limits<float>::infinity();
-    for (const Linesegment& line : m_worldLines)
+    for (const Linesegment& line : GetWorldLines())
     {
         float t;
         const Vec2 c = line.ClosestPoint(p, t);
@@ -229,8 +242,15 @@ void Polygon::SetWorldPose(const math::Mat2D& pose)
         m_worldVertices[i] = TransformCoordinate(pose, m_vertices[i]);
         m_aabbWorld.Include(m_worldVertices[i]);
     }
+    m_areWorldLinesOld = true;
+}
+
+void Polygon::UpdateWorldLines() const
+{
+    const size_t n = m_worldVertices.size();
     for (size_t i = 0; i < n; ++i)
         m_worldLines[i] = Linesegment(m_worldVertices[i], m_worldVertices[i + 1 < n ? i + 1 : 0]);
+    m_areWorldLinesOld = false;
 }
 
 bool Polygon::Contains(const Polygon& other) const
@@ -248,7 +268,7 @@ bool Polygon::Contains(const Polygon& other) const
 
 int Polygon::IntersectCount(const LinesegmentList& list) const
 {
-    return physics::IntersectCount(list, m_worldLines);
+    return physics::IntersectCount(list, GetWorldLines());
 }
 
 math::Vec2u CalcMapSize(Vec2)

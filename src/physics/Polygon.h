@@ -37,7 +37,7 @@ public:
     /// effect.
     static util::SharedPtr<Polygon> CreateBox(math::Vec2 a, math::Vec2 b, math::real);
 
-    /// A new geometry with copies of the maps, without a body. Deliberate: without the air friction
+    /// A new geometry without a body, which shares the maps with this one. Deliberate: without the air friction
     /// multiplier and the no-collide set of this one.
     util::SharedPtr<Polygon> Clone() const;
     /// A new polygon, scaled in world coordinates about the world's origin, with this one's pose and
@@ -59,6 +59,9 @@ public:
     float DistancePolygon(const math::Vec2& p) const;
     /// In polygon space. (0, 0) outside the map's region.
     math::Vec2 NormalPolygon(const math::Vec2& p) const;
+    /// For who asks whether, and how deep, a point of the world is inside: DistanceWorld where that is
+    /// negative, else anything that is not. Mostly spares the look into the map.
+    float DistanceInsideWorld(const math::Vec2& p) const;
 
     /// Whether all of the other polygon lies inside this one, as far as vertices can tell.
     bool Contains(const Polygon& other) const;
@@ -70,7 +73,12 @@ public:
     const math::Vec2List& GetWorldVertices() const { return m_worldVertices; }
     /// Line i runs from vertex i to the next; the last closes the ring.
     const LinesegmentList& GetLines() const { return m_lines; }
-    const LinesegmentList& GetWorldLines() const { return m_worldLines; }
+    const LinesegmentList& GetWorldLines() const
+    {
+        if (m_areWorldLinesOld)
+            UpdateWorldLines();
+        return m_worldLines;
+    }
     /// In polygon space.
     const math::BoundingCircle& GetBC() const { return m_bc; }
     const math::OBB2D& GetOBB() const { return m_obb; }
@@ -80,11 +88,11 @@ public:
     float GetPerimeter() const { return m_perimeter; }
 
     /// Cell (x, y) holds the value at its center, which has the map coordinates (x, y).
-    const util::Array2D<float>& GetDistMap() const { return m_distMap; }
+    const util::Array2D<float>& GetDistMap() const { return m_maps->dist; }
     /// Position along the perimeter of the outline point nearest to each cell. Deliberate: nothing
     /// reads it here; it is kept for whoever needs a position along the outline.
-    const util::Array2D<float>& GetEdgePosMap() const { return m_edgePosMap; }
-    const util::Array2D<math::Vec2>& GetNormalMap() const { return m_normalMap; }
+    const util::Array2D<float>& GetEdgePosMap() const { return m_maps->edgePos; }
+    const util::Array2D<math::Vec2>& GetNormalMap() const { return m_maps->normal; }
     unsigned GetMapWidth() const { return m_mapWidth; }
     unsigned GetMapHeight() const { return m_mapHeight; }
     const math::Mat3& GetPolyToMap() const { return m_polyToMap; }
@@ -99,11 +107,21 @@ public:
     }
 
 private:
+    // They depend on the outline alone and never change.
+    struct Maps : public util::Pointee
+    {
+        util::Array2D<float> dist;        // world units
+        util::Array2D<float> edgePos;     // world units along the outline
+        util::Array2D<math::Vec2> normal; // unit vectors, polygon space
+    };
+
     Polygon(const Polygon&) = default;
 
     math::Vec2 CalcAttribs();
     void CalcDistMap();
     void CalcNormalMap();
+    void CalcInsideBounds();
+    void UpdateWorldLines() const;
     math::Vec2 PolygonToMap(const math::Vec2& p) const
     {
         // The third row is (0, 0, 1): no division needed.
@@ -114,7 +132,9 @@ private:
     math::Vec2List m_vertices; // polygon space
     math::Vec2List m_worldVertices;
     LinesegmentList m_lines; // polygon space
-    LinesegmentList m_worldLines;
+    // Made when they are asked for, which most that move are not between two steps.
+    mutable LinesegmentList m_worldLines;
+    mutable bool m_areWorldLinesOld = true;
     math::BoundingCircle m_bc; // polygon space
     math::BoundingCircle m_bcWorld;
     math::BoundingBox m_aabbWorld;
@@ -125,9 +145,9 @@ private:
     math::Mat3 m_mapToPoly;
     unsigned m_mapWidth = 0;
     unsigned m_mapHeight = 0;
-    util::Array2D<float> m_distMap;        // world units
-    util::Array2D<float> m_edgePosMap;     // world units along the outline
-    util::Array2D<math::Vec2> m_normalMap; // unit vectors, polygon space
+    util::SharedPtr<Maps> m_maps; // of all clones
+    // The samples of the distance map can be negative here only; map coordinates.
+    math::Vec2 m_insideMin, m_insideMax;
     float m_area = 0;
     float m_inertiaSansMass = 0;
     float m_perimeter = 0;

@@ -348,4 +348,44 @@ TEST_F(DistanceMapTest, NothingReadsTheEdgePositions)
     EXPECT_EQ(normal, p->NormalWorld(Vec2(1, 2)));
     EXPECT_EQ(Vec2(0, 2), p->GetClosestEdge(Vec2(1, 2)));
 }
+
+TEST_F(DistanceMapTest, TheShortWayInsideAgreesWithTheDistance)
+{
+    test::Dice dice(7);
+    int inside = 0;
+    for (int shape = 0; shape < 30; ++shape)
+    {
+        PolygonPtr p;
+        try
+        {
+            p = QUIB_NEW Polygon(RandomOutline(dice));
+        }
+        catch (const std::exception&)
+        {
+            continue;
+        }
+        for (int round = 0; round < 5; ++round)
+        {
+            const math::Mat2D pose = math::Mat2D::TranslationRotation(
+                Vec2(dice.Uniform(-9, 9), dice.Uniform(-9, 9)), dice.Uniform(-4, 4));
+            p->SetWorldPose(pose);
+            const math::BoundingCircle bc = p->GetBCWorld();
+            for (int i = 0; i < 400; ++i)
+            {
+                const float r = 1.5f * bc.radius;
+                const Vec2 point = bc.center + Vec2(dice.Uniform(-r, r), dice.Uniform(-r, r));
+                const float expected = p->DistanceWorld(point);
+                const float actual = p->DistanceInsideWorld(point);
+                if (expected < 0)
+                {
+                    ++inside;
+                    ASSERT_EQ(expected, actual);
+                }
+                else
+                    ASSERT_FALSE(actual < 0);
+            }
+        }
+    }
+    EXPECT_GT(inside, 1000);
+}
 }

@@ -197,7 +197,8 @@ TEST_F(GeomTest, ClonesDropTheAirFrictionMultiplierAndTheNoCollideSet)
     EXPECT_EQ(polygon->GetVertices(), clone->GetVertices());
     EXPECT_EQ(polygon->GetWorldVertices(), clone->GetWorldVertices());
     EXPECT_EQ(polygon->GetDistMap()(10, 20), clone->GetDistMap()(10, 20));
-    EXPECT_NE(polygon->GetDistMap().data(), clone->GetDistMap().data()) << "a copy of its own";
+    EXPECT_EQ(polygon->GetDistMap().data(), clone->GetDistMap().data()) << "one map for all clones";
+    EXPECT_NE(polygon->GetDistMap().data(), polygon->Scale(Vec2(2, 2))->GetDistMap().data());
 }
 
 TEST_F(CircleTest, AnswersForARoundShape)
