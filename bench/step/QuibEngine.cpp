@@ -1,9 +1,11 @@
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/Contact.h"
+#include "physics/Hinge.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
+#include "physics/WorldGeom.h"
 #include "step/Engine.h"
 
 namespace bench
@@ -28,6 +30,9 @@ public:
             Add(QUIB_NEW physics::Plane(plane));
         for (const Shape& shape : world.shapes)
             m_bodies.push_back(Add(MakeGeom(shape)));
+        for (const HingePoint& hinge : world.hinges)
+            m_sim->AddConstraint(
+                QUIB_NEW physics::Hinge(GetHingeGeom(hinge.a), GetHingeGeom(hinge.b), hinge.point));
     }
     ~QuibEngine() override { m_sim->Clear(); }
 
@@ -66,6 +71,13 @@ private:
         body->SetGeom(geom);
         m_sim->AddBody(body);
         return body;
+    }
+
+    physics::GeomPtr GetHingeGeom(int i) const
+    {
+        if (i == HingePoint::Ground)
+            return m_sim->GetWorldGeom();
+        return m_bodies[i]->GetParts()[0].geom;
     }
 
     physics::Simulation* m_sim;

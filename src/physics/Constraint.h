@@ -15,6 +15,14 @@ namespace physics
 class Constraint : public util::Pointee
 {
 public:
+    // What the row solver has rows for.
+    enum class Kind : uint8_t
+    {
+        Contact,
+        Hinge,
+        Other
+    };
+
     ~Constraint() override = default;
 
     /// Computes targets and applies the warm start.
@@ -35,7 +43,7 @@ public:
     void SetDistScale(float scale) { m_distScale = scale; }
     float GetWarmScale() const { return m_warmScale; }
     void SetWarmScale(float scale) { m_warmScale = scale; }
-    bool IsContact() const { return m_isContact; }
+    bool IsContact() const { return m_kind == Kind::Contact; }
     /// Counted up over all constraints of the process. It stands for the address wherever an order is
     /// needed: addresses differ from run to run.
     uint64_t GetCreationNumber() const { return m_creationNumber; }
@@ -46,8 +54,8 @@ public:
     static inline float s_maxPositionCorrection = std::numeric_limits<float>::infinity();
 
 protected:
-    explicit Constraint(bool isContact = false)
-        : m_isContact(isContact)
+    explicit Constraint(Kind kind = Kind::Other)
+        : m_kind(kind)
     {
         TakeCreationNumber();
     }
@@ -73,7 +81,7 @@ protected:
 private:
     friend class RowSolver;
 
-    bool m_isContact;
+    Kind m_kind;
     uint64_t m_creationNumber;
 
     static inline uint64_t s_creationCounter = 0;

@@ -20,7 +20,7 @@ float Mix(float a, float b)
 }
 
 Contact::Contact(Geom* g1, Geom* g2, size_t id, const Vec2& p, const Vec2& n, float d)
-    : Constraint(true)
+    : Constraint(Kind::Contact)
 {
     Init(g1, g2, id, p, n, d);
 }

@@ -9,7 +9,8 @@ using math::Cross;
 using math::Vec2;
 
 Hinge::Hinge(GeomPtr g0, GeomPtr g1, Vec2 local0, Vec2 local1)
-    : m_geoms{g0, g1}
+    : Constraint(Kind::Hinge)
+    , m_geoms{g0, g1}
     , m_local{local0, local1}
 {
     CODE_ASSERT(g0);

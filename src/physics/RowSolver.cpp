@@ -1,8 +1,10 @@
 #include "physics/RowSolver.h"
 
 #include "physics/Contact.h"
+#include "physics/Hinge.h"
 
 #include <cstring>
+#include <limits>
 
 // Vectors wider than the baseline's registers are passed to inlined functions only: no call between
 // translation units depends on how they would travel.
@@ -28,19 +30,20 @@ namespace avx2
 #pragma GCC pop_options
 #endif
 
-auto ChooseSweep(RowSolver::Instructions instructions)
+}
+
+RowSolver::Sweeps RowSolver::ChooseSweeps(Instructions instructions)
 {
 #ifdef QUIB_HAS_AVX2_SWEEP
-    if (instructions == RowSolver::Instructions::Best && __builtin_cpu_supports("avx2"))
-        return avx2::SweepBatches;
+    if (instructions == Instructions::Best && __builtin_cpu_supports("avx2"))
+        return {avx2::SweepContacts, avx2::SweepHinges, avx2::SweepMotors};
 #endif
     static_cast<void>(instructions);
-    return baseline::SweepBatches;
-}
+    return {baseline::SweepContacts, baseline::SweepHinges, baseline::SweepMotors};
 }
 
 RowSolver::RowSolver(Instructions instructions)
-    : m_sweep(ChooseSweep(instructions))
+    : m_sweeps(ChooseSweeps(instructions))
 {
 }
 
@@ -54,8 +57,28 @@ void RowSolver::Solve(const ConstraintList& constraints, int iterations, bool pr
     if (preSort)
         SortKeys();
     Schedule(constraints);
+    FindRuns();
     Sweep(iterations);
     WriteBack(constraints);
+}
+
+RowSolver::Kind RowSolver::KindOf(const Constraint& constraint)
+{
+    switch (constraint.m_kind)
+    {
+    case Constraint::Kind::Contact:
+        return ContactKind;
+    case Constraint::Kind::Hinge:
+    {
+        const Hinge& hinge = static_cast<const Hinge&>(constraint);
+        const float limitSq = hinge.m_impulseLimit * hinge.m_impulseLimit;
+        const bool mayBreak = limitSq < std::numeric_limits<float>::infinity();
+        return hinge.m_motor || hinge.m_broken || mayBreak ? MotorKind : HingeKind;
+    }
+    case Constraint::Kind::Other:
+        break;
+    }
+    return SingleKind;
 }
 
 uint32_t RowSolver::Enter(AbstractBody* body)
@@ -89,11 +112,11 @@ void RowSolver::BuildRows(const ConstraintList& constraints, bool preSort)
         Row row;
         row.body0 = Enter(constraint->m_bodies[0]);
         row.body1 = Enter(constraint->m_bodies[1]);
-        // A contact of a movable body with itself is none that lanes could take.
-        row.isContact = constraint->IsContact() && row.body0 != row.body1;
+        // What ties a movable body to itself is none that lanes could take.
+        row.kind = row.body0 != row.body1 ? KindOf(*constraint) : SingleKind;
         if (preSort)
             constraint->CalcDesiredImpulse();
-        if (row.isContact)
+        if (row.kind == ContactKind)
         {
             const Contact& contact = static_cast<const Contact&>(*constraint);
             row.normalX = contact.m_normal.x;
@@ -163,70 +186,110 @@ void RowSolver::SortKeys()
 
 void RowSolver::Schedule(const ConstraintList& constraints)
 {
-    m_batchCount = 0;
-    m_fill.clear();
-    m_open.clear();
+    m_places.clear();
     m_singles.clear();
-    m_places.resize(m_rows.size());
+    for (int kind = 0; kind < KindCount; ++kind)
+    {
+        m_counts[kind] = 0;
+        m_open[kind].clear();
+    }
+    m_lanes.resize(m_rows.size());
     m_firstFree.resize(m_bodies.size());
     std::memset(m_firstFree.data(), 0, m_firstFree.size() * sizeof(uint32_t));
 
     const Row* rows = m_rows.data();
     uint32_t* firstFree = m_firstFree.data();
-    const float* inertiaInv = m_inertiaInv.data();
     for (const SortKey& key : m_keys)
     {
         const Row& row = rows[key.row];
         const uint32_t a = row.body0, b = row.body1;
-        if (!row.isContact)
-        {
-            const uint32_t batch = AddBatch();
-            m_open.data()[batch / 64] &= ~(uint64_t(1) << batch % 64);
-            m_singles.data()[batch] = constraints.begin()[key.row];
-            m_batches[batch].body0[0] = a;
-            m_batches[batch].body1[0] = b;
-            m_places.data()[key.row] = batch * RowBatch::Lanes;
-            firstFree[a] = firstFree[b] = batch + 1;
-            firstFree[0] = 0;
-            continue;
-        }
-
         // Tried and dropped: to keep some batches between a row and those that it depends on, for the
         // sake of the processor. First fit spreads them well enough (bench/step, pyramid and wall).
         const uint32_t after = firstFree[a] > firstFree[b] ? firstFree[a] : firstFree[b];
-        const uint32_t index = FindBatch(after);
-        RowBatch& batch = m_batches[index];
-        const int lane = m_fill.data()[index]++;
-        if (lane == RowBatch::Lanes - 1)
-            m_open.data()[index / 64] &= ~(uint64_t(1) << index % 64);
-        batch.normalX[lane] = row.normalX;
-        batch.normalY[lane] = row.normalY;
-        batch.r0x[lane] = row.r0x;
-        batch.r0y[lane] = row.r0y;
-        batch.r1x[lane] = row.r1x;
-        batch.r1y[lane] = row.r1y;
-        batch.massN[lane] = row.massN;
-        batch.massT[lane] = row.massT;
-        batch.targetN[lane] = row.targetN;
-        batch.targetT[lane] = row.targetT;
-        batch.totalN[lane] = row.totalN;
-        batch.totalT[lane] = row.totalT;
-        batch.friction[lane] = row.friction;
-        batch.inertiaInv0[lane] = inertiaInv[a];
-        batch.inertiaInv1[lane] = inertiaInv[b];
-        batch.body0[lane] = a;
-        batch.body1[lane] = b;
-        m_places.data()[key.row] = index * RowBatch::Lanes + lane;
-        firstFree[a] = firstFree[b] = index + 1;
+        const uint32_t number = FindBatch(row.kind, after);
+        Place& place = m_places.data()[number];
+        const int lane = place.fill++;
+        switch (row.kind)
+        {
+        case ContactKind:
+            FillLane(m_contactBatches[place.index], lane, row);
+            break;
+        case HingeKind:
+            FillLane(m_hingeBatches[place.index], lane, row,
+                     static_cast<const Hinge&>(*constraints.begin()[key.row]));
+            break;
+        case MotorKind:
+            FillLane(m_motorBatches[place.index], lane, row,
+                     static_cast<const Hinge&>(*constraints.begin()[key.row]));
+            break;
+        default:
+            m_singles.append(constraints.begin()[key.row]);
+        }
+        if (lane == RowBatch::Lanes - 1 || row.kind == SingleKind)
+            m_open[row.kind].data()[number / 64] &= ~(uint64_t(1) << number % 64);
+        m_lanes.data()[key.row] = number * RowBatch::Lanes + lane;
+        firstFree[a] = firstFree[b] = number + 1;
         firstFree[0] = 0; // nobody waits for immovable bodies
     }
 }
 
-// The first batch with room from that index on.
-uint32_t RowSolver::FindBatch(uint32_t earliest)
+void RowSolver::FillLane(RowBatch& batch, int lane, const Row& row) const
 {
-    const uint64_t* open = m_open.data();
-    const size_t words = m_open.size();
+    batch.normalX[lane] = row.normalX;
+    batch.normalY[lane] = row.normalY;
+    batch.r0x[lane] = row.r0x;
+    batch.r0y[lane] = row.r0y;
+    batch.r1x[lane] = row.r1x;
+    batch.r1y[lane] = row.r1y;
+    batch.massN[lane] = row.massN;
+    batch.massT[lane] = row.massT;
+    batch.targetN[lane] = row.targetN;
+    batch.targetT[lane] = row.targetT;
+    batch.totalN[lane] = row.totalN;
+    batch.totalT[lane] = row.totalT;
+    batch.friction[lane] = row.friction;
+    batch.inertiaInv0[lane] = m_inertiaInv.begin()[row.body0];
+    batch.inertiaInv1[lane] = m_inertiaInv.begin()[row.body1];
+    batch.body0[lane] = row.body0;
+    batch.body1[lane] = row.body1;
+}
+
+void RowSolver::FillLane(HingeBatch& batch, int lane, const Row& row, const Hinge& hinge) const
+{
+    batch.r0x[lane] = hinge.m_r[0].x;
+    batch.r0y[lane] = hinge.m_r[0].y;
+    batch.r1x[lane] = hinge.m_r[1].x;
+    batch.r1y[lane] = hinge.m_r[1].y;
+    batch.invK00[lane] = hinge.m_invK.m00;
+    batch.invK01[lane] = hinge.m_invK.m01;
+    batch.invK11[lane] = hinge.m_invK.m11;
+    batch.biasX[lane] = hinge.m_bias.x;
+    batch.biasY[lane] = hinge.m_bias.y;
+    batch.totalX[lane] = hinge.m_total.x;
+    batch.totalY[lane] = hinge.m_total.y;
+    batch.inertiaInv0[lane] = m_inertiaInv.begin()[row.body0];
+    batch.inertiaInv1[lane] = m_inertiaInv.begin()[row.body1];
+    batch.body0[lane] = row.body0;
+    batch.body1[lane] = row.body1;
+}
+
+void RowSolver::FillLane(MotorBatch& batch, int lane, const Row& row, const Hinge& hinge) const
+{
+    FillLane(static_cast<HingeBatch&>(batch), lane, row, hinge);
+    batch.limitSq[lane] = hinge.m_impulseLimit * hinge.m_impulseLimit;
+    batch.intact[lane] = hinge.m_broken ? 0 : -1;
+    batch.isMotor[lane] = hinge.m_motor ? -1 : 0;
+    batch.motorBias[lane] = hinge.m_motorBias;
+    batch.motorMass[lane] = hinge.m_motorMass;
+    batch.motorMax[lane] = hinge.m_motorMaxImpulse;
+    batch.motorTotal[lane] = hinge.m_motorTotal;
+}
+
+// The first batch of that kind with room, from that place in the order on.
+uint32_t RowSolver::FindBatch(Kind kind, uint32_t earliest)
+{
+    const uint64_t* open = m_open[kind].data();
+    const size_t words = m_open[kind].size();
     size_t word = earliest / 64;
     if (word < words)
     {
@@ -236,57 +299,89 @@ uint32_t RowSolver::FindBatch(uint32_t earliest)
         if (bits)
             return static_cast<uint32_t>(word * 64 + __builtin_ctzll(bits));
     }
-    return AddBatch();
+    return AddBatch(kind);
 }
 
-uint32_t RowSolver::AddBatch()
+namespace
 {
-    const uint32_t index = m_batchCount++;
-    if (m_batches.size() < m_batchCount)
-        m_batches.resize(2 * m_batchCount);
-    std::memset(static_cast<void*>(&m_batches[index]), 0, sizeof(RowBatch));
-    m_fill.append(0);
-    m_singles.append(nullptr);
-    if (index % 64 == 0)
-        m_open.append(0);
-    m_open.data()[index / 64] |= uint64_t(1) << index % 64;
-    return index;
+template<typename Batch>
+void ClearBatch(std::vector<Batch>& batches, uint32_t index)
+{
+    if (batches.size() <= index)
+        batches.resize(2 * (index + 1));
+    std::memset(static_cast<void*>(&batches[index]), 0, sizeof(Batch));
+}
+}
+
+uint32_t RowSolver::AddBatch(Kind kind)
+{
+    const uint32_t number = static_cast<uint32_t>(m_places.size());
+    const uint32_t index = m_counts[kind]++;
+    m_places.append({kind, 0, index});
+    if (kind == ContactKind)
+        ClearBatch(m_contactBatches, index);
+    else if (kind == HingeKind)
+        ClearBatch(m_hingeBatches, index);
+    else if (kind == MotorKind)
+        ClearBatch(m_motorBatches, index);
+    while (m_open[kind].size() <= number / 64)
+        m_open[kind].append(0);
+    m_open[kind].data()[number / 64] |= uint64_t(1) << number % 64;
+    return number;
+}
+
+void RowSolver::FindRuns()
+{
+    m_runs.clear();
+    for (const Place& place : m_places)
+        if (!m_runs.empty() && m_runs.back().kind == place.kind)
+            m_runs.back().end = place.index + 1;
+        else
+            m_runs.append({place.kind, place.index, place.index + 1});
 }
 
 void RowSolver::Sweep(int iterations)
 {
-    Constraint* const* singles = m_singles.data();
-    RowBatch* batches = m_batches.data();
-    VelChange* accum = m_accum.data();
+    VelChange* const accum = m_accum.data();
     for (int i = 0; i < iterations; ++i)
-        for (uint32_t begin = 0; begin < m_batchCount;)
-        {
-            uint32_t end = begin;
-            while (end < m_batchCount && !singles[end])
-                ++end;
-            m_sweep(batches + begin, batches + end, accum);
-            if (end < m_batchCount)
-                SolveSingle(end);
-            begin = end + 1;
-        }
+        for (const Run& run : m_runs)
+            switch (run.kind)
+            {
+            case ContactKind:
+                m_sweeps.contacts(m_contactBatches.data() + run.begin,
+                                  m_contactBatches.data() + run.end, accum);
+                break;
+            case HingeKind:
+                m_sweeps.hinges(m_hingeBatches.data() + run.begin, m_hingeBatches.data() + run.end,
+                                accum);
+                break;
+            case MotorKind:
+                m_sweeps.motors(m_motorBatches.data() + run.begin, m_motorBatches.data() + run.end,
+                                accum);
+                break;
+            default:
+                for (uint32_t single = run.begin; single < run.end; ++single)
+                    SolveSingle(*m_singles.begin()[single]);
+            }
 }
 
-void RowSolver::SolveSingle(uint32_t batch)
+void RowSolver::SolveSingle(Constraint& constraint)
 {
-    const uint32_t indices[2] = {m_batches[batch].body0[0], m_batches[batch].body1[0]};
-    for (uint32_t i : indices)
-        if (i != 0)
-            m_bodies.begin()[i]->SetVelChange(math::Vec2(m_accum[i].x, m_accum[i].y), m_accum[i].w);
-    Constraint* constraint = m_singles.begin()[batch];
-    constraint->CalcDesiredImpulse();
-    constraint->ApplyImpulse();
-    for (uint32_t i : indices)
-        if (i != 0)
+    for (AbstractBody* body : constraint.m_bodies)
+        if (!body->IsImmovable())
         {
-            const AbstractBody& body = *m_bodies.begin()[i];
-            m_accum[i].x = body.GetVelChange().x;
-            m_accum[i].y = body.GetVelChange().y;
-            m_accum[i].w = body.GetAngVelChange();
+            const VelChange& change = m_accum[body->GetSolverIndex()];
+            body->SetVelChange(math::Vec2(change.x, change.y), change.w);
+        }
+    constraint.CalcDesiredImpulse();
+    constraint.ApplyImpulse();
+    for (const AbstractBody* body : constraint.m_bodies)
+        if (!body->IsImmovable())
+        {
+            VelChange& change = m_accum[body->GetSolverIndex()];
+            change.x = body->GetVelChange().x;
+            change.y = body->GetVelChange().y;
+            change.w = body->GetAngVelChange();
         }
 }
 
@@ -295,13 +390,31 @@ void RowSolver::WriteBack(const ConstraintList& constraints)
     for (size_t i = 1; i < m_bodies.size(); ++i)
         m_bodies.begin()[i]->SetVelChange(math::Vec2(m_accum[i].x, m_accum[i].y), m_accum[i].w);
     for (size_t i = 0; i < m_rows.size(); ++i)
-        if (m_rows.begin()[i].isContact)
+    {
+        const Place& place = m_places.begin()[m_lanes.begin()[i] / RowBatch::Lanes];
+        const int lane = m_lanes.begin()[i] % RowBatch::Lanes;
+        Constraint& constraint = *constraints.begin()[i];
+        if (place.kind == ContactKind)
         {
-            const uint32_t place = m_places.begin()[i];
-            const RowBatch& batch = m_batches[place / RowBatch::Lanes];
-            Contact& contact = static_cast<Contact&>(*constraints.begin()[i]);
-            contact.m_totalN = batch.totalN[place % RowBatch::Lanes];
-            contact.m_totalT = batch.totalT[place % RowBatch::Lanes];
+            const RowBatch& batch = m_contactBatches[place.index];
+            Contact& contact = static_cast<Contact&>(constraint);
+            contact.m_totalN = batch.totalN[lane];
+            contact.m_totalT = batch.totalT[lane];
         }
+        else if (place.kind == HingeKind)
+        {
+            const HingeBatch& batch = m_hingeBatches[place.index];
+            Hinge& hinge = static_cast<Hinge&>(constraint);
+            hinge.m_total = math::Vec2(batch.totalX[lane], batch.totalY[lane]);
+        }
+        else if (place.kind == MotorKind)
+        {
+            const MotorBatch& batch = m_motorBatches[place.index];
+            Hinge& hinge = static_cast<Hinge&>(constraint);
+            hinge.m_total = math::Vec2(batch.totalX[lane], batch.totalY[lane]);
+            hinge.m_motorTotal = batch.motorTotal[lane];
+            hinge.m_broken = !batch.intact[lane];
+        }
+    }
 }
 }

@@ -8,9 +8,9 @@
 //
 // The result is defined by the plain sweep: one constraint after the other in the sorted order, each
 // CalcDesiredImpulse then ApplyImpulse. Constraints that share no movable body don't see each other, so
-// they may be solved at the same time. The rows of contacts are therefore packed eight to a batch, such
-// that no two rows of a batch share a movable body and that of two rows that do share one the earlier
-// stands in an earlier batch. Every lane of a vector then does what the plain sweep does, with the same
+// they may be solved at the same time. The rows of contacts, and those of hinges, are therefore packed
+// eight to a batch of their kind, such that no two rows of a batch share a movable body and that of two
+// rows that do share one the earlier stands in an earlier batch, of whatever kind. Every lane of a vector then does what the plain sweep does, with the same
 // operands in the same order: the results are the same to the bit. This is level scheduling as for sparse
 // triangular systems (Saad 2003, "Iterative methods for sparse linear systems", chapter 11), but first
 // fit into batches of eight.
@@ -27,6 +27,7 @@
 namespace physics
 {
 class Contact;
+class Hinge;
 
 // The accumulators of a movable body. Index 0 stands for all immovable ones: always zero.
 struct alignas(16) VelChange
@@ -50,6 +51,28 @@ struct alignas(64) RowBatch
     uint32_t body0[Lanes], body1[Lanes]; // indices into the accumulators; 0 and 0 in an empty lane
 };
 
+// The same of eight hinges that have no motor and never break.
+struct alignas(64) HingeBatch
+{
+    static const int Lanes = RowBatch::Lanes;
+
+    float r0x[Lanes], r0y[Lanes], r1x[Lanes], r1y[Lanes];
+    float invK00[Lanes], invK01[Lanes], invK11[Lanes]; // symmetric
+    float biasX[Lanes], biasY[Lanes];
+    float totalX[Lanes], totalY[Lanes];
+    float inertiaInv0[Lanes], inertiaInv1[Lanes];
+    uint32_t body0[Lanes], body1[Lanes];
+};
+
+// Of hinges that may have a motor, and break.
+struct alignas(64) MotorBatch : HingeBatch
+{
+    float limitSq[Lanes];   // of the total impulse
+    int32_t intact[Lanes];  // -1, or 0 when broken and in an empty lane
+    int32_t isMotor[Lanes]; // -1 or 0
+    float motorBias[Lanes], motorMass[Lanes], motorMax[Lanes], motorTotal[Lanes];
+};
+
 class RowSolver
 {
 public:
@@ -68,9 +91,28 @@ public:
     void Solve(const ConstraintList& constraints, int iterations, bool preSort);
 
 private:
-    using SweepFunction = void (*)(RowBatch* begin, RowBatch* end, VelChange* accum);
+    // Where a row goes. Single: keeps its virtual operations, and has a batch of its own.
+    enum Kind : uint8_t
+    {
+        ContactKind,
+        HingeKind,
+        MotorKind,
+        SingleKind,
+        KindCount
+    };
 
-    // A constraint before it has its place in a batch. One cache line.
+    template<typename Batch>
+    using SweepFunction = void (*)(Batch* begin, Batch* end, VelChange* accum);
+
+    struct Sweeps
+    {
+        SweepFunction<RowBatch> contacts;
+        SweepFunction<HingeBatch> hinges;
+        SweepFunction<MotorBatch> motors;
+    };
+
+    // A constraint before it has its place in a batch. One cache line. Those that are no contacts have
+    // bodies and kind only; the rest stays with the object until then.
     struct Row
     {
         float normalX, normalY;
@@ -80,7 +122,7 @@ private:
         float totalN, totalT;
         float friction;
         uint32_t body0, body1;
-        bool isContact;
+        Kind kind;
     };
     static_assert(sizeof(Row) == 64, "a row is one cache line");
 
@@ -90,17 +132,39 @@ private:
         uint32_t row;
     };
 
+    // Batches stand in one order, whatever their kind, and for each kind in an array of that order.
+    struct Place
+    {
+        Kind kind;
+        uint8_t fill;   // rows in it
+        uint32_t index; // in the array of its kind
+    };
+
+    // Batches of one kind that follow each other.
+    struct Run
+    {
+        Kind kind;
+        uint32_t begin, end; // in the array of the kind
+    };
+
+    static Sweeps ChooseSweeps(Instructions instructions);
+    static Kind KindOf(const Constraint& constraint);
+
     uint32_t Enter(AbstractBody* body);
     void BuildRows(const ConstraintList& constraints, bool preSort);
     void SortKeys();
     void Schedule(const ConstraintList& constraints);
-    uint32_t FindBatch(uint32_t earliest);
-    uint32_t AddBatch();
+    uint32_t FindBatch(Kind kind, uint32_t earliest);
+    uint32_t AddBatch(Kind kind);
+    void FillLane(RowBatch& batch, int lane, const Row& row) const;
+    void FillLane(HingeBatch& batch, int lane, const Row& row, const Hinge& hinge) const;
+    void FillLane(MotorBatch& batch, int lane, const Row& row, const Hinge& hinge) const;
+    void FindRuns();
     void Sweep(int iterations);
-    void SolveSingle(uint32_t batch);
+    void SolveSingle(Constraint& constraint);
     void WriteBack(const ConstraintList& constraints);
 
-    const SweepFunction m_sweep;
+    const Sweeps m_sweeps;
 
     util::VectorPOD<AbstractBody*> m_bodies; // [0] is null
     std::vector<VelChange> m_accum;          // by index in m_bodies
@@ -109,12 +173,15 @@ private:
 
     util::VectorPOD<Row> m_rows; // in the order of the list
     util::VectorPOD<SortKey> m_keys, m_keysBuffer;
-    util::VectorPOD<uint32_t> m_places; // per row: batch * Lanes + lane
+    util::VectorPOD<uint32_t> m_lanes; // per row: batch * Lanes + lane
 
-    std::vector<RowBatch> m_batches; // never shrinks
-    uint32_t m_batchCount = 0;
-    util::VectorPOD<uint8_t> m_fill;        // rows in each batch
-    util::VectorPOD<uint64_t> m_open;       // bit per batch: has room
-    util::VectorPOD<Constraint*> m_singles; // per batch: the other constraint that has it, or null
+    util::VectorPOD<Place> m_places;        // per batch
+    uint32_t m_counts[KindCount];           // batches of each kind
+    std::vector<RowBatch> m_contactBatches; // these never shrink
+    std::vector<HingeBatch> m_hingeBatches;
+    std::vector<MotorBatch> m_motorBatches;
+    util::VectorPOD<Constraint*> m_singles;
+    util::VectorPOD<uint64_t> m_open[KindCount]; // bit per batch: is of that kind and has room
+    util::VectorPOD<Run> m_runs;
 };
 }

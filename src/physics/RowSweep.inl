@@ -3,12 +3,15 @@
 
 typedef float Vec8 __attribute__((vector_size(32)));
 typedef float Vec4f __attribute__((vector_size(16)));
+typedef int32_t Mask8 __attribute__((vector_size(32)));
 
 #define SWEEP_INLINE static inline __attribute__((always_inline))
 
 SWEEP_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8*>(p); }
+SWEEP_INLINE Mask8 Load(const int32_t* p) { return *reinterpret_cast<const Mask8*>(p); }
+SWEEP_INLINE void Store(float* p, Vec8 v) { *reinterpret_cast<Vec8*>(p) = v; }
 
-// First operand greater: the first, else, NaN included, the second. As Max and Min in Contact.cpp.
+// First operand greater: the first, else, NaN included, the second. As Max and Min of Constraint.
 SWEEP_INLINE Vec8 Max(Vec8 a, Vec8 b) { return a > b ? a : b; }
 SWEEP_INLINE Vec8 Min(Vec8 a, Vec8 b) { return a < b ? a : b; }
 
@@ -57,7 +60,7 @@ SWEEP_INLINE void Scatter(VelChange* accum, const uint32_t* i, const Lanes& in)
     StorePair(accum, i[3], i[7], __builtin_shufflevector(xyHigh, wmHigh, 2, 3, 10, 11, 6, 7, 14, 15));
 }
 
-static void SweepBatches(RowBatch* batch, RowBatch* end, VelChange* accum)
+static void SweepContacts(RowBatch* batch, RowBatch* end, VelChange* accum)
 {
     const Vec8 zero = {};
     const Vec4f nothing = {};
@@ -91,12 +94,98 @@ static void SweepBatches(RowBatch* batch, RowBatch* end, VelChange* accum)
         b.x = b.x + b.massInv * jx;
         b.y = b.y + b.massInv * jy;
         b.w = b.w + Load(batch->inertiaInv1) * (r1x * jy - r1y * jx);
-        *reinterpret_cast<Vec8*>(batch->totalN) = totalN + deltaN;
-        *reinterpret_cast<Vec8*>(batch->totalT) = totalT + deltaT;
+        Store(batch->totalN, totalN + deltaN);
+        Store(batch->totalT, totalT + deltaT);
 
         Scatter(accum, batch->body0, a);
         Scatter(accum, batch->body1, b);
         // Lanes of immovable bodies have written 0 * impulse here: not zero if that was infinite.
+        *reinterpret_cast<Vec4f*>(accum) = nothing;
+    }
+}
+
+// The impulses that eight hinges want, as in Hinge::CalcDesiredImpulse.
+SWEEP_INLINE void CalcHingeImpulses(const HingeBatch& batch, const Lanes& a, const Lanes& b, Vec8& jx,
+                                    Vec8& jy)
+{
+    const Vec8 wx = (b.x - b.w * Load(batch.r1y)) - (a.x - a.w * Load(batch.r0y));
+    const Vec8 wy = (b.y + b.w * Load(batch.r1x)) - (a.y + a.w * Load(batch.r0x));
+    const Vec8 dx = Load(batch.biasX) - wx;
+    const Vec8 dy = Load(batch.biasY) - wy;
+    const Vec8 k01 = Load(batch.invK01);
+    jx = Load(batch.invK00) * dx + k01 * dy;
+    jy = k01 * dx + Load(batch.invK11) * dy;
+}
+
+// Constraint::ApplyImpulse on eight hinges.
+SWEEP_INLINE void ApplyHingeImpulses(const HingeBatch& batch, Lanes& a, Lanes& b, Vec8 jx, Vec8 jy)
+{
+    a.x = a.x - a.massInv * jx;
+    a.y = a.y - a.massInv * jy;
+    a.w = a.w - Load(batch.inertiaInv0) * (Load(batch.r0x) * jy - Load(batch.r0y) * jx);
+    b.x = b.x + b.massInv * jx;
+    b.y = b.y + b.massInv * jy;
+    b.w = b.w + Load(batch.inertiaInv1) * (Load(batch.r1x) * jy - Load(batch.r1y) * jx);
+}
+
+static void SweepHinges(HingeBatch* batch, HingeBatch* end, VelChange* accum)
+{
+    const Vec4f nothing = {};
+    for (; batch != end; ++batch)
+    {
+        Lanes a, b;
+        Gather(accum, batch->body0, a);
+        Gather(accum, batch->body1, b);
+        Vec8 jx, jy;
+        CalcHingeImpulses(*batch, a, b, jx, jy);
+        ApplyHingeImpulses(*batch, a, b, jx, jy);
+        Store(batch->totalX, Load(batch->totalX) + jx);
+        Store(batch->totalY, Load(batch->totalY) + jy);
+        Scatter(accum, batch->body0, a);
+        Scatter(accum, batch->body1, b);
+        *reinterpret_cast<Vec4f*>(accum) = nothing; // as above
+    }
+}
+
+static void SweepMotors(MotorBatch* batch, MotorBatch* end, VelChange* accum)
+{
+    const Vec4f nothing = {};
+    const Vec8 zero = {};
+    for (; batch != end; ++batch)
+    {
+        Lanes a, b;
+        Gather(accum, batch->body0, a);
+        Gather(accum, batch->body1, b);
+        Vec8 jx, jy;
+        CalcHingeImpulses(*batch, a, b, jx, jy);
+        const Vec8 motorTotal = Load(batch->motorTotal), motorMax = Load(batch->motorMax);
+        const Vec8 wanted =
+            (Load(batch->motorBias) - (b.w - a.w)) * Load(batch->motorMass) + motorTotal;
+        const Vec8 motorDelta = Max(-motorMax, Min(motorMax, wanted)) - motorTotal;
+
+        // Hinge::ApplyImpulse. What breaks grows its total still, and applies nothing any more.
+        const Mask8 wasIntact = Load(batch->intact);
+        const Vec8 totalX = Load(batch->totalX) + jx, totalY = Load(batch->totalY) + jy;
+        const Mask8 intact = wasIntact & ~(totalX * totalX + totalY * totalY > Load(batch->limitSq));
+        Store(batch->totalX, wasIntact ? totalX : Load(batch->totalX));
+        Store(batch->totalY, wasIntact ? totalY : Load(batch->totalY));
+        *reinterpret_cast<Mask8*>(batch->intact) = intact;
+
+        Lanes c = a, d = b;
+        ApplyHingeImpulses(*batch, c, d, jx, jy);
+        const Mask8 turns = intact & Load(batch->isMotor) & (motorDelta != zero);
+        c.w = turns ? c.w - Load(batch->inertiaInv0) * motorDelta : c.w;
+        d.w = turns ? d.w + Load(batch->inertiaInv1) * motorDelta : d.w;
+        Store(batch->motorTotal, turns ? motorTotal + motorDelta : motorTotal);
+        a.x = intact ? c.x : a.x;
+        a.y = intact ? c.y : a.y;
+        a.w = intact ? c.w : a.w;
+        b.x = intact ? d.x : b.x;
+        b.y = intact ? d.y : b.y;
+        b.w = intact ? d.w : b.w;
+
+        Scatter(accum, batch->body0, a);
+        Scatter(accum, batch->body1, b);
         *reinterpret_cast<Vec4f*>(accum) = nothing;
     }
 }
