@@ -4,9 +4,11 @@
 
 #include "Dice.h"
 #include "SimulationFixture.h"
+#include "physics/Hinge.h"
 #include "util/Random.h"
 
 #include <algorithm>
+#include <set>
 
 namespace physics
 {
@@ -82,13 +84,16 @@ protected:
         std::vector<float> totals;
     };
 
-    /// The present contacts in the order of a solve, warm-started.
+    /// The present hinges and contacts in the order of a solve, warm-started.
     ConstraintList InitContacts()
     {
         sim.SetupSolver();
         for (const BodyPtr& body : sim.GetBodies())
             body->SetVelChange(Vec2(), 0);
         ConstraintList list;
+        for (const HingePtr& hinge : sim.GetHinges())
+            if (hinge->SolveInit())
+                list.append(hinge.get());
         for (const ContactPtr& contact : sim.GetContacts())
             if (contact->SolveInit())
                 list.append(contact.get());
@@ -109,6 +114,13 @@ protected:
                 state.totals.push_back(static_cast<Contact*>(constraint)->GetTotalN());
                 state.totals.push_back(static_cast<Contact*>(constraint)->GetTotalT());
             }
+            else if (const Hinge* hinge = dynamic_cast<Hinge*>(constraint))
+            {
+                state.totals.push_back(hinge->GetTotalImpulse().x);
+                state.totals.push_back(hinge->GetTotalImpulse().y);
+                state.totals.push_back(hinge->GetMotorTotal());
+                state.totals.push_back(hinge->IsBroken());
+            }
             else
                 state.totals.push_back(static_cast<Tie*>(constraint)->m_total);
         return state;
@@ -119,10 +131,13 @@ protected:
     size_t Compare(const ConstraintList& constraints)
     {
         std::vector<Contact> contacts;
+        std::vector<Hinge> hinges;
         std::vector<float> ties;
         for (Constraint* constraint : constraints)
             if (constraint->IsContact())
                 contacts.push_back(*static_cast<Contact*>(constraint));
+            else if (const Hinge* hinge = dynamic_cast<Hinge*>(constraint))
+                hinges.push_back(*hinge);
             else
                 ties.push_back(static_cast<Tie*>(constraint)->m_total);
         const State start = Save(constraints);
@@ -131,10 +146,12 @@ protected:
         {
             for (size_t i = 0; i < sim.GetBodies().size(); ++i)
                 sim.GetBodies()[i]->SetVelChange(start.vel[i], start.angVel[i]);
-            size_t contact = 0, tie = 0;
+            size_t contact = 0, h = 0, tie = 0;
             for (Constraint* constraint : constraints)
                 if (constraint->IsContact())
                     *static_cast<Contact*>(constraint) = contacts[contact++];
+                else if (Hinge* hinge = dynamic_cast<Hinge*>(constraint))
+                    *hinge = hinges[h++];
                 else
                     static_cast<Tie*>(constraint)->m_total = ties[tie++];
         };
@@ -201,6 +218,31 @@ protected:
             body->SetAngVel(random.GetUniform(-2, 2));
         }
     }
+
+    /// Between bodies that were added one after the other, and to the world: plain ones, motors, weak
+    /// ones, several on one pair.
+    void AddRandomHinges(test::Dice& dice, int count)
+    {
+        const BodyList& bodies = sim.GetBodies();
+        for (int i = 0; i < count; ++i)
+        {
+            const BodyPtr& a = bodies[dice.Int(4, int(bodies.size()) - 1)];
+            const BodyPtr& b =
+                dice.OneIn(5) ? bodies[0] : bodies[dice.Int(4, int(bodies.size()) - 1)];
+            HingePtr hinge = QUIB_NEW Hinge(
+                GeomOf(a), GeomOf(b), Vec2(dice.Uniform(-0.5f, 0.5f), dice.Uniform(-0.5f, 0.5f)),
+                b == bodies[0] ? a->GetPos() : Vec2(dice.Uniform(-0.5f, 0.5f), 0));
+            if (dice.OneIn(3))
+            {
+                hinge->SetMotor(true);
+                hinge->SetMotorSpeed(dice.Uniform(-5, 5));
+                hinge->SetMotorTorque(dice.Uniform(0, 200));
+            }
+            if (dice.OneIn(3))
+                hinge->SetImpulseLimit(dice.Uniform(0.01f, 2));
+            sim.AddConstraint(hinge);
+        }
+    }
 };
 
 TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepOnRandomWorlds)
@@ -226,6 +268,96 @@ TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepOnRandomWorlds)
         }
     }
     EXPECT_GT(solved, 20000u);
+}
+
+TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepWithHinges)
+{
+    util::Random random;
+    test::Dice dice;
+    size_t solved = 0, broken = 0, turned = 0;
+    for (int world = 0; world < 8; ++world)
+    {
+        Reset();
+        sim.m_solvePreSortConstraints = world % 3 != 2;
+        sim.m_warmStart = world % 4 != 3;
+        sim.m_adHocSolver = world == 5;
+        if (world == 6)
+            sim.m_maxPositionCorrection = 0.05f;
+        AddBasin();
+        AddRandomBodies(random, 40);
+        for (int step = 0; step < 60; ++step)
+        {
+            // So that weak ones break in the sweeps at all times. Some are pulled apart by a suspended
+            // body.
+            if (step % 5 == 0)
+                AddRandomHinges(dice, 6);
+            for (size_t i = 4; i < sim.GetBodies().size(); ++i)
+                sim.GetBodies()[i]->SetSuspended((i + step / 10) % 7 == 0);
+            sim.Step(true);
+            sim.FlushBadBodies();
+            sim.CalcContacts();
+            solved += Compare(InitContacts());
+            for (const HingePtr& hinge : sim.GetHinges())
+            {
+                broken += hinge->IsBroken();
+                turned += hinge->GetMotorTotal() != 0;
+            }
+            if (HasFailure())
+                FAIL() << "world " << world << ", step " << step;
+        }
+    }
+    EXPECT_GT(solved, 20000u);
+    EXPECT_GT(broken, 50u);
+    EXPECT_GT(turned, 1000u);
+}
+
+TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepOnChains)
+{
+    // Taut, with a weight at the end: every hinge waits for its neighbours.
+    AddFloor(-50);
+    for (int chain = 0; chain < 3; ++chain)
+    {
+        GeomPtr last = sim.GetWorldGeom();
+        for (int i = 0; i < 30; ++i)
+        {
+            const Vec2 pos(0.2f * i + 0.1f, 3.0f * chain);
+            const GeomPtr geom = GeomOf(AddCircle(pos, i == 29 ? 1 : 0.1f));
+            sim.AddConstraint(QUIB_NEW Hinge(last, geom, pos - Vec2(0.1f, 0)));
+            last = geom;
+        }
+    }
+    for (int step = 0; step < 100; ++step)
+    {
+        sim.m_solvePreSortConstraints = step % 10 != 9;
+        sim.Step(true);
+        Compare(InitContacts());
+        if (HasFailure())
+            FAIL() << "step " << step;
+    }
+}
+
+TEST_F(RowSolverTest, ABreakingHingeTellsItsNeighboursNothing)
+{
+    // All in one batch, of which every other one breaks: none of what it wanted reaches its bodies.
+    std::vector<HingePtr> hinges;
+    for (int i = 0; i < 8; ++i)
+    {
+        const BodyPtr box = AddBox(Vec2(1, 1), Vec2(3 * i, 5));
+        box->SetVel(Vec2(0, -1));
+        hinges.push_back(QUIB_NEW Hinge(GeomOf(box), sim.GetWorldGeom(), Vec2(3 * i, 5)));
+        hinges.back()->SetImpulseLimit(i % 2 ? 0.5f : 100);
+        hinges.back()->SetMotor(i % 4 < 2);
+        hinges.back()->SetMotorSpeed(1);
+        sim.AddConstraint(hinges.back());
+    }
+    Compare(InitContacts());
+    for (int i = 0; i < 8; ++i)
+    {
+        const Body& body = *sim.GetBodies()[i + 1];
+        EXPECT_EQ(i % 2 == 1, hinges[i]->IsBroken());
+        EXPECT_EQ(i % 2 == 1, body.GetVelChange() == Vec2());
+        EXPECT_EQ(i % 4 == 0, body.GetAngVelChange() != 0);
+    }
 }
 
 TEST_F(RowSolverTest, KeepsOtherConstraintsInTheirPlace)
@@ -273,14 +405,22 @@ TEST_F(RowSolverTest, GivesTheBitsOfThePlainSweepWhereNumbersHaveNoEnd)
         AddBasin();
         AddRandomBodies(random, 60);
         Steps(60 + 5 * world);
+        if (world % 3 == 1)
+            AddRandomHinges(dice, 20);
         sim.CalcContacts();
         std::vector<Contact> sound;
         for (const ContactPtr& contact : sim.GetContacts())
             sound.push_back(*contact);
+        std::vector<Hinge> soundHinges;
+        for (const HingePtr& hinge : sim.GetHinges())
+            soundHinges.push_back(*hinge);
         for (int round = 0; round < 10; ++round)
         {
             for (size_t i = 0; i < sound.size(); ++i)
                 *sim.GetContacts()[i] = sound[i];
+            size_t h = 0;
+            for (const HingePtr& hinge : sim.GetHinges())
+                *hinge = soundHinges[h++];
             sim.m_solvePreSortConstraints = round % 3 != 2;
             // One bad velocity, force, or velocity gathered so far; the rest of the world is sound.
             const BodyList& bodies = sim.GetBodies();
@@ -423,6 +563,96 @@ TEST_F(RowSolverTest, SweepsContactsOfOneBodyOneAfterTheOther)
     }
     Compare(list);
     EXPECT_NE(Vec2(), middle->GetVelChange());
+}
+
+// The queue of the prioritised solver in its plainest form: a list, searched from end to end.
+void PlainPriorities(const ConstraintList& constraints, int iterations)
+{
+    const ConstraintComparer before;
+    std::vector<Constraint*> queue; // sorted
+    const auto find = [&](Constraint* c)
+    {
+        return std::find_if(queue.begin(), queue.end(),
+                            [&](Constraint* q) { return !before(q, c) && !before(c, q); });
+    };
+    const auto insert = [&](Constraint* c)
+    {
+        if (find(c) != queue.end())
+            return; // one of each priority
+        queue.push_back(c);
+        std::sort(queue.begin(), queue.end(), before);
+    };
+    for (Constraint* c : constraints)
+    {
+        c->CalcDesiredImpulse();
+        insert(c);
+    }
+    for (size_t i = 0; i < iterations * constraints.size(); ++i)
+    {
+        Constraint* largest = queue.front();
+        largest->ApplyImpulse();
+        std::set<Constraint*, ConstraintCreationComparer> touched;
+        for (Constraint* c : constraints)
+            for (int k = 0; k < 4; ++k)
+                if (c->GetBodyPtr(k / 2) == largest->GetBodyPtr(k % 2) &&
+                    !c->GetBodyPtr(k / 2)->IsImmovable())
+                    touched.insert(c);
+        for (Constraint* c : touched)
+        {
+            const auto found = find(c);
+            if (found != queue.end())
+                queue.erase(found);
+            c->CalcDesiredImpulse();
+            insert(c);
+        }
+    }
+}
+
+TEST_F(RowSolverTest, ThePrioritisedSolverTakesHingesAsThePlainQueueDoes)
+{
+    util::Random random;
+    test::Dice dice;
+    sim.m_prioritizedSolver = true;
+    sim.m_solveIter = 5;
+    AddBasin();
+    AddRandomBodies(random, 25);
+    size_t broken = 0;
+    for (int step = 0; step < 40; ++step)
+    {
+        if (step % 5 == 0)
+            AddRandomHinges(dice, 6);
+        sim.GetBodies()[4 + step % 5]->SetSuspended(step % 3 == 0);
+        sim.Step(true);
+        sim.FlushBadBodies();
+        sim.CalcContacts();
+        const ConstraintList list = InitContacts();
+        const State start = Save(list);
+        std::vector<Contact> contacts;
+        std::vector<Hinge> hinges;
+        for (Constraint* constraint : list)
+            if (constraint->IsContact())
+                contacts.push_back(*static_cast<Contact*>(constraint));
+            else
+                hinges.push_back(*static_cast<Hinge*>(constraint));
+        sim.PrioritizedSolver(list);
+        const State queue = Save(list);
+
+        for (size_t i = 0; i < sim.GetBodies().size(); ++i)
+            sim.GetBodies()[i]->SetVelChange(start.vel[i], start.angVel[i]);
+        size_t contact = 0, hinge = 0;
+        for (Constraint* constraint : list)
+            if (constraint->IsContact())
+                *static_cast<Contact*>(constraint) = contacts[contact++];
+            else
+                *static_cast<Hinge*>(constraint) = hinges[hinge++];
+        PlainPriorities(list, sim.m_solveIter);
+        ExpectSameBits(Save(list), queue);
+        for (const HingePtr& h : sim.GetHinges())
+            broken += h->IsBroken();
+        if (HasFailure())
+            FAIL() << "step " << step;
+    }
+    EXPECT_GT(broken, 5u);
 }
 
 TEST_F(RowSolverTest, SolvesNothingWithoutIterationsOrConstraints)
