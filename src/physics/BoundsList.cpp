@@ -24,7 +24,8 @@ const uint32_t SizeBuckets = 0x7F800000u >> BucketShift;
 // The grid pays when a shape shares its cell with no more than this part of all.
 const size_t WorstSharing = 64;
 // In the smallest table the rows of a query of MostCells by MostCells have no cell in common.
-const uint32_t LeastTable = 256, MostCells = 8;
+const uint32_t LeastTable = 1024, MostCells = 16;
+const float CellsAcross = 4, CellsUp = 2;
 const uint32_t NoCell = ~0u;
 
 uint32_t SizeBucket(float size)
@@ -183,7 +184,8 @@ bool BoundsList::ChooseCells()
             return false;
     }
     m_reach = Float4{cell[0], cell[1], 0, 0};
-    m_perCell = Float4{1 / cell[0], 1 / cell[1], 1 / cell[0], 1 / cell[1]};
+    const Vec2 perCell(CellsAcross / cell[0], 1 / (CellsUp * cell[1]));
+    m_perCell = Float4{perCell.x, perCell.y, perCell.x, perCell.y};
     return true;
 }
 
