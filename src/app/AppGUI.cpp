@@ -21,6 +21,8 @@
 
 namespace app
 {
+const util::String SceneEnding = ".qib";
+
 namespace
 {
 const int WheelUpKey = input::FirstMouseKey + SDL_BUTTON_WHEELUP;
@@ -130,10 +132,20 @@ void AppGUI::PostponeAutosave()
     m_lastAutosave = util::Timer::GetCurrentTime();
 }
 
+util::String AppGUI::MakeShortFileName(util::String name)
+{
+    if (util::iends_with(name, SceneEnding))
+        name.erase(name.size() - SceneEnding.size());
+    const util::String folder = util::FileSystem::GetInstancePtr()->SceneDir();
+    if (util::starts_with(name, folder))
+        name.erase(0, folder.size());
+    return name;
+}
+
 util::String MakeLongFileName(util::String name)
 {
-    if (!util::iends_with(name, ".qib"))
-        name += ".qib";
+    if (!util::iends_with(name, SceneEnding))
+        name += SceneEnding;
     if (name.find('/') == util::String::npos)
         name = util::FileSystem::GetInstancePtr()->SceneDir() + name;
     return name;

@@ -34,6 +34,9 @@ public:
     /// What goes wrong reaches the log, and a file that was there before is still whole.
     void SaveSceneAs(const util::String& name, bool autosave);
 
+    /// As the user knows the file: without the ending ".qib" and the scene folder in front.
+    static util::String MakeShortFileName(util::String name);
+
     /// Takes down the panels: they are built again for the language in force.
     void Rebuild();
     /// All that are open, the oldest first.

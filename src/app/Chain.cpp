@@ -25,15 +25,15 @@ void Chain::AddEntity(size_t index, const EntityPtr& entity)
     if (index >= m_entities.size())
         m_entities.resize(index + 1);
     m_entities[index] = util::WeakPtr<Entity>(entity);
-    entity->SetChain(this);
+    entity->SetChain(this, index);
 }
 
 size_t Chain::IndexOf(const Entity& entity) const
 {
-    for (size_t i = 0; i < m_entities.size(); ++i)
-        if (m_entities[i].GetUnlocked() == &entity)
-            return i;
-    return NotFound;
+    const size_t index = entity.GetChainIndex();
+    const bool isHere = entity.GetChain().get() == this && index < m_entities.size() &&
+                        m_entities[index].GetUnlocked() == &entity;
+    return isHere ? index : NotFound;
 }
 
 std::vector<EntityPtr> Chain::GetEntities() const
@@ -51,7 +51,7 @@ void Chain::Detach()
     const ChainPtr keep = this;
     for (const EntityPtr& entity : GetEntities())
         if (entity->GetChain() == keep)
-            entity->SetChain(nullptr);
+            entity->SetChain(nullptr, 0);
     m_entities.clear();
 }
 

@@ -3,6 +3,7 @@
 #include "app/App.h"
 #include "app/AppGUI.h"
 #include "app/Camera.h"
+#include "app/Chain.h"
 #include "app/Serializer.h"
 #include "app/entities/GeomEntity.h"
 #include "core/Subsystem.h"
@@ -10,13 +11,13 @@
 #include "input/Input.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
+#include "physics/Particle.h"
+#include "physics/SPH.h"
 #include "physics/Simulation.h"
 #include "physics/WorldGeom.h"
 #include "util/Callback.h"
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
-
-#include <SDL_keysym.h>
 
 #include <algorithm>
 #include <limits>
@@ -49,11 +50,7 @@ bool IsBefore(const GroupPtr& a, const GroupPtr& b)
     return lowestA != lowestB ? lowestA < lowestB : a->GetPointeeID() < b->GetPointeeID();
 }
 
-bool IsAltDown()
-{
-    const input::Input* input = input::Input::GetInstancePtr();
-    return input->IsKeyDown(SDLK_LALT) || input->IsKeyDown(SDLK_RALT);
-}
+const float WaterPickRadii = 2.2f; // how near a particle must be, in its radii
 }
 
 Scene::Scene()
@@ -67,6 +64,7 @@ Scene::Scene()
     m_title->AddChangeCallback(util::MakeCallback(&Scene::OnTitleChange, this));
     AddReflectedChild(m_camera);
     AddCmd("Clear", &Scene::ClearScene);
+    AddCmd("EraseWater", &Scene::EraseWater);
     ClearScene();
 }
 
@@ -102,7 +100,7 @@ GroupPtr Scene::GetOrCreateGroupByName(const util::String& name)
 
 bool Scene::HasEntity(const EntityPtr& entity) const
 {
-    return entity && std::find(m_entities.begin(), m_entities.end(), entity) != m_entities.end();
+    return entity && entity->m_isInScene;
 }
 
 std::vector<EntityPtr> Scene::GetEntitiesAt(const Vec2& pos) const
@@ -122,19 +120,46 @@ EntityPtr Scene::GetEntityAt(const Vec2& pos) const
     return nullptr;
 }
 
-GroupPtr Scene::GetSelectionAt(const Vec2& pos) const
+std::vector<physics::GeomPtr> Scene::GetGeomsAt(const Vec2& pos) const
 {
-    GroupPtr picked = QUIB_NEW Group;
-    const EntityPtr entity = GetEntityAt(pos);
-    if (!entity)
-        return picked;
-    picked->Add(entity);
-    if (IsAltDown())
-        return picked;
-    for (const GroupPtr& group : m_groups)
-        if (group != m_selection && group != m_camera->GetTrackedGroup() && group->Contains(entity))
-            picked->AddAll(group);
-    return picked;
+    std::vector<physics::GeomPtr> geoms;
+    for (auto it = m_entities.rbegin(); it != m_entities.rend(); ++it)
+        if (const GeomEntity* geomEntity = (*it)->AsGeomEntity())
+            if (geomEntity->IsOnEntity(pos))
+                geoms.push_back(geomEntity->GetGeom());
+    geoms.push_back(physics::Simulation::GetInstancePtr()->GetWorldGeom());
+    return geoms;
+}
+
+physics::GeomPtr Scene::GetGeomAt(const Vec2& pos) const
+{
+    return GetGeomsAt(pos).front();
+}
+
+physics::GeomPtr Scene::GetGeomAtMousePos() const
+{
+    return GetGeomAt(App::GetInstancePtr()->GetMousePos());
+}
+
+physics::GeomSet Scene::GetAllGeoms() const
+{
+    physics::GeomSet geoms(m_entities.size());
+    for (const EntityPtr& entity : m_entities)
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+            if (geomEntity->IsAlive())
+                geoms.insert(geomEntity->GetGeom());
+    geoms.insert(physics::Simulation::GetInstancePtr()->GetWorldGeom());
+    return geoms;
+}
+
+bool Scene::IsWaterAt(const Vec2& pos) const
+{
+    const float limit = WaterPickRadii * physics::SPH::GetInstancePtr()->m_radius;
+    for (const physics::ParticlePtr& particle :
+         physics::Simulation::GetInstancePtr()->GetParticles())
+        if (Distance(particle->GetPos(), pos) < limit)
+            return true;
+    return false;
 }
 
 void Scene::AddEntity(const EntityPtr& entity)
@@ -142,12 +167,14 @@ void Scene::AddEntity(const EntityPtr& entity)
     if (!entity)
         return;
     m_entities.push_back(entity);
+    entity->m_isInScene = true;
     try
     {
         entity->AddToSimulation();
     }
     catch (...)
     {
+        entity->m_isInScene = false;
         m_entities.pop_back();
         RemoveFromGroups(entity);
         throw;
@@ -161,10 +188,16 @@ void Scene::RemoveEntity(const EntityPtr& entity)
     const auto it = std::find(m_entities.begin(), m_entities.end(), keep);
     if (it != m_entities.end())
         m_entities.erase(it);
-    RemoveFromGroups(keep);
+    TakeOut(keep);
+}
+
+void Scene::TakeOut(const EntityPtr& entity)
+{
+    entity->m_isInScene = false;
+    RemoveFromGroups(entity);
     if (Serializer::Exists())
-        Serializer::GetInstancePtr()->ForgetEntity(keep);
-    keep->RemoveFromSimulation();
+        Serializer::GetInstancePtr()->ForgetEntity(entity);
+    entity->RemoveFromSimulation();
 }
 
 void Scene::RemoveFromGroups(const EntityPtr& entity)
@@ -201,11 +234,6 @@ void Scene::RemoveGroup(const GroupPtr& group)
         m_groups.erase(group);
 }
 
-void Scene::SetSelection(const GroupPtr& group)
-{
-    m_selection->Set(group);
-}
-
 void Scene::DepthTagEntities()
 {
     float depth = 0;
@@ -222,7 +250,7 @@ void Scene::Update(float dt)
 {
     util::ScopeProfiler profile("Scene::Update");
 
-    std::vector<EntityPtr> dead;
+    std::vector<EntityPtr> dead; // no memory as long as it is empty
     for (const EntityPtr& entity : m_entities)
     {
         try
@@ -285,33 +313,41 @@ void Scene::FlushBodies()
 
 void Scene::ZoomToScene()
 {
-    math::BoundingBox all;
+    math::BoundingBox entities;
     for (const EntityPtr& entity : m_entities)
     {
         // A plane's box is infinite, so planes count for nothing.
         const math::BoundingBox box = entity->GetAABB();
         if (!box.IsFinite())
             continue;
-        all.Include(box);
-        CODE_ASSERT(all.IsFinite());
+        entities.Include(box);
+        CODE_ASSERT(entities.IsFinite());
     }
-    if (!all.IsFinite())
+    math::BoundingBox all = entities;
+    for (const physics::ParticlePtr& particle :
+         physics::Simulation::GetInstancePtr()->GetParticles())
+        all.Include(particle->GetPos());
+    // A few stray drops must not ruin the view. The empty box has an infinite area, so that water alone
+    // is looked at.
+    const math::BoundingBox& box =
+        all.IsFinite() && !(all.GetArea() > 2 * entities.GetArea()) ? all : entities;
+    if (!box.IsFinite())
     {
         m_camera->Reset();
         return;
     }
-    const Vec2 size = all.GetSize() * 1.1f;
+    const Vec2 size = box.GetSize() * 1.1f;
     const Vec2 screen = gui::GUI::GetInstancePtr()->GetSize();
     // World units per GUI unit. Held to what the camera can do, so that neither a speck nor a world
     // of a scene makes a matrix without an inverse.
     const float wanted = std::max(size.x / screen.x, size.y / screen.y);
     const float s = std::clamp(wanted, 1 / Camera::GetMaxZoom(), 1 / Camera::GetMinZoom());
-    const math::Mat3 guiToWorld = math::Mat3::Translation2D(all.GetCenter()) *
+    const math::Mat3 guiToWorld = math::Mat3::Translation2D(box.GetCenter()) *
                                   math::Mat3::Scale2D(Vec2(s, -s)) *
                                   math::Mat3::Translation2D(screen * -0.5f);
     const math::Mat3 worldToGUI = Inverted(guiToWorld);
     // Finite boxes can have a middle or a size that is not, and lie where no view reaches.
-    if (math::IsFinite(TransformCoordinate(worldToGUI, all.GetCenter())))
+    if (math::IsFinite(TransformCoordinate(worldToGUI, box.GetCenter())))
         m_camera->SetWorldToGUI(worldToGUI);
     else
         m_camera->Reset();
@@ -327,6 +363,8 @@ void Scene::ClearScene()
     // simulation has let go of it.
     std::vector<EntityPtr> entities;
     entities.swap(m_entities);
+    for (const EntityPtr& entity : entities)
+        entity->m_isInScene = false;
     m_groups.clear();
     m_selection->Clear();
     AddGroup(m_selection);
@@ -337,6 +375,19 @@ void Scene::ClearScene()
     // The scene clears itself once before there is an interface.
     if (AppGUI* appGUI = App::GetInstancePtr()->GetAppGUI().get())
         appGUI->RemoveGroupWidgets();
+}
+
+void Scene::EraseWater()
+{
+    physics::Simulation::GetInstancePtr()->EraseWater();
+}
+
+void Scene::SetTitle(const util::String& fileName)
+{
+    m_title = AppGUI::MakeShortFileName(fileName);
+    // Deliberate, word and all: it tells that the name was not a short one.
+    if (GetTitle() != fileName)
+        Log(logging::LogWarning, "Wuut?");
 }
 
 void Scene::SetTexts(const util::String& title, const util::String& author,

@@ -38,7 +38,6 @@ public:
     /// The first of them in the order of GetGroups; null when there is none.
     GroupPtr GetGroupByName(const util::String& name) const;
     GroupPtr GetOrCreateGroupByName(const util::String& name);
-    /// Looks through all entities.
     /// @param entity  null is never there
     bool HasEntity(const EntityPtr& entity) const;
     bool IsSelected(const EntityPtr& entity) const { return m_selection->Contains(entity); }
@@ -117,6 +116,7 @@ public:
     /// texts, no ids of a file. Settings of the simulation stay.
     void ClearScene();
     void ClearSceneUndoable();
+    void EraseWater();
 
     /// @param fileName  without folder and ending it becomes the title
     void SetTitle(const util::String& fileName);
@@ -130,6 +130,10 @@ public:
 private:
     void OnTitleChange();
     void RemoveEmptyGroups();
+    /// All that removing an entity is, but for the list of entities.
+    void TakeOut(const EntityPtr& entity);
+    /// In the list, the groups, the chains and the simulation.
+    void ReplaceEntities(const EntityMap& map);
 
     script::AttribWrapper<util::String> m_title;
     script::AttribWrapper<util::String> m_author;

@@ -55,6 +55,8 @@ public:
     boost::function<T()> GetterFunction() const;
 
     bool HasDefaultValue() const override;
+    /// For a default that depends on something else. The value stays.
+    void SetDefault(const T& value) { m_default = value; }
     void CalcValue() override;
 
 protected:

@@ -76,25 +76,26 @@ GeomEntityPtr BoxEntity::ScaledClone(const Vec2& scale) const
     // From the center to the middles of two sides, as the scale leaves them.
     const Vec2 x = Vec2::Mul(scale, box.GetAxis(0) * box.GetHalf(0));
     const Vec2 y = Vec2::Mul(scale, box.GetAxis(1) * box.GetHalf(1));
-    FiniteGeomEntityPtr clone;
     if (std::fabs(Dot(Normalized(x), Normalized(y))) < SkewTolerance)
-    {
-        const physics::BoxPtr geom =
-            QUIB_NEW physics::Box(Vec2(x.Length(), y.Length()) * 2.0f, box.GetCenter());
-        geom->SetWorldPose(ScaledPose(GetBox().GetPose(), scale));
-        clone = QUIB_NEW BoxEntity(geom);
-    }
-    else
-    {
-        const Vec2 corners[4] = {x + y, y - x, -x - y, x - y};
-        math::Vec2List points;
-        for (int i = 0; i < 4; ++i)
-            physics::AddPolygonSide(points, box.GetCenter() + corners[i],
-                                    box.GetCenter() + corners[(i + 1) % 4]);
-        clone = QUIB_NEW PolyEntity(QUIB_NEW physics::Polygon(points));
-    }
-    clone->CopyFrom(this);
-    return clone;
+        return MakeScaled(
+            [&]
+            {
+                const physics::BoxPtr geom =
+                    QUIB_NEW physics::Box(Vec2(x.Length(), y.Length()) * 2.0f, Vec2());
+                geom->SetWorldPose(ScaledPose(GetBox().GetPose(), scale));
+                return GeomEntityPtr(QUIB_NEW BoxEntity(geom));
+            });
+    return MakeScaled(
+        [&]
+        {
+            const Vec2 corners[4] = {x + y, y - x, -x - y, x - y};
+            math::Vec2List points;
+            for (int i = 0; i < 4; ++i)
+                physics::AddPolygonSide(points, corners[i], corners[(i + 1) % 4]);
+            const physics::PolygonPtr geom = QUIB_NEW physics::Polygon(points);
+            geom->SetPos(GetBox().GetCenter());
+            return GeomEntityPtr(QUIB_NEW PolyEntity(geom));
+        });
 }
 
 physics::LinesegmentList BoxEntity::GetSides() const

@@ -26,7 +26,8 @@ const int TextureSize = 1024;
 const float SquareScale = 1.2f; // the textured square is larger than the circle
 const float CakeSize = 0.0625f; // half angle of the wedge that shows the rotation, in parts of pi
 const int OutlineSteps = 128;
-const int EllipsePoints = 64; // of the polygon that a circle becomes
+const int EllipsePoints = 64;       // of the polygon that a circle becomes
+const float RoundTolerance = 1e-5f; // by which the radii of a circle may differ, in parts
 
 /// 0 to 1 around x = 0, over the width w.
 float Smooth(float w, float x)
@@ -160,26 +161,27 @@ GeomEntityPtr CircleEntity::ScaledClone(const Vec2& scale) const
 {
     const physics::Circle& circle = GetCircle();
     const Vec2 radii = Vec2(std::fabs(scale.x), std::fabs(scale.y)) * circle.GetRadius();
-    FiniteGeomEntityPtr clone;
-    if (math::IsZero(radii.x / radii.y - 1))
-    {
-        const physics::CirclePtr geom = QUIB_NEW physics::Circle(circle.GetCenter(), radii.x);
-        geom->SetWorldPose(ScaledPose(circle.GetPose(), scale));
-        clone = QUIB_NEW CircleEntity(geom);
-    }
-    else
-    {
-        math::Vec2List points;
-        for (int i = 0; i < EllipsePoints; ++i)
+    if (std::fabs(radii.x / radii.y - 1) < RoundTolerance)
+        return MakeScaled(
+            [&]
+            {
+                const physics::CirclePtr geom = QUIB_NEW physics::Circle(Vec2(), radii.x);
+                geom->SetWorldPose(ScaledPose(circle.GetPose(), scale));
+                return GeomEntityPtr(QUIB_NEW CircleEntity(geom));
+            });
+    return MakeScaled(
+        [&]
         {
-            const float angle = math::TwoPIf * float(i) / EllipsePoints;
-            points.push_back(circle.GetCenter() +
-                             Vec2::Mul(radii, Vec2(std::cos(angle), std::sin(angle))));
-        }
-        clone = QUIB_NEW PolyEntity(QUIB_NEW physics::Polygon(points));
-    }
-    clone->CopyFrom(this);
-    return clone;
+            math::Vec2List points;
+            for (int i = 0; i < EllipsePoints; ++i)
+            {
+                const float angle = math::TwoPIf * float(i) / EllipsePoints;
+                points.push_back(Vec2::Mul(radii, Vec2(std::cos(angle), std::sin(angle))));
+            }
+            const physics::PolygonPtr geom = QUIB_NEW physics::Polygon(points);
+            geom->SetPos(circle.GetCenter());
+            return GeomEntityPtr(QUIB_NEW PolyEntity(geom));
+        });
 }
 
 bool CircleEntity::ErasedBy(const physics::LinesegmentList& stroke) const

@@ -20,9 +20,10 @@ Entity::Entity()
 
 Entity::~Entity() = default;
 
-void Entity::SetChain(const ChainPtr& chain)
+void Entity::SetChain(const ChainPtr& chain, size_t index)
 {
     m_chain = chain;
+    m_chainIndex = index;
 }
 
 void Entity::Update(float) {}
@@ -47,7 +48,8 @@ void Entity::Deserialize(const EntitySerializer& serializer)
     if (serializer.Has("color"))
     {
         math::Vec4 color;
-        if (FileInfo::GetInstancePtr()->GetVersion() <= 1)
+        // A bag that has seen no file is of this version.
+        if (FileInfo::GetInstancePtr()->GetVersion() <= 1 && !serializer.KeepsDefaults())
             color = math::Vec4(serializer.Get<math::Vec3>("color"), 1);
         else
             color = serializer.Get<math::Vec4>("color");

@@ -7,6 +7,8 @@
 #include "physics/Linesegment.h"
 #include "script/Reflected.h"
 
+#include <cstddef>
+
 namespace physics
 {
 class Polygon;
@@ -47,8 +49,10 @@ public:
 
     /// Null for one in no chain.
     const util::SharedPtr<Chain>& GetChain() const { return m_chain; }
+    /// Its place there.
+    size_t GetChainIndex() const { return m_chainIndex; }
     /// For the chain, which keeps the other half of the relation.
-    void SetChain(const util::SharedPtr<Chain>& chain);
+    void SetChain(const util::SharedPtr<Chain>& chain, size_t index);
 
     const math::Vec4& GetColor4() const { return m_color; }
     void SetColor4(const math::Vec4& color) { m_color = color; }
@@ -106,13 +110,17 @@ protected:
     virtual void Check() const {}
 
 private:
+    friend class Scene;
+
     static unsigned long s_idCounter;
 
     unsigned long m_id;
     util::SharedPtr<Chain> m_chain;
+    size_t m_chainIndex = 0;
     math::Vec4 m_color; // red, green, blue, alpha
     bool m_mouseOver = false;
     bool m_selected = false;
+    bool m_isInScene = false; // so that asking for it needs no search; the scene writes it
     float m_zDepth = -1;
     math::Mat3 m_drawTransform;
 };

@@ -2,27 +2,39 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "input/DirInput.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/SPH.h"
 #include "physics/Simulation.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 using math::Vec2;
 
 namespace app
 {
+namespace
+{
+float DefaultControllerAcc()
+{
+    return physics::Simulation::GetInstancePtr()->GetGravity().Length() + 1.0f;
+}
+}
+
 FiniteGeomEntity::FiniteGeomEntity(const util::SharedPtr<physics::Geom>& geom)
     : GeomEntity(geom)
-    , m_density(this, "density", geom->GetDensity())
-    , m_airFrictionMult(this, "airFrictionMult", geom->GetAirFrictionMult())
-    , m_controllerAcc(this, "controllerAcc",
-                      physics::Simulation::GetInstancePtr()->GetGravity().Length() + 1.0f)
+    , m_density(this, "density", physics::Simulation::GetInstancePtr()->m_defaultBodyDensity)
+    , m_airFrictionMult(this, "airFrictionMult", 1.0f)
+    , m_controllerAcc(this, "controllerAcc", DefaultControllerAcc())
     , m_controllerReverseXY(this, "controllerReverseXY", false)
     , m_controllerInvertX(this, "controllerInvertX", false)
     , m_controllerInvertY(this, "controllerInvertY", false)
 {
+    m_density = geom->GetDensity();
+    m_airFrictionMult = geom->GetAirFrictionMult();
     PushToGeom(m_density, &physics::Geom::SetDensity);
     PushToGeom(m_airFrictionMult, &physics::Geom::SetAirFrictionMult);
 }
@@ -78,21 +90,55 @@ void FiniteGeomEntity::CopyFrom(const Entity* other)
     m_controllerInvertX = o->m_controllerInvertX;
     m_controllerInvertY = o->m_controllerInvertY;
     m_forceController = o->m_forceController;
+    m_unboundController = o->m_unboundController;
+}
+
+void FiniteGeomEntity::SetForceController(const input::DirInputPtr& controller)
+{
+    m_forceController = controller;
+    m_unboundController.clear();
+}
+
+void FiniteGeomEntity::Update(float dt)
+{
+    GeomEntity::Update(dt);
+    if (!m_forceController)
+        return;
+    const util::SharedPtr<physics::Body> body = GetBody();
+    if (!body)
+        return;
+    Vec2 dir = m_forceController->GetDir();
+    if (m_controllerReverseXY)
+        std::swap(dir.x, dir.y);
+    if (m_controllerInvertX)
+        dir.x = -dir.x;
+    if (m_controllerInvertY)
+        dir.y = -dir.y;
+    // With the geometry's own mass at its own place, so that a bigger body spins.
+    body->ApplyForce(m_controllerAcc * GetGeom()->Mass() * dir, GetGeom()->GetCenter());
 }
 
 void FiniteGeomEntity::SerializeTo(EntitySerializer& serializer) const
 {
+    // The default goes with the gravity: a file is read under the gravity that it is written with.
+    m_controllerAcc->SetDefault(DefaultControllerAcc());
     GeomEntity::SerializeTo(serializer);
-    if (!m_forceController.empty())
-        serializer.Set("forceController", m_forceController);
+    const util::String controller =
+        m_forceController ? m_forceController->Serialize() : m_unboundController;
+    if (!controller.empty() || serializer.KeepsDefaults())
+        serializer.Set("forceController", controller);
 }
 
 void FiniteGeomEntity::Deserialize(const EntitySerializer& serializer)
 {
-    // Kept as it is and written again: nothing here is driven by a controller, and a scene must not
-    // lose one by being saved. First, as the base reaches out into the scene at its end.
+    // First, as the base reaches out into the scene at its end.
     if (serializer.Has("forceController"))
-        m_forceController = serializer.Get<util::String>("forceController");
+    {
+        const util::String text = serializer.Get<util::String>("forceController");
+        m_forceController = text.empty() ? nullptr : input::DirInput::Deserialize(text);
+        // What can't be bound here is written again: a scene must not lose it by being saved.
+        m_unboundController = m_forceController ? "" : text;
+    }
     GeomEntity::Deserialize(serializer);
 }
 

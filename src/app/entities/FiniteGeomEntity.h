@@ -6,6 +6,12 @@
 
 #include <vector>
 
+namespace input
+{
+class DirInput;
+using DirInputPtr = util::SharedPtr<DirInput>;
+}
+
 namespace app
 {
 class FiniteGeomEntity;
@@ -18,9 +24,15 @@ public:
 
     const FiniteGeomEntity* AsFiniteGeomEntity() const override { return this; }
 
+    /// The keys or the stick that push it; null for none.
+    const input::DirInputPtr& GetForceController() const { return m_forceController; }
+    void SetForceController(const input::DirInputPtr& controller);
+
     /// World positions to put water at instead: as many particles as fit, at most App.maxSPHSpawn.
     std::vector<math::Vec2> GetEquidistantPoints() const;
 
+    /// A bound controller pushes.
+    void Update(float dt) override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
     /// Kinetic and potential. 0 without a body.
@@ -48,6 +60,7 @@ private:
     script::AttribWrapper<bool> m_controllerReverseXY;
     script::AttribWrapper<bool> m_controllerInvertX;
     script::AttribWrapper<bool> m_controllerInvertY;
-    util::String m_forceController; // as in the file; "" for none
+    input::DirInputPtr m_forceController;
+    util::String m_unboundController; // of the file, when it can't be bound here; else ""
 };
 }

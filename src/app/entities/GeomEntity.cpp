@@ -45,11 +45,18 @@ float CalcAngle(const math::Mat2D& pose)
 
 GeomEntity::GeomEntity(const util::SharedPtr<physics::Geom>& geom)
     : m_geom(geom)
-    , m_friction(this, "friction", geom->GetFriction())
-    , m_restitution(this, "restitution", geom->GetRestitution())
+    , m_friction(this, "friction", physics::Simulation::GetInstancePtr()->m_defaultBodyFriction)
+    , m_restitution(this, "restitution",
+                    physics::Simulation::GetInstancePtr()->m_defaultBodyRestitution)
     , m_collideWater(this, "collideWater", true)
-    , m_collideSet(this, "collideSet", geom->GetCollideSet())
+    , m_collideSet(this, "collideSet", physics::Geom::COLLIDE_DEFAULT_GROUP)
 {
+    // The defaults are those of an entity that is loaded. This one may be made of a geometry that is not
+    // new.
+    m_friction = geom->GetFriction();
+    m_restitution = geom->GetRestitution();
+    m_collideWater = geom->GetWaterCollide();
+    m_collideSet = geom->GetCollideSet();
     PushToGeom(m_friction, &physics::Geom::SetFriction);
     PushToGeom(m_restitution, &physics::Geom::SetRestitution);
     PushToGeom(m_collideWater, &physics::Geom::SetWaterCollide);
@@ -170,6 +177,12 @@ void GeomEntity::Check() const
     // Written so that a NaN fails.
     if (!(m_geom->Mass() > 0) || !(m_geom->Area() > 0) || !(m_geom->Inertia() > 0))
         QUIB_THROW(BadDataException("Bad geometry: mass, area and inertia must be above 0"));
+}
+
+void GeomEntity::LogBadPolygon(std::exception& e)
+{
+    CatchException(e, QUIB_LOCATION);
+    Log(logging::LogInfo, "Bad polygon");
 }
 
 math::Vec4 GeomEntity::GetBorderColor() const

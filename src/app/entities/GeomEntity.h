@@ -6,6 +6,8 @@
 #include "script/Attributes.h"
 #include "util/Callback.h"
 
+#include <exception>
+
 namespace physics
 {
 class Body;
@@ -34,7 +36,7 @@ public:
     /// The same, stretched along the axes of the world and in place. The kind may change: a circle
     /// becomes a polygon.
     /// @param scale  negative components mirror
-    /// @throws BadDataException  for what no geometry can be made of
+    /// @return null, and the log has a "Bad polygon", when no geometry can be made of that
     virtual GeomEntityPtr ScaledClone(const math::Vec2& scale) const = 0;
 
     bool IsOnEntity(const math::Vec2& pos) const override;
@@ -57,6 +59,25 @@ protected:
     /// Finite place and material; area, mass and inertia above 0.
     void Check() const override;
 
+    /// What make gives, with this entity's attributes.
+    /// @param make  gives an entity, or throws
+    template<typename Make>
+    GeomEntityPtr MakeScaled(Make make) const
+    {
+        try
+        {
+            const GeomEntityPtr clone = make();
+            clone->CopyFrom(this);
+            clone->Check();
+            return clone;
+        }
+        catch (std::exception& e)
+        {
+            LogBadPolygon(e);
+            return nullptr;
+        }
+    }
+
     /// The colour of the entity's border.
     math::Vec4 GetBorderColor() const;
     /// World units; 0 when no border is to be drawn.
@@ -72,6 +93,8 @@ protected:
     }
 
 private:
+    static void LogBadPolygon(std::exception& e);
+
     util::SharedPtr<physics::Geom> m_geom;
     script::AttribWrapper<float> m_friction;
     script::AttribWrapper<float> m_restitution;

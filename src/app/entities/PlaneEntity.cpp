@@ -126,12 +126,14 @@ GeomEntityPtr PlaneEntity::ScaledClone(const Vec2& scale) const
     const math::Plane2D& plane = GetPlane().GetPlane();
     const Vec2 normal = Normalized(Vec2(plane.normal.x / scale.x, plane.normal.y / scale.y));
     const Vec2 through = GetPlane().GetCenter();
-    const physics::PlanePtr geom =
-        QUIB_NEW physics::Plane(math::Plane2D(normal, -Dot(normal, through)));
-    geom->SetPos(through);
-    const util::SharedPtr<PlaneEntity> clone = QUIB_NEW PlaneEntity(geom);
-    clone->CopyFrom(this);
-    return clone;
+    return MakeScaled(
+        [&]
+        {
+            const physics::PlanePtr geom =
+                QUIB_NEW physics::Plane(math::Plane2D::FromPointNormal(through, normal));
+            geom->SetPos(through);
+            return GeomEntityPtr(QUIB_NEW PlaneEntity(geom));
+        });
 }
 
 bool PlaneEntity::ErasedBy(const physics::LinesegmentList& stroke) const

@@ -194,9 +194,8 @@ GeomEntityPtr PolyEntity::ScaledClone(const Vec2& scale) const
 {
     if (scale == Vec2(1, 1))
         return Clone();
-    const util::SharedPtr<PolyEntity> clone = QUIB_NEW PolyEntity(GetPolygon().Scale(scale));
-    clone->CopyFrom(this);
-    return clone;
+    return MakeScaled([&]
+                      { return GeomEntityPtr(QUIB_NEW PolyEntity(GetPolygon().Scale(scale))); });
 }
 
 bool PolyEntity::ErasedBy(const physics::LinesegmentList& stroke) const

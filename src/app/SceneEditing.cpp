@@ -1,0 +1,359 @@
+// The part of the scene that moves, scales, mirrors and clones.
+#include "app/Camera.h"
+#include "app/Chain.h"
+#include "app/EntitySerializer.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
+#include "app/entities/FixJointEntity.h"
+#include "app/entities/GeomEntity.h"
+#include "app/entities/JointEntity.h"
+#include "app/entities/PenEntity.h"
+#include "app/entities/SpringEntity.h"
+#include "app/entities/WeldBatch.h"
+#include "physics/Geom.h"
+#include "physics/Simulation.h"
+#include "physics/WorldGeom.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <unordered_map>
+
+using math::Vec2;
+using physics::BodyPtr;
+using physics::GeomPtr;
+
+namespace app
+{
+namespace
+{
+// From the geometries of originals to those that stand for them.
+using GeomMap = std::unordered_map<const physics::Geom*, GeomPtr>;
+
+GeomPtr Find(const GeomMap& map, const physics::Geom* geom)
+{
+    const auto it = map.find(geom);
+    return it != map.end() ? it->second : nullptr;
+}
+
+bool IsFinite(const math::Mat3& m)
+{
+    for (const auto& row : m.m)
+        for (float e : row)
+            if (!math::IsFinite(e))
+                return false;
+    return true;
+}
+
+/// How much the matrix stretches along the axes of the world; negative along an axis that it mirrors.
+Vec2 ScaleOf(const math::Mat3& matrix)
+{
+    return Vec2(std::copysign(matrix.GetColumn2(0).Length(), matrix[0][0]),
+                std::copysign(matrix.GetColumn2(1).Length(), matrix[1][1]));
+}
+
+using ClonePairs = std::vector<std::pair<EntityPtr, EntityPtr>>; // the original and its clone
+
+/// An end on a geometry that is not cloned stays there.
+GeomPtr CloneOrSelf(const GeomMap& newGeoms, const GeomPtr& geom)
+{
+    const GeomPtr newGeom = Find(newGeoms, geom.get());
+    return newGeom ? newGeom : geom;
+}
+
+void CopySettings(const Entity& from, Entity& to)
+{
+    EntitySerializer settings(EntitySerializer::Defaults::Keep);
+    from.SerializeTo(settings);
+    to.Deserialize(settings);
+}
+
+EntityPtr CloneJoint(const JointEntity& original, const GeomMap& newGeoms)
+{
+    const JointEntityPtr clone = original.Clone();
+    CopySettings(original, *clone);
+    const GeomPtr geoms[2] = {CloneOrSelf(newGeoms, original.GetGeom(0)),
+                              CloneOrSelf(newGeoms, original.GetGeom(1))};
+    clone->SetGeoms(geoms);
+    return clone;
+}
+
+EntityPtr ClonePen(const PenEntity& original, const GeomMap& newGeoms)
+{
+    const PenEntityPtr clone = original.Clone();
+    CopySettings(original, *clone);
+    clone->AttachTo(CloneOrSelf(newGeoms, original.GetGeom()), original.GetLocalPoint());
+    return clone;
+}
+
+/// Geometries that shared a body share one again, which moves as that one does.
+void CloneBodies(const ClonePairs& pairs)
+{
+    physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    const BodyPtr worldBody = simulation->GetWorldBody();
+    std::map<unsigned, std::pair<BodyPtr, physics::GeomSet>> copies; // by id of the original
+    for (const auto& [original, clone] : pairs)
+    {
+        const GeomPtr& geom = original->AsGeomEntity()->GetGeom();
+        const BodyPtr body = geom->GetBodyBody();
+        // A plane goes to the world body itself as soon as it enters the world. What was welded to that
+        // is not part of it any more, until its weld enters the world.
+        if (!body || (body == worldBody && geom->GetKind() == physics::GeomKind::Plane))
+            continue;
+        auto& copy = copies[body->GetID()];
+        copy.first = body;
+        copy.second.insert(clone->AsGeomEntity()->GetGeom());
+    }
+    for (const auto& copy : copies)
+    {
+        const BodyPtr body = QUIB_NEW physics::Body(*copy.second.first);
+        body->SetGeoms(copy.second.second);
+        simulation->AddBody(body);
+    }
+}
+
+void CloneChains(const ClonePairs& pairs)
+{
+    std::unordered_map<const Chain*, ChainPtr> newChains;
+    for (const auto& [original, clone] : pairs)
+        if (const ChainPtr& chain = original->GetChain())
+        {
+            ChainPtr& newChain = newChains[chain.get()];
+            if (!newChain)
+                newChain = QUIB_NEW Chain;
+            newChain->AddEntity(original->GetChainIndex(), clone);
+        }
+}
+
+/// Moves geometries, and tells each body once: a body looks at all its geometries when one has moved.
+class GeomMover
+{
+public:
+    void Move(const GeomEntity& entity, const math::Mat2D& matrix)
+    {
+        const BodyPtr body = entity.GetBody();
+        if (!body)
+            return;
+        entity.GetGeom()->SetWorldPose(matrix * entity.GetGeom()->GetPose());
+        m_bodies.emplace(body->GetID(), body);
+    }
+    void Finish() const
+    {
+        for (const auto& body : m_bodies)
+            body.second->OnGeomChange();
+    }
+
+private:
+    std::map<unsigned, BodyPtr> m_bodies;
+};
+
+// What a scale does to one joint.
+struct ScaledJoint
+{
+    JointEntityPtr joint;
+    GeomPtr geoms[2];
+    Vec2 points[2]; // in the world
+};
+
+/// @return  joint is null when the scale leaves it alone
+ScaledJoint ScaleJoint(const JointEntityPtr& joint, const GeomMap& newGeoms, bool isInGroup,
+                       const math::Mat3& matrix)
+{
+    ScaledJoint scaled;
+    bool moves[2];
+    for (int i = 0; i < 2; ++i)
+    {
+        const GeomPtr newGeom = Find(newGeoms, joint->GetGeom(i).get());
+        moves[i] = isInGroup || newGeom;
+        scaled.geoms[i] = newGeom ? newGeom : joint->GetGeom(i);
+    }
+    if (!scaled.geoms[0] || (!moves[0] && !moves[1]))
+        return scaled;
+    // A pin goes with what it holds. A spring's end on the background is a place of its own.
+    const GeomPtr world = physics::Simulation::GetInstancePtr()->GetWorldGeom();
+    const bool isPin = !dynamic_cast<const SpringEntity*>(joint.get());
+    for (int i = 0; i < 2; ++i)
+    {
+        const Vec2& point = joint->GetWorldPoint(i);
+        const bool goes = moves[i] || (isPin && scaled.geoms[i] == world);
+        scaled.points[i] = goes ? TransformCoordinate(matrix, point) : point;
+    }
+    scaled.joint = joint;
+    return scaled;
+}
+}
+
+void Scene::Transform(const GroupPtr& group, const math::Mat2D& matrix)
+{
+    const std::vector<EntityPtr> entities = group->GetTransformEntities();
+    for (const EntityPtr& entity : entities)
+        entity->StartTransform();
+    GeomMover mover;
+    bool hasMoved = false;
+    for (const EntityPtr& entity : entities)
+    {
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+        {
+            mover.Move(*geomEntity, matrix);
+            continue;
+        }
+        // All geometries stand in front of all joints.
+        if (!hasMoved)
+            mover.Finish();
+        hasMoved = true;
+        entity->Transform(matrix);
+    }
+    if (!hasMoved)
+        mover.Finish();
+    for (const EntityPtr& entity : entities)
+        entity->EndTransform();
+}
+
+void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
+{
+    if (matrix == math::Mat3())
+        return;
+    const Vec2 scale = ScaleOf(matrix);
+    const float factor = std::sqrt(std::fabs(scale.x * scale.y));
+    if (!IsFinite(matrix) || !(factor > 0))
+    {
+        Log(logging::LogWarning, "Bad scale: it must be finite, and not 0 along an axis");
+        return;
+    }
+    DepthTagEntities();
+    const EntitySet members = group->GetEntities();
+
+    // Everything new is made before anything is changed.
+    EntityMap newEntities(members.size());
+    GeomMap newGeoms;
+    for (const EntityPtr& entity : m_entities)
+    {
+        const GeomEntity* old = entity->AsGeomEntity();
+        if (!old || !members.count(entity))
+            continue;
+        const GeomEntityPtr clone = old->ScaledClone(scale);
+        if (!clone)
+            continue;
+        clone->GetGeom()->SetPos(TransformCoordinate(matrix, old->GetGeom()->GetCenter()));
+        newEntities[entity] = clone;
+        newGeoms[old->GetGeom().get()] = clone->GetGeom();
+    }
+    std::vector<ScaledJoint> joints;
+    std::vector<std::pair<PenEntity*, Vec2>> pens; // and where they come to lie in the world
+    for (const EntityPtr& entity : m_entities)
+        if (JointEntity* joint = entity->ToJointEntity())
+        {
+            const ScaledJoint scaled =
+                ScaleJoint(joint, newGeoms, members.count(entity) != 0, matrix);
+            if (scaled.joint)
+                joints.push_back(scaled);
+        }
+        else if (PenEntity* pen = entity->ToPenEntity())
+            if (newGeoms.count(pen->GetGeom().get()) || members.count(entity))
+                pens.emplace_back(pen, TransformCoordinate(matrix, pen->GetPos()));
+
+    // Welds hold bodies together, which are about to be others.
+    {
+        WeldBatch unwelding;
+        for (const ScaledJoint& scaled : joints)
+            if (scaled.joint->AsFixJointEntity())
+                scaled.joint->RemoveFromSimulation();
+    }
+
+    group->Update(newEntities);
+    ReplaceEntities(newEntities);
+
+    {
+        WeldBatch welding;
+        for (const ScaledJoint& scaled : joints)
+        {
+            scaled.joint->SetGeoms(scaled.geoms);
+            scaled.joint->AttachAt(scaled.points);
+            if (scaled.joint->AsFixJointEntity())
+                scaled.joint->AddToSimulation();
+            if (!members.count(scaled.joint.get()))
+                continue;
+            scaled.joint->SetSize(scaled.joint->GetSize() * factor);
+            if (auto* spring = dynamic_cast<SpringEntity*>(scaled.joint.get()))
+                spring->SetTargetLength(spring->GetTargetLength() * factor);
+        }
+    }
+    for (const auto& [pen, pos] : pens)
+    {
+        if (const GeomPtr geom = Find(newGeoms, pen->GetGeom().get()))
+            pen->AttachTo(geom, TransformCoordinate(geom->GetPoseInv(), pos));
+        if (members.count(pen))
+            pen->SetSize(pen->GetSize() * factor);
+    }
+    SortByDepth();
+}
+
+void Scene::ReplaceEntities(const EntityMap& map)
+{
+    // The groups first: what leaves the scene leaves its groups.
+    for (const GroupPtr& group : m_groups)
+        group->Update(map);
+    if (const GroupPtr& tracked = m_camera->GetTrackedGroup())
+        tracked->Update(map);
+    // Each at the place of the one it replaces: taking out one after the other would be a search each.
+    for (EntityPtr& place : m_entities)
+        if (const EntityPtr* found = map.Find(place))
+        {
+            const EntityPtr old = place, clone = *found;
+            if (const ChainPtr chain = old->GetChain())
+            {
+                chain->AddEntity(old->GetChainIndex(), clone);
+                old->SetChain(nullptr, 0);
+            }
+            place = clone;
+            clone->m_isInScene = true;
+            clone->AddToSimulation();
+            TakeOut(old);
+        }
+}
+
+GroupPtr Scene::CreateClone(const GroupPtr& group)
+{
+    DepthTagEntities();
+    const EntitySet members = group->GetEntities();
+
+    // Everything new is made before anything is changed. Geometries come first, then joints and pens,
+    // which hang on them.
+    ClonePairs pairs;
+    pairs.reserve(members.size());
+    GeomMap newGeoms;
+    for (const EntityPtr& entity : m_entities)
+        if (const GeomEntity* original = entity->AsGeomEntity())
+            if (members.count(entity))
+            {
+                const GeomEntityPtr clone = original->Clone();
+                newGeoms[original->GetGeom().get()] = clone->GetGeom();
+                pairs.emplace_back(entity, clone);
+            }
+    const size_t geomCount = pairs.size();
+    for (const EntityPtr& entity : m_entities)
+        if (const JointEntity* original = entity->AsJointEntity())
+            if (members.count(entity))
+                pairs.emplace_back(entity, CloneJoint(*original, newGeoms));
+    for (const EntityPtr& entity : m_entities)
+        if (const PenEntity* original = entity->AsPenEntity())
+            if (members.count(entity))
+                pairs.emplace_back(entity, ClonePen(*original, newGeoms));
+
+    CloneBodies(ClonePairs(pairs.begin(), pairs.begin() + geomCount));
+    CloneChains(pairs);
+    const GroupPtr clones = QUIB_NEW Group(group->GetName());
+    WeldBatch welding;
+    for (const auto& [original, clone] : pairs)
+    {
+        clone->SetZDepth(original->GetZDepth());
+        for (const GroupPtr& other : m_groups)
+            if (other->Contains(original))
+                other->Add(clone);
+        AddEntity(clone);
+        clones->Add(clone);
+    }
+    SortByDepth();
+    return clones;
+}
+}

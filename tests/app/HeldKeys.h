@@ -1,0 +1,66 @@
+// Keys that are held down for its life, as SDL and the program see them.
+#pragma once
+
+#include "input/Input.h"
+
+#include <SDL_keyboard.h>
+
+#include <initializer_list>
+#include <vector>
+
+namespace test
+{
+class HeldKeys
+{
+public:
+    HeldKeys(std::initializer_list<int> keys)
+        : m_keys(keys)
+        , m_before(SDL_GetModState())
+    {
+        int mask = m_before;
+        for (int key : m_keys)
+        {
+            Press(key, true);
+            mask |= MaskOf(key);
+        }
+        SDL_SetModState(static_cast<SDLMod>(mask));
+    }
+    ~HeldKeys()
+    {
+        for (int key : m_keys)
+            Press(key, false);
+        SDL_SetModState(m_before);
+    }
+    HeldKeys(const HeldKeys&) = delete;
+    HeldKeys& operator=(const HeldKeys&) = delete;
+
+private:
+    static int MaskOf(int key)
+    {
+        switch (key)
+        {
+        case SDLK_LSHIFT:
+            return KMOD_LSHIFT;
+        case SDLK_RSHIFT:
+            return KMOD_RSHIFT;
+        case SDLK_LCTRL:
+            return KMOD_LCTRL;
+        case SDLK_RCTRL:
+            return KMOD_RCTRL;
+        case SDLK_LALT:
+            return KMOD_LALT;
+        case SDLK_RALT:
+            return KMOD_RALT;
+        default:
+            return 0;
+        }
+    }
+    static void Press(int key, bool down)
+    {
+        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, math::Vec2()));
+    }
+
+    std::vector<int> m_keys;
+    SDLMod m_before;
+};
+}
