@@ -14,7 +14,7 @@ public:
     virtual ~Engine() = default;
 
     virtual void Step() = 0;
-    /// Centers of mass of the shapes that are still there.
+    /// Centers of mass of the shapes that are still there, then of the particles.
     virtual std::vector<Vec2> GetPositions() const = 0;
     /// How many contact points the last step had.
     virtual size_t CountContacts() const = 0;

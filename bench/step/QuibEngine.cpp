@@ -2,6 +2,7 @@
 #include "physics/Circle.h"
 #include "physics/Contact.h"
 #include "physics/Hinge.h"
+#include "physics/Particle.h"
 #include "physics/Plane.h"
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
@@ -33,6 +34,8 @@ public:
         for (const HingePoint& hinge : world.hinges)
             m_sim->AddConstraint(
                 QUIB_NEW physics::Hinge(GetHingeGeom(hinge.a), GetHingeGeom(hinge.b), hinge.point));
+        for (const Vec2& p : world.particles)
+            m_sim->AddParticle(QUIB_NEW physics::Particle(p, Vec2()));
     }
     ~QuibEngine() override { m_sim->Clear(); }
 
@@ -43,6 +46,8 @@ public:
         for (const physics::BodyPtr& body : m_bodies)
             if (m_sim->HasBody(body))
                 all.push_back(body->GetPos());
+        for (const physics::ParticlePtr& particle : m_sim->GetParticles())
+            all.push_back(particle->GetPos());
         return all;
     }
     size_t CountContacts() const override { return m_sim->GetContacts().size(); }

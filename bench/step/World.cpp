@@ -224,6 +224,27 @@ World MakeSparseFall()
     world.minBottom = -80;
     return world;
 }
+
+// A block of water at one side of a basin.
+World MakeDamOf(int columns, int rows, float halfWidth)
+{
+    World world;
+    AddBasin(world, halfWidth);
+    for (int i = 0; i < columns * rows; ++i)
+        world.particles.push_back(
+            Vec2(-halfWidth + 0.1f + 0.09f * (i % columns), 0.05f + 0.09f * (i / columns)));
+    world.minTop = 1.5f;
+    world.minBottom = -0.05f;
+    return world;
+}
+World MakeDam()
+{
+    return MakeDamOf(125, 80, 8);
+}
+World MakeDamSmall()
+{
+    return MakeDamOf(50, 40, 3.5f);
+}
 }
 
 const std::vector<WorldEntry>& GetWorlds()
@@ -238,6 +259,8 @@ const std::vector<WorldEntry>& GetWorlds()
         {"mixed", MakeMixed, 0.4f, 0.2f},
         {"sparse", MakeSparse, 0.6f, 0.4f},
         {"sparse_fall", MakeSparseFall, 0.6f, 0.4f},
+        {"dam", MakeDam, 0.36f, 0.26f, "wall"},
+        {"dam_small", MakeDamSmall, 0.06f, 0.045f, "wall"},
     };
     return s_worlds;
 }

@@ -48,6 +48,7 @@ struct World
     std::vector<math::Plane2D> planes; // solid where n * p + d < 0
     std::vector<Shape> shapes;
     std::vector<HingePoint> hinges;
+    std::vector<Vec2> particles; // of water, at rest; the peers have none
     // What must hold at the end, or the time does not count.
     float minTop;    // the highest shape is no lower
     float minBottom; // the lowest shape is no lower
@@ -59,6 +60,8 @@ struct WorldEntry
     const char* name;
     World (*make)();
     float must, aim; // settled; 0 for none
+    // Water has no peer: it is compared with what Box2D takes for that world. Null: for the same.
+    const char* against = nullptr;
 };
 
 /// In the order of the table.
