@@ -6,22 +6,28 @@ namespace physics
 {
 Contact*& ContactCache::operator[](const ContactID& id)
 {
-    if (2 * m_size >= m_slots.size())
+    if (m_guess < m_entries.size() && m_entries.data()[m_guess].id == id)
+        return m_entries.data()[m_guess++].contact;
+
+    if (2 * m_entries.size() >= m_slots.size())
         Grow();
     Slot& slot = FindSlot(id);
-    if (slot.generation != m_generation)
+    if (slot.generation == m_generation)
+        m_guess = slot.entry + 1;
+    else
     {
-        slot.id = id;
+        // A new one in between: the guess stays.
+        slot.entry = static_cast<uint32_t>(m_entries.size());
         slot.generation = m_generation;
-        slot.contact = nullptr;
-        ++m_size;
+        m_entries.append(Entry{id, nullptr});
     }
-    return slot.contact;
+    return m_entries.data()[slot.entry].contact;
 }
 
 void ContactCache::clear()
 {
-    m_size = 0;
+    m_entries.clear();
+    m_guess = 0;
     if (++m_generation != 0)
         return;
     std::memset(static_cast<void*>(m_slots.data()), 0, m_slots.size() * sizeof(Slot));
@@ -35,19 +41,16 @@ ContactCache::Slot& ContactCache::FindSlot(const ContactID& id)
     const size_t mask = m_slots.size() - 1;
     // The ids of one pair differ in few bits: a multiplication carries them to the high half.
     size_t i = (id.GetHash() * 0x9E3779B97F4A7C15ull >> 32) & mask;
-    while (slots[i].generation == m_generation && slots[i].id != id)
+    while (slots[i].generation == m_generation && m_entries.data()[slots[i].entry].id != id)
         i = (i + 1) & mask;
     return slots[i];
 }
 
 void ContactCache::Grow()
 {
-    util::VectorPOD<Slot> old;
-    old.swap(m_slots);
-    m_slots.resize(old.empty() ? 64 : 2 * old.size());
+    m_slots.resize(m_slots.empty() ? 64 : 2 * m_slots.size());
     std::memset(static_cast<void*>(m_slots.data()), 0, m_slots.size() * sizeof(Slot));
-    for (const Slot& slot : old)
-        if (slot.generation == m_generation)
-            FindSlot(slot.id) = slot;
+    for (uint32_t i = 0; i < m_entries.size(); ++i)
+        FindSlot(m_entries.data()[i].id) = Slot{m_generation, i};
 }
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 using physics::Contact;
@@ -60,4 +61,39 @@ TEST(ContactCache, HoldsManyIdsAndForgetsThemAll)
         EXPECT_EQ(nullptr, cache[ContactID(0, 100 + round, 0)]);
         cache.clear();
     }
+}
+
+TEST(ContactCache, FindsWhatStayedAmongWhatCameAndWent)
+{
+    // The same order in both rounds, but for a few that go and a few that come.
+    ContactCache cache;
+    std::vector<ContactID> last, now;
+    for (unsigned i = 0; i < 3000; ++i)
+    {
+        const ContactID id(i / 3, 5000 + i / 7, i % 3);
+        if (i % 10 != 3)
+            last.push_back(id);
+        if (i % 7 != 2)
+            now.push_back(id);
+    }
+    for (size_t i = 0; i < last.size(); ++i)
+        cache[last[i]] = Fake(i);
+    for (size_t i = 0; i < now.size(); i += 400) // and a few in another place
+        std::swap(now[i], now[(7 * i + 100) % now.size()]);
+    size_t found = 0;
+    for (const ContactID& id : now)
+    {
+        Contact* expected = nullptr;
+        for (unsigned i = 0, k = 0; i < 3000; ++i)
+            if (i % 10 != 3)
+            {
+                if (ContactID(i / 3, 5000 + i / 7, i % 3) == id)
+                    expected = Fake(k);
+                ++k;
+            }
+        ASSERT_EQ(expected, cache[id]);
+        found += expected != nullptr;
+    }
+    EXPECT_GT(found, 2000u);
+    EXPECT_GT(now.size(), found);
 }
