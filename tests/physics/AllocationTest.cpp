@@ -2,6 +2,8 @@
 
 #include "AllocationCounter.h"
 #include "SimulationFixture.h"
+#include "physics/Hinge.h"
+#include "physics/SpringJoint.h"
 
 namespace physics
 {
@@ -57,6 +59,37 @@ TEST_F(AllocationTest, ASettledHeapOfAllShapesAllocatesNothing)
     // Touches come and go while it settles: capacities reach what the heap ever needs.
     Steps(1500);
     EXPECT_EQ(0u, CountAllocations(200));
+}
+
+TEST_F(AllocationTest, HingesAndSpringsAllocateNothing)
+{
+    AddFloor();
+    for (int chain = 0; chain < 3; ++chain)
+    {
+        GeomPtr last = sim.GetWorldGeom();
+        for (int i = 0; i < 20; ++i)
+        {
+            const Vec2 pos(0.2f * i + 0.1f, 6.0f + chain);
+            const GeomPtr geom = GeomOf(AddCircle(pos, 0.1f));
+            const HingePtr hinge = QUIB_NEW Hinge(last, geom, pos - Vec2(0.1f, 0));
+            hinge->SetMotor(i % 4 == 0);
+            hinge->SetImpulseLimit(i % 3 == 0 ? 1000 : Inf);
+            sim.AddConstraint(hinge);
+            sim.AddJoint(QUIB_NEW SpringJoint(sim.GetWorldGeom(), pos + Vec2(0, 1), geom, pos));
+            last = geom;
+        }
+    }
+    const BodyPtr box = AddBox(Vec2(1, 1), Vec2(8, 0.5f));
+    sim.AddJoint(QUIB_NEW SpringJoint(sim.GetWorldGeom(), Vec2(8, 3), GeomOf(box), Vec2(8, 1)));
+    Steps(300);
+    for (const bool prioritized : {false, true})
+    {
+        sim.m_prioritizedSolver = prioritized;
+        Steps(300);
+        EXPECT_EQ(0u, CountAllocations(100)) << prioritized;
+    }
+    EXPECT_EQ(60u, sim.GetHinges().size());
+    EXPECT_EQ(61u, sim.GetJoints().size());
 }
 
 TEST_F(AllocationTest, ThePrioritisedSolverKeepsItsMemory)
