@@ -130,25 +130,6 @@ bool Contact::SolveInit()
     return true;
 }
 
-void Contact::CalcDesiredImpulse()
-{
-    const AbstractBody& a = *m_bodies[0];
-    const AbstractBody& b = *m_bodies[1];
-    const Vec2 w = (b.GetVelChange() + Cross(b.GetAngVelChange(), m_r[1])) -
-                   (a.GetVelChange() + Cross(a.GetAngVelChange(), m_r[0]));
-
-    const float dn = m_targetN - Dot(w, m_normal) * m_effMassN;
-    const float newN = Max(m_totalN + dn, 0); // contacts don't pull
-    m_deltaN = newN - m_totalN;
-
-    const float limit = Max(m_friction * newN, 0);
-    const float dt = m_targetT - Dot(w, m_tangent) * m_effMassT;
-    const float newT = Max(-limit, Min(limit, m_totalT + dt));
-    m_deltaT = newT - m_totalT;
-
-    m_priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;
-}
-
 void Contact::ApplyImpulse()
 {
     Constraint::ApplyImpulse(m_deltaN * m_normal + m_deltaT * m_tangent);

@@ -83,6 +83,27 @@ private:
     float m_deltaN = 0, m_deltaT = 0;     // the last increments; the row solver leaves them alone
     ContactID m_contactId{0, 0, 0};
 };
+
+// In the header because the row solver asks every contact once.
+inline void Contact::CalcDesiredImpulse()
+{
+    const AbstractBody& a = *m_bodies[0];
+    const AbstractBody& b = *m_bodies[1];
+    const math::Vec2 w = (b.GetVelChange() + math::Cross(b.GetAngVelChange(), m_r[1])) -
+                         (a.GetVelChange() + math::Cross(a.GetAngVelChange(), m_r[0]));
+
+    const float dn = m_targetN - math::Dot(w, m_normal) * m_effMassN;
+    const float newN = Max(m_totalN + dn, 0); // contacts don't pull
+    m_deltaN = newN - m_totalN;
+
+    const float limit = Max(m_friction * newN, 0);
+    const float dt = m_targetT - math::Dot(w, m_tangent) * m_effMassT;
+    const float newT = Max(-limit, Min(limit, m_totalT + dt));
+    m_deltaT = newT - m_totalT;
+
+    m_priority = m_deltaN * m_deltaN + m_deltaT * m_deltaT;
+}
+
 using ContactPtr = util::SharedPtr<Contact>;
 using ContactList = std::vector<ContactPtr>;
 

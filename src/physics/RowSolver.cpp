@@ -81,15 +81,20 @@ RowSolver::Kind RowSolver::KindOf(const Constraint& constraint)
     return SingleKind;
 }
 
-uint32_t RowSolver::Enter(AbstractBody* body)
+inline uint32_t RowSolver::Enter(AbstractBody* body)
 {
     if (body->IsImmovable())
         return 0;
     // The index is the body's own from an earlier call if it points back.
-    uint32_t index = body->GetSolverIndex();
+    const uint32_t index = body->GetSolverIndex();
     if (index < m_bodies.size() && m_bodies.begin()[index] == body)
         return index;
-    index = static_cast<uint32_t>(m_bodies.size());
+    return EnterNew(body);
+}
+
+uint32_t RowSolver::EnterNew(AbstractBody* body)
+{
+    const uint32_t index = static_cast<uint32_t>(m_bodies.size());
     body->SetSolverIndex(index);
     m_bodies.append(body);
     m_inertiaInv.append(body->GetInertiaInv());
@@ -114,11 +119,11 @@ void RowSolver::BuildRows(const ConstraintList& constraints, bool preSort)
         row.body1 = Enter(constraint->m_bodies[1]);
         // What ties a movable body to itself is none that lanes could take.
         row.kind = row.body0 != row.body1 ? KindOf(*constraint) : SingleKind;
-        if (preSort)
-            constraint->CalcDesiredImpulse();
         if (row.kind == ContactKind)
         {
-            const Contact& contact = static_cast<const Contact&>(*constraint);
+            Contact& contact = static_cast<Contact&>(*constraint);
+            if (preSort)
+                contact.CalcDesiredImpulse();
             row.normalX = contact.m_normal.x;
             row.normalY = contact.m_normal.y;
             row.r0x = contact.m_r[0].x;
@@ -133,6 +138,8 @@ void RowSolver::BuildRows(const ConstraintList& constraints, bool preSort)
             row.totalT = contact.m_totalT;
             row.friction = contact.m_friction;
         }
+        else if (preSort)
+            constraint->CalcDesiredImpulse();
         // Priorities are not negative: their bits are in the order of their values. What is not a
         // number comes last, as in ConstraintComparer.
         uint32_t bits;
@@ -184,6 +191,27 @@ void RowSolver::SortKeys()
     }
 }
 
+namespace
+{
+template<typename Batch>
+void MakeRoom(std::vector<Batch>& batches, uint32_t index)
+{
+    if (batches.size() <= index)
+        batches.resize(2 * (index + 1));
+}
+
+// An empty lane: it works on nothing but the accumulators of immovable bodies. All fields are arrays of
+// one number per lane.
+template<typename Batch>
+void ClearLane(Batch& batch, int lane)
+{
+    static_assert(sizeof(Batch) % (RowBatch::Lanes * sizeof(float)) == 0, "arrays of lanes only");
+    char* end = reinterpret_cast<char*>(&batch + 1);
+    for (char* p = reinterpret_cast<char*>(&batch); p != end; p += RowBatch::Lanes * sizeof(float))
+        std::memset(p + lane * sizeof(float), 0, sizeof(float));
+}
+}
+
 void RowSolver::Schedule(const ConstraintList& constraints)
 {
     m_places.clear();
@@ -231,6 +259,27 @@ void RowSolver::Schedule(const ConstraintList& constraints)
         firstFree[a] = firstFree[b] = number + 1;
         firstFree[0] = 0; // nobody waits for immovable bodies
     }
+    ClearEmptyLanes();
+}
+
+void RowSolver::ClearEmptyLanes()
+{
+    for (const Place& place : m_places)
+        for (int lane = place.fill; lane < RowBatch::Lanes; ++lane)
+            switch (place.kind)
+            {
+            case ContactKind:
+                ClearLane(m_contactBatches[place.index], lane);
+                break;
+            case HingeKind:
+                ClearLane(m_hingeBatches[place.index], lane);
+                break;
+            case MotorKind:
+                ClearLane(m_motorBatches[place.index], lane);
+                break;
+            default:
+                break;
+            }
 }
 
 void RowSolver::FillLane(RowBatch& batch, int lane, const Row& row) const
@@ -302,28 +351,17 @@ uint32_t RowSolver::FindBatch(Kind kind, uint32_t earliest)
     return AddBatch(kind);
 }
 
-namespace
-{
-template<typename Batch>
-void ClearBatch(std::vector<Batch>& batches, uint32_t index)
-{
-    if (batches.size() <= index)
-        batches.resize(2 * (index + 1));
-    std::memset(static_cast<void*>(&batches[index]), 0, sizeof(Batch));
-}
-}
-
 uint32_t RowSolver::AddBatch(Kind kind)
 {
     const uint32_t number = static_cast<uint32_t>(m_places.size());
     const uint32_t index = m_counts[kind]++;
     m_places.append({kind, 0, index});
     if (kind == ContactKind)
-        ClearBatch(m_contactBatches, index);
+        MakeRoom(m_contactBatches, index);
     else if (kind == HingeKind)
-        ClearBatch(m_hingeBatches, index);
+        MakeRoom(m_hingeBatches, index);
     else if (kind == MotorKind)
-        ClearBatch(m_motorBatches, index);
+        MakeRoom(m_motorBatches, index);
     while (m_open[kind].size() <= number / 64)
         m_open[kind].append(0);
     m_open[kind].data()[number / 64] |= uint64_t(1) << number % 64;

@@ -151,9 +151,11 @@ private:
     static Kind KindOf(const Constraint& constraint);
 
     uint32_t Enter(AbstractBody* body);
+    uint32_t EnterNew(AbstractBody* body);
     void BuildRows(const ConstraintList& constraints, bool preSort);
     void SortKeys();
     void Schedule(const ConstraintList& constraints);
+    void ClearEmptyLanes();
     uint32_t FindBatch(Kind kind, uint32_t earliest);
     uint32_t AddBatch(Kind kind);
     void FillLane(RowBatch& batch, int lane, const Row& row) const;
