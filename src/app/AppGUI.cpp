@@ -119,6 +119,11 @@ void AppGUI::Rebuild()
     RemoveAllComponents();
 }
 
+void AppGUI::RemoveWidget(const WidgetPtr& widget)
+{
+    m_widgets.erase(std::remove(m_widgets.begin(), m_widgets.end(), widget), m_widgets.end());
+}
+
 void AppGUI::RemoveGroupWidgets()
 {
     m_widgets.erase(std::remove_if(m_widgets.begin(), m_widgets.end(),

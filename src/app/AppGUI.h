@@ -43,6 +43,8 @@ public:
     const std::vector<WidgetPtr>& GetWidgets() const { return m_widgets; }
     /// @param widget  not null
     void AddWidget(const WidgetPtr& widget) { m_widgets.push_back(widget); }
+    /// One that is not open is ignored.
+    void RemoveWidget(const WidgetPtr& widget);
     /// Those that belong to entities go with the scene, those of the user's layout stay.
     void RemoveGroupWidgets();
 

@@ -40,7 +40,7 @@ void FileInfo::OnVersionChange()
 {
     if (GetVersion() > LATEST_VERSION)
         Log(logging::LogError,
-            "Loading scene from a newer version of Quib. Some of it may be missing: get the newest "
-            "version from where this one came from.");
+            "Loading scene from a newer version of Quib. Some things may be missing; please get the "
+            "latest version from the download page.");
 }
 }

@@ -302,9 +302,12 @@ void Serializer::AddGroup(const EntitySerializer& serializer)
 
 void Serializer::AddWidget(const EntitySerializer& serializer)
 {
+    const util::String groupID =
+        serializer.Has("groupID") ? serializer.Get<util::String>("groupID") : "";
     GroupPtr group;
-    if (serializer.Has("groupID"))
-        group = Scene::GetInstancePtr()->GetGroupByName(serializer.Get<util::String>("groupID"));
+    // Groups without a name are not told apart by it.
+    if (!groupID.empty())
+        group = Scene::GetInstancePtr()->GetGroupByName(groupID);
     if (!group)
     {
         group = QUIB_NEW Group;
@@ -314,8 +317,11 @@ void Serializer::AddWidget(const EntitySerializer& serializer)
         serializer.Get<util::String>("widgetID"), group);
     if (serializer.Has("minimized"))
         widget->SetMinimized(serializer.Get<bool>("minimized"));
-    widget->SetPos(serializer.Has("pos") ? serializer.Get<Vec2>("pos")
-                                         : input::Input::GetInstancePtr()->GetMousePos());
+    const Vec2 pos = serializer.Has("pos") ? serializer.Get<Vec2>("pos")
+                                           : input::Input::GetInstancePtr()->GetMousePos();
+    if (!math::IsFinite(pos))
+        QUIB_THROW(BadDataException("Bad pos"));
+    widget->SetPos(pos);
     if (serializer.Has("title"))
         widget->SetTitle(serializer.Get<util::String>("title"));
     App::GetInstancePtr()->GetAppGUI()->AddWidget(widget);

@@ -250,7 +250,8 @@ util::String Serializer::SerializeScene()
     for (const Entry& entry : groups)
         SerializeGroup(block, entry.second, &ids);
     for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
-        if (widget->GetGroup())
+        // The interface closes those whose entities have gone.
+        if (widget->GetGroup() && !GetMemberIDs(*widget->GetGroup(), &ids).empty())
             SerializeWidget(block, *widget, &ids);
     return "// Quib scene created by " + util::FileSystem::GetInstancePtr()->NameAndVersion() +
            "\n\n" + block.ToCode();
@@ -321,7 +322,13 @@ void Serializer::SerializeSettings(script::CodeBlock& block)
 Serializer::FileIDs Serializer::SerializeEntities(script::CodeBlock& block,
                                                   const std::vector<EntityPtr>& entities)
 {
-    Scene::GetInstancePtr()->DepthTagEntities();
+    Scene* scene = Scene::GetInstancePtr();
+    scene->DepthTagEntities();
+    // As they will stand once the dead are gone: a text read and written again is the same.
+    float depth = 0;
+    for (const EntityPtr& entity : scene->GetEntities())
+        if (entity->IsAlive())
+            entity->SetZDepth(depth++);
     FileIDs ids;
     ids.chainPlaces = FindChainPlaces(entities);
     ids.geoms[physics::Simulation::GetInstancePtr()->GetWorldGeom()->GetID()] = 0;
@@ -404,8 +411,15 @@ void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget,
 {
     EntitySerializer serializer;
     serializer.Set("widgetID", widget.GetID());
-    serializer.Set("groupID", widget.GetGroup()->GetName());
-    serializer.Set("entityIDs", GetMemberIDs(*widget.GetGroup(), ids));
+    // A name that another group bears tells nothing: the members alone tell which one it is.
+    const GroupPtr& group = widget.GetGroup();
+    const std::vector<GroupPtr> groups = Scene::GetInstancePtr()->GetGroups();
+    const bool isAmbiguous =
+        std::any_of(groups.begin(), groups.end(),
+                    [&group](const GroupPtr& other)
+                    { return other != group && other->GetName() == group->GetName(); });
+    serializer.Set("groupID", isAmbiguous ? util::String() : group->GetName());
+    serializer.Set("entityIDs", GetMemberIDs(*group, ids));
     serializer.Set("minimized", widget.IsMinimized());
     serializer.Set("pos", widget.GetPos());
     serializer.Set("title", widget.GetTitle());

@@ -1,13 +1,153 @@
 // Files from before scenes were programs.
 #include "SerializerFixture.h"
 
+#include "app/Chain.h"
+#include "app/entities/FixJointEntity.h"
+#include "app/entities/HingeEntity.h"
+#include "app/entities/PenEntity.h"
+#include "app/entities/SpringEntity.h"
+
 using math::Vec2;
 
 namespace app
 {
 namespace
 {
-using OldFormatTest = SerializerFixture;
+class OldFormatTest : public SerializerFixture
+{
+protected:
+    static void LoadFile(const char* name)
+    {
+        Load(test::Slurp(util::String(QUIB_SOURCE_DIR "/tests/app/old/") + name));
+    }
+    static const physics::Geom* GeomAt(size_t i)
+    {
+        return EntityAt(i)->AsGeomEntity()->GetGeom().get();
+    }
+};
+
+TEST_F(OldFormatTest, ReadsEverythingThatAFileCouldHold)
+{
+    test::LogCapture errors(logging::LogError), warnings(logging::LogWarning);
+    LoadFile("machine.qib");
+    EXPECT_EQ("", errors.Text());
+    EXPECT_EQ("", warnings.Text());
+    EXPECT_EQ(1, FileInfo::GetInstancePtr()->GetVersion());
+    ASSERT_EQ(12u, TheScene()->GetEntities().size());
+
+    EXPECT_NEAR(5, GeomAt(0)->DistanceWorld(Vec2(3, 5)), 1e-5f);
+    EXPECT_EQ(math::Vec4(0.8f, 0.4f, 0.1f, 1), EntityAt(1)->GetColor4());
+    EXPECT_EQ("0.75", Attribute(EntityAt(1), "friction"));
+    EXPECT_EQ("0", Attribute(EntityAt(2), "collideSet"));
+    EXPECT_EQ("1", Attribute(EntityAt(1), "collideSet"));
+    EXPECT_EQ(Vec2(4, 3), GeomAt(3)->GetCenter());
+
+    const auto axle = util::DynamicCast<HingeEntity>(EntityAt(7));
+    ASSERT_TRUE(axle);
+    EXPECT_EQ(GeomAt(2), axle->GetGeom(0).get()); // the topmost there
+    EXPECT_EQ(GeomAt(1), axle->GetGeom(1).get());
+    EXPECT_TRUE(axle->GetButtonForward().IsBound());
+    const auto pin = util::DynamicCast<HingeEntity>(EntityAt(8));
+    ASSERT_TRUE(pin);
+    EXPECT_EQ(GeomAt(3), pin->GetGeom(0).get());
+    EXPECT_TRUE(pin->IsAttachedToWorld());
+    const auto weld = util::DynamicCast<FixJointEntity>(EntityAt(9));
+    ASSERT_TRUE(weld);
+    EXPECT_EQ(GeomAt(1)->GetBodyPtr(), GeomAt(4)->GetBodyPtr());
+    const auto coil = util::DynamicCast<SpringEntity>(EntityAt(10));
+    ASSERT_TRUE(coil);
+    EXPECT_EQ(GeomAt(3), coil->GetGeom(0).get());
+    EXPECT_TRUE(coil->IsAttachedToWorld());
+    EXPECT_EQ(2, coil->GetTargetLength());
+    const auto pen = util::DynamicCast<PenEntity>(EntityAt(11));
+    ASSERT_TRUE(pen);
+    EXPECT_EQ(GeomAt(2), pen->GetGeom().get());
+    EXPECT_NEAR(0.5f, pen->GetLocalPoint().y, 1e-5f);
+    EXPECT_EQ("2", Attribute(pen, "fadeTime"));
+
+    ASSERT_TRUE(EntityAt(5)->GetChain());
+    EXPECT_EQ(EntityAt(5)->GetChain(), EntityAt(6)->GetChain());
+    EXPECT_EQ(1u, EntityAt(6)->GetChain()->IndexOf(*EntityAt(6)));
+    EXPECT_EQ(2u, TheScene()->GetGroupByName("pair")->GetEntities().size());
+    EXPECT_EQ(2u, TheScene()->GetGroupByName("group_7")->GetEntities().size());
+    ASSERT_TRUE(TheCamera()->GetTrackedGroup());
+    EXPECT_TRUE(TheCamera()->GetTrackedGroup()->Contains(EntityAt(3)));
+    EXPECT_EQ(3u, Sim()->GetParticles().size());
+
+    // Saved it is a file of today.
+    const util::String saved = Save();
+    EXPECT_TRUE(Has(saved, "FileInfo.version = 2;"));
+    Load(saved);
+    EXPECT_EQ(saved, Save());
+    EXPECT_EQ(12u, TheScene()->GetEntities().size());
+}
+
+TEST_F(OldFormatTest, LogsWhatItDoesNotUnderstandAndKeepsTheRest)
+{
+    test::LogCapture progress(logging::LogVerbose);
+    test::LogCapture log(logging::LogWarning);
+    test::LogCapture errors(logging::LogError);
+    LoadFile("faults.qib");
+    EXPECT_TRUE(progress.Has("Old (pre beta 4) file type detected"));
+    const char* const lines[] = {
+        "Unknown constant declared in scene file: title",
+        "Unknown constant declared in scene file: size",
+        "Unknown type: wheel",
+        "Unknown type: ",
+        "An error occurred while deserializing: Not a string",
+        "An error occurred while deserializing: Wrong number of arguments",
+        "Unknown garbage found in scene file: Scene.addBox({})",
+        "Unknown garbage found in scene file: 1 + 2",
+        "Unknown garbage found in scene file: {",
+        "An error occurred while deserializing: Bad size: both sides must be above 0",
+        "An error occurred while deserializing: Missing key \"vecs\"",
+        "An error occurred while deserializing: Not a vector",
+    };
+    for (const char* line : lines)
+        EXPECT_TRUE(log.Has(line)) << line << "\n" << log.Text();
+    EXPECT_TRUE(errors.Has("Bad joint")) << errors.Text();
+    // The last one, and the one whose size could not be computed.
+    ASSERT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_EQ(math::Vec4(0.1f, 0.2f, 0.3f, 1), EntityAt(1)->GetColor4());
+    EXPECT_TRUE(Sim()->GetParticles().empty());
+    EXPECT_EQ(1u, TheScene()->GetGroups().size());
+    EXPECT_FALSE(Parser()->GetRootClosure()->HasVariable("good"));
+    EXPECT_FALSE(Parser()->GetRootClosure()->HasVariable("title"));
+}
+
+TEST_F(OldFormatTest, ShortensGarbage)
+{
+    test::LogCapture log(logging::LogWarning);
+    const util::String longText(100000, 'x');
+    Load("version = 1; f(\"" + longText + "\"); " + longText + " = 3; a = { type = \"" + longText +
+         "\" }");
+    EXPECT_EQ(3u, log.Lines().size());
+    for (const std::string& line : log.Lines())
+        EXPECT_LT(line.size(), 1500u);
+}
+
+TEST_F(OldFormatTest, MakesBoxesOfRoundedBoxesOnly)
+{
+    LoadFile("rounded.qib");
+    const util::String saved = Save();
+    EXPECT_EQ(2u, Count(saved, "Scene.addBox({"));
+    EXPECT_EQ(3u, Count(saved, "Scene.addPolygon({"));
+    const util::String first = Block(saved, "Scene.addBox({", 0);
+    EXPECT_EQ("[4.0, 2.0]", ValueOf(first, "size"));
+    EXPECT_EQ("0.25", ValueOf(first, "angle"));
+    EXPECT_EQ("3.0", ValueOf(first, "density"));
+    const util::String second = Block(saved, "Scene.addBox({", 1);
+    EXPECT_EQ("[1.0, 1.0]", ValueOf(second, "size"));
+    EXPECT_EQ("[9.0, 0.0]", ValueOf(second, "pos"));
+}
+
+TEST_F(OldFormatTest, ForgetsTheIdsOfAnEarlierText)
+{
+    Load("version = 1; a = { type = \"box\"; id = 5; entityID = 6 }");
+    TheSerializer()->Deserialize("version = 1; g = { type = \"group\"; name = \"g\"; "
+                                 "entityIDs = [6] }");
+    EXPECT_TRUE(TheScene()->GetGroupByName("g")->IsEmpty());
+}
 
 TEST_F(OldFormatTest, DoesNotRunAnEarlierFormat)
 {

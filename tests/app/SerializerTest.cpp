@@ -1,5 +1,6 @@
 #include "SerializerFixture.h"
 
+#include "physics/Particle.h"
 #include "physics/WorldGeom.h"
 
 using math::Vec2;
@@ -291,11 +292,145 @@ TEST_F(SerializerTest, PutsNothingIntoAGroupThatHasLeftTheScene)
 
 TEST_F(SerializerTest, WarnsOfANewerVersionAndGoesOn)
 {
-    test::LogCapture log(logging::LogError);
-    Load("FileInfo.version = 3; Scene.addBox { }");
-    EXPECT_TRUE(log.Has("Loading scene from a newer version of Quib.")) << log.Text();
-    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+    // Each time, not only when it is news.
+    for (int i = 0; i < 2; ++i)
+    {
+        test::LogCapture log(logging::LogError);
+        Load("FileInfo.version = 3; Scene.addBox { color = [0.1, 0.2, 0.3, 0.4] }");
+        EXPECT_TRUE(log.Has("Loading scene from a newer version of Quib. Some things may be "
+                            "missing; please get the latest version from the download page."))
+            << log.Text();
+        EXPECT_EQ(1u, TheScene()->GetEntities().size());
+    }
 }
 
+TEST_F(SerializerTest, WritesWaterWithoutItsVelocities)
+{
+    EXPECT_FALSE(Has(Save(), "Scene.addWater"));
+    Load("Scene.addWater { vecs = [[1.0, 2.0], [3.0, 4.0]] }; Scene.addWater { vecs = [[5.0, 6.0]] "
+         "}; "
+         "Scene.addWater { vecs = [] }");
+    ASSERT_EQ(3u, Sim()->GetParticles().size());
+    EXPECT_EQ(Vec2(), Sim()->GetParticles()[0]->GetVel());
+    Sim()->GetParticles()[0]->SetVel(Vec2(7, 8));
+    // Deliberate: water that flows when it is saved stands still when it is loaded.
+    const util::String saved = Save();
+    EXPECT_EQ(1u, Count(saved, "Scene.addWater"));
+    EXPECT_TRUE(Has(saved, "Scene.addWater({vecs = [[1.0, 2.0], [3.0, 4.0], [5.0, 6.0]]})"));
+    Load(saved);
+    ASSERT_EQ(3u, Sim()->GetParticles().size());
+    EXPECT_EQ(Vec2(1, 2), Sim()->GetParticles()[0]->GetPos());
+    EXPECT_EQ(Vec2(), Sim()->GetParticles()[0]->GetVel());
+}
+
+TEST_F(SerializerTest, LeavesOutWaterWithoutAPlace)
+{
+    test::LogCapture log(logging::LogWarning);
+    Load("Scene.addWater { vecs = [[1.0, 2.0], [0.0 / 0.0, 4.0], [1.0 / 0.0, 6.0]] }");
+    EXPECT_TRUE(log.Has("Bad water in scene file: 2 without a place")) << log.Text();
+    EXPECT_EQ(1u, Sim()->GetParticles().size());
+    Load("Scene.addWater { }; Scene.addWater { vecs = 3 }; Scene.addWater { vecs = [1.0] }");
+    EXPECT_TRUE(Sim()->GetParticles().empty());
+}
+
+TEST_F(SerializerTest, WritesAQuibletWithoutWhatBelongsToAScene)
+{
+    Load("FileInfo.title = \"T\"; Scene.addBox { entityID = 1 }; "
+         "Scene.addCircle { entityID = 2; pos = [5.0, 0.0]; zDepth = 1.0 }; "
+         "Scene.addCircle { entityID = 3; pos = [9.0, 0.0]; zDepth = 2.0 }; "
+         "Scene.addWater { vecs = [[1.0, 9.0]] }; "
+         "Scene.addGroup { name = \"g\"; entityIDs = [1, 2, 3] }; "
+         "Scene.addWidget { widgetID = \"A\"; groupID = \"g\" }");
+    const GroupPtr group = QUIB_NEW Group(EntityAt(2));
+    group->Add(EntityAt(0));
+    const util::String text = TheSerializer()->SerializeQuiblet(group);
+    EXPECT_TRUE(util::starts_with(text, "// Quiblet created by Quib beta 4.0\n\n"
+                                        "FileInfo.title = \"T\";\nFileInfo.version = 2;\n"
+                                        "Scene.addBox({\n"))
+        << text;
+    EXPECT_EQ(1u, Count(text, "Scene.addCircle("));
+    EXPECT_EQ("2.0", ValueOf(Block(text, "Scene.addCircle"), "zDepth"));
+    EXPECT_EQ("2", ValueOf(Block(text, "Scene.addCircle"), "entityID"));
+    for (const char* part : {"Sim.", "App.", "addWater", "addGroup", "addWidget"})
+        EXPECT_FALSE(Has(text, part)) << part;
+    // A group of nothing is a text too.
+    EXPECT_EQ("// Quiblet created by Quib beta 4.0\n\nFileInfo.title = \"T\";\n"
+              "FileInfo.version = 2",
+              TheSerializer()->SerializeQuiblet(QUIB_NEW Group));
+}
+
+TEST_F(SerializerTest, SortsWhatItBringsInBetweenWhatIsThere)
+{
+    Add("Scene.addBox { }");
+    Add("Scene.addCircle { pos = [9.0, 0.0] }");
+    TheScene()->GetEntities()[0]->SetZDepth(100); // of long ago
+    TheSerializer()->Deserialize("Scene.addPlane { zDepth = 0.5 }");
+    EXPECT_FALSE(EntityAt(1)->GetAABB().IsFinite()); // the plane
+    EXPECT_EQ(3u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SerializerTest, TakesAColourWithoutAlphaInAFileOfVersion1)
+{
+    Load("FileInfo.version = 1; Scene.addBox { color = [0.1, 0.2, 0.3] }");
+    EXPECT_EQ(math::Vec4(0.1f, 0.2f, 0.3f, 1), EntityAt(0)->GetColor4());
+    // The version is that of one text.
+    Load("Scene.addBox { color = [0.1, 0.2, 0.3, 0.5] }");
+    ASSERT_EQ(1u, TheScene()->GetEntities().size());
+    EXPECT_EQ(math::Vec4(0.1f, 0.2f, 0.3f, 0.5f), EntityAt(0)->GetColor4());
+}
+
+TEST_F(SerializerTest, LetsWhatIsRunNextNameWhatItHasRegistered)
+{
+    Load("Scene.addBox { entityID = 500; geomID = 600 }");
+    const EntityPtr box = EntityAt(0);
+    TheScene()->ClearScene();
+    TheScene()->AddEntity(box);
+    TheSerializer()->RegisterEntity(box);
+    const unsigned geomID = box->AsGeomEntity()->GetGeom()->GetID();
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [" + util::ToString(box->GetID()) + "] }");
+    EXPECT_TRUE(TheScene()->GetGroupByName("g")->Contains(box));
+    Run("Scene.addHinge { geom0 = " + util::ToString(geomID) +
+        "; geom0pos = [0.0, 0.0]; world1pos = [0.0, 0.0] }");
+    EXPECT_EQ(2u, TheScene()->GetEntities().size());
+
+    // The pieces of a snapshot tell the ids of this run.
+    script::CodeBlock block;
+    TheSerializer()->SerializeGroup(block, TheScene()->GetGroupByName("g"));
+    EXPECT_EQ("[" + util::ToString(box->GetID()) + "]", ValueOf(block.ToCode(), "entityIDs"));
+}
+
+TEST_F(SerializerTest, TakesOnlyABlockThatStandsWhereItIsCalled)
+{
+    const char* const message = "Bad argument to scene creator function, must be an inline "
+                                "function with zero arguments (i.e.: {...} )";
+    for (const char* command :
+         {"addPlane", "addCircle", "addPolygon", "addBox", "addFixjoint", "addHinge", "addSpring",
+          "addPen", "addWater", "addGroup", "addWidget"})
+        for (const char* argument : {"3", "\"text\"", "[1, 2]", "(x) => { x }", "kept", "Scene"})
+        {
+            SCOPED_TRACE(util::String(command) + "(" + argument + ")");
+            test::LogCapture log;
+            Run("kept = { size = [1.0, 1.0] }");
+            Run(util::String("Scene.") + command + "(" + argument + ")");
+            EXPECT_TRUE(log.Has(message)) << log.Text();
+            EXPECT_TRUE(TheScene()->GetEntities().empty());
+        }
+    Parser()->GetRootClosure()->RemoveVariable("kept");
+}
+
+TEST_F(SerializerTest, OrdersGroupsAsTheyWillStandInTheFile)
+{
+    // The members' order of creation is not that of their depth.
+    const util::String saved =
+        ExpectStable("Scene.addBox { entityID = 1; zDepth = 2.0 }; "
+                     "Scene.addBox { entityID = 2; pos = [5.0, 0.0]; zDepth = 1.0 }; "
+                     "Scene.addGroup { name = \"b\"; entityIDs = [1] }; "
+                     "Scene.addGroup { name = \"b\"; entityIDs = [2] }; "
+                     "Scene.addGroup { name = \"a\"; entityIDs = [2] }");
+    EXPECT_EQ("\"a\"", ValueOf(Block(saved, "Scene.addGroup", 0), "name"));
+    EXPECT_EQ("[1]", ValueOf(Block(saved, "Scene.addGroup", 1), "entityIDs"));
+    EXPECT_EQ("[2]", ValueOf(Block(saved, "Scene.addGroup", 2), "entityIDs"));
+    EXPECT_EQ("\"selected\"", ValueOf(Block(saved, "Scene.addGroup", 3), "name"));
+}
 }
 }
