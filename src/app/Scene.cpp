@@ -6,6 +6,8 @@
 #include "app/Chain.h"
 #include "app/Serializer.h"
 #include "app/entities/GeomEntity.h"
+#include "app/entities/PenEntity.h"
+#include "app/entities/WeldBatch.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
@@ -200,6 +202,13 @@ void Scene::TakeOut(const EntityPtr& entity)
     entity->RemoveFromSimulation();
 }
 
+void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
+{
+    const WeldBatch welds;
+    for (const EntityPtr& entity : entities)
+        RemoveEntity(entity);
+}
+
 void Scene::RemoveFromGroups(const EntityPtr& entity)
 {
     for (const GroupPtr& group : m_groups)
@@ -269,7 +278,7 @@ void Scene::Update(float dt)
         dead.push_back(entity);
     }
 
-    QUIB_PASS_ON(for (const EntityPtr& entity : dead) RemoveEntity(entity));
+    QUIB_PASS_ON(RemoveEntities(dead));
     QUIB_PASS_ON(FlushBodies());
     QUIB_PASS_ON(RemoveEmptyGroups());
 }
@@ -364,7 +373,12 @@ void Scene::ClearScene()
     std::vector<EntityPtr> entities;
     entities.swap(m_entities);
     for (const EntityPtr& entity : entities)
+    {
         entity->m_isInScene = false;
+        // One that is kept for an undo must not go on drawing.
+        if (PenEntity* pen = entity->ToPenEntity())
+            pen->RemoveFromSimulation();
+    }
     m_groups.clear();
     m_selection->Clear();
     AddGroup(m_selection);

@@ -62,6 +62,8 @@ public:
     /// Puts it on top. Null is ignored; one that is here already must not come again.
     void AddEntity(const EntityPtr& entity);
     void RemoveEntity(const EntityPtr& entity);
+    /// One after the other; what many of them were welded to comes apart in one go.
+    void RemoveEntities(const std::vector<EntityPtr>& entities);
     /// A group named like the selection is dissolved into it, one named like what the camera follows
     /// becomes that.
     void AddGroup(const GroupPtr& group);

@@ -17,6 +17,15 @@ using math::Vec2;
 using util::LockPtr;
 using util::WeakPtr;
 
+namespace
+{
+template<typename T>
+bool IsOlder(const util::SharedPtr<T>& a, const util::SharedPtr<T>& b)
+{
+    return a->GetID() < b->GetID();
+}
+}
+
 Body::BodyPart::BodyPart(GeomPtr geom_, TMat2D<float> geomToBody_)
     : geom(std::move(geom_))
     , bodyToGeom(Inverted(geomToBody_))
@@ -83,17 +92,24 @@ void Body::SetGeoms(const GeomSet& newSet)
     const NewParts parts = PrepareParts(newSet);
 
     // The bodies that lose geometries to this one are asked too, before anything changes.
-    std::vector<std::pair<BodyPtr, NewParts>> losers;
+    std::vector<BodyPtr> others;
     for (const GeomPtr& geom : parts.m_geoms)
+        if (geom->GetBodyPtr() != this)
+        {
+            const BodyPtr other = geom->GetBodyBody();
+            if (other && other->m_geoms.count(geom))
+                others.push_back(other);
+        }
+    std::sort(others.begin(), others.end(), IsOlder<Body>);
+    others.erase(std::unique(others.begin(), others.end()), others.end());
+    std::vector<std::pair<BodyPtr, NewParts>> losers;
+    for (const BodyPtr& other : others)
     {
-        const BodyPtr other = geom->GetBodyBody();
-        if (!other || other.get() == this || !other->m_geoms.count(geom) ||
-            std::any_of(losers.begin(), losers.end(),
-                        [&](const auto& loser) { return loser.first == other; }))
-            continue;
-        GeomSet rest = other->m_geoms;
-        for (const GeomPtr& lost : parts.m_geoms)
-            rest.erase(lost);
+        GeomSet rest;
+        for (const GeomPtr& geom : other->m_geoms)
+            if (!std::binary_search(parts.m_geoms.begin(), parts.m_geoms.end(), geom,
+                                    IsOlder<Geom>))
+                rest.insert(geom);
         losers.emplace_back(other, other->PrepareParts(rest));
     }
 
@@ -110,8 +126,7 @@ Body::NewParts Body::PrepareParts(const GeomSet& newSet) const
         if (geom)
             geoms.push_back(geom);
     // The set's order hangs on addresses. The sums below must not.
-    std::sort(geoms.begin(), geoms.end(),
-              [](const GeomPtr& a, const GeomPtr& b) { return a->GetID() < b->GetID(); });
+    std::sort(geoms.begin(), geoms.end(), IsOlder<Geom>);
 
     if (m_id == 0)
     {

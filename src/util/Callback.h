@@ -10,6 +10,7 @@
 #include <exception>
 #include <list>
 #include <memory>
+#include <vector>
 
 namespace util
 {
@@ -154,11 +155,15 @@ public:
     /// Deliberate: unlike CallbackSet::CallAll there is no guard, an exception goes through at once.
     void CallAll(const A& argument) const
     {
-        if (m_callbacks.empty())
-            return;
-        const std::list<Entry> copy = m_callbacks;
+        // A copy, as a callback may change the list; in memory that is kept from call to call. A call
+        // from within one finds that taken, and makes its own.
+        std::vector<Entry> copy;
+        copy.swap(m_copy);
+        copy.assign(m_callbacks.begin(), m_callbacks.end());
         for (const Entry& callback : copy)
             (*callback)(argument);
+        copy.clear();
+        copy.swap(m_copy);
     }
     void Flush() const override
     {
@@ -168,6 +173,7 @@ public:
 
 private:
     mutable std::list<Entry> m_callbacks;
+    mutable std::vector<Entry> m_copy; // empty but during CallAll
 };
 
 // No class derives from it; the frame stage is kept and runs empty.

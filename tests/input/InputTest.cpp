@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace input;
 
 namespace
@@ -258,4 +260,67 @@ TEST_F(InputTest, WindowSystemEventsAreAskedFor)
 TEST_F(InputTest, AListenerIsUnnamedUntilItTakesAName)
 {
     EXPECT_EQ("unnamed", listener->GetReflectedName());
+}
+
+TEST_F(InputTest, AModifierHoldsWhenSDLAndTheKeysAgree)
+{
+    const struct
+    {
+        Modifier modifier;
+        int mask;
+        std::vector<int> keys; // any of them
+    } cases[] = {
+        {ModShift, KMOD_LSHIFT, {304, 303}}, {ModShift, KMOD_RSHIFT, {304, 303}},
+        {ModLeftShift, KMOD_LSHIFT, {304}},  {ModRightShift, KMOD_RSHIFT, {303}},
+        {ModCtrl, KMOD_LCTRL, {306, 305}},   {ModCtrl, KMOD_RCTRL, {306, 305}},
+        {ModCtrl, KMOD_LMETA, {310, 309}},   {ModCtrl, KMOD_RMETA, {310, 309}},
+        {ModLeftCtrl, KMOD_LCTRL, {306}},    {ModLeftCtrl, KMOD_LMETA, {310}},
+        {ModRightCtrl, KMOD_RCTRL, {305}},   {ModRightCtrl, KMOD_RMETA, {309}},
+        {ModAlt, KMOD_LALT, {308, 307}},     {ModAlt, KMOD_RALT, {308, 307}},
+        {ModLeftAlt, KMOD_LALT, {308}},      {ModMeta, KMOD_LMETA, {310, 309}},
+        {ModMeta, KMOD_RMETA, {310, 309}},   {ModLeftMeta, KMOD_LMETA, {310}},
+        {ModRightMeta, KMOD_RMETA, {309}},   {ModNumLock, KMOD_NUM, {300}},
+        {ModCapsLock, KMOD_CAPS, {301}},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(testing::Message() << c.modifier << ", " << c.mask);
+        for (int key = 300; key < 313; ++key)
+        {
+            const bool isOneOfThem = std::count(c.keys.begin(), c.keys.end(), key) != 0;
+            input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLKey(key)));
+            SDL_SetModState(SDLMod(c.mask));
+            EXPECT_EQ(isOneOfThem, input->CheckModifier(c.modifier) != 0) << key;
+            // Held as the events have it, but not for SDL.
+            SDL_SetModState(KMOD_NONE);
+            EXPECT_FALSE(input->CheckModifier(c.modifier)) << key;
+            input->HandleEvent(KeyOf(SDL_KEYUP, SDLKey(key)));
+        }
+    }
+}
+
+TEST_F(InputTest, TheRightAltKeyIsNotAsked)
+{
+    SDL_SetModState(KMOD_RALT);
+    EXPECT_TRUE(input->CheckModifier(ModRightAlt));
+    EXPECT_FALSE(input->CheckModifier(ModAlt));
+    SDL_SetModState(KMOD_LALT);
+    EXPECT_FALSE(input->CheckModifier(ModRightAlt));
+    SDL_SetModState(KMOD_NONE);
+}
+
+TEST_F(InputTest, NoModifierIsHeldWhenSDLSaysSo)
+{
+    SDL_SetModState(KMOD_NONE);
+    EXPECT_TRUE(input->CheckModifier(ModNone));
+    SDL_SetModState(KMOD_MODE);
+    EXPECT_FALSE(input->CheckModifier(ModNone));
+    SDL_SetModState(KMOD_NONE);
+}
+
+TEST_F(InputTest, WhatIsNoModifierGivesSDLsMask)
+{
+    SDL_SetModState(SDLMod(KMOD_LSHIFT | KMOD_CAPS));
+    EXPECT_EQ(0x2001, input->CheckModifier(static_cast<Modifier>(15)));
+    SDL_SetModState(KMOD_NONE);
 }

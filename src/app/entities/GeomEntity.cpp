@@ -65,12 +65,14 @@ GeomEntity::GeomEntity(const util::SharedPtr<physics::Geom>& geom)
 
 GeomEntity::~GeomEntity()
 {
-    // A body that is not in the simulation would be kept alive by its geometries, and they by it.
+    // A body that is not in the simulation would be kept alive by its geometries, and they by it. All of
+    // them let go of it, as nothing moves it any more: taken off one by one, thousands that were welded
+    // together would take the square of their number.
     if (!physics::Simulation::Exists())
         return;
     const util::SharedPtr<physics::Body> body = GetBody();
     if (body && !physics::Simulation::GetInstancePtr()->HasBody(body))
-        body->RemoveGeom(m_geom);
+        body->SetGeoms(physics::GeomSet());
 }
 
 util::SharedPtr<physics::Body> GeomEntity::GetBody() const

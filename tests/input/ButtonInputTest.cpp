@@ -1,0 +1,190 @@
+#include "input/ButtonInput.h"
+
+#include "input/Input.h"
+#include "util/Failures.h"
+
+#include <SDL_keysym.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace input
+{
+namespace
+{
+class ButtonInputTest : public testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        for (int key : {SDLK_a, SDLK_b, SDLK_LCTRL})
+            Fire(key, false);
+    }
+    static void Fire(int key, bool down, bool handled = false)
+    {
+        const KeyEvent event(key, down, math::Vec2());
+        event.SetHandled(handled);
+        Input::GetInstancePtr()->OnKeyEvent(event);
+    }
+    static void Press(int key) { Fire(key, true); }
+    static void Release(int key) { Fire(key, false); }
+};
+
+TEST_F(ButtonInputTest, IsOnWhileItsKeyIsDown)
+{
+    ButtonInput button;
+    EXPECT_FALSE(button.IsBound());
+    button.Assign(SDLK_a);
+    EXPECT_TRUE(button.IsBound());
+    Press(SDLK_b);
+    EXPECT_FALSE(button.IsOn());
+    Press(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Release(SDLK_b);
+    EXPECT_TRUE(button.IsOn());
+    Release(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, AChordIsPressedByItsLastKeyAndReleasedByAny)
+{
+    ButtonInput button;
+    button.AddKey(SDLK_LCTRL);
+    button.AddKey(SDLK_a);
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+    EXPECT_FALSE(button.AreAllMykeysDown());
+    Press(SDLK_LCTRL);
+    EXPECT_TRUE(button.IsOn());
+    EXPECT_TRUE(button.AreAllMykeysDown());
+    Release(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+    Release(SDLK_LCTRL);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, AHandledPressDoesNotCountButItsReleaseDoes)
+{
+    ButtonInput button;
+    button.Assign(SDLK_a);
+    Fire(SDLK_a, true, true);
+    EXPECT_FALSE(button.IsOn());
+    Press(SDLK_a);
+    ASSERT_TRUE(button.IsOn());
+    Fire(SDLK_a, false, true);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, AToggleChangesWithEachPress)
+{
+    ButtonInput button;
+    button.Assign(SDLK_a);
+    button.SetToggle(true);
+    EXPECT_TRUE(button.GetToggle());
+    Press(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Release(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+    button.SetOn(true);
+    EXPECT_TRUE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, KeysAreAddedOnceAndReplacedByAssign)
+{
+    ButtonInput button;
+    button.AddKey(SDLK_a);
+    button.AddKey(SDLK_b);
+    button.AddKey(SDLK_a);
+    EXPECT_EQ((std::vector<int>{SDLK_a, SDLK_b}), button.GetKeySet());
+    EXPECT_TRUE(button.HasKey(SDLK_b));
+    button.Assign(SDLK_LCTRL);
+    EXPECT_EQ((std::vector<int>{SDLK_LCTRL}), button.GetKeySet());
+    EXPECT_FALSE(button.HasKey(SDLK_b));
+}
+
+TEST_F(ButtonInputTest, RoundTripsItsText)
+{
+    for (const char* text : {"toggle left_ctrl a", "right", "joy_3_h1_up", "mouse_left space", ""})
+    {
+        ButtonInput button;
+        button.Deserialize(text);
+        EXPECT_EQ(text, button.AsString());
+        EXPECT_EQ(text, button.Serialize());
+    }
+}
+
+TEST_F(ButtonInputTest, EmptyTextUnbindsAndSwitchesOff)
+{
+    ButtonInput button;
+    button.Deserialize("toggle a");
+    Press(SDLK_a);
+    ASSERT_TRUE(button.IsOn());
+    button.Deserialize("");
+    EXPECT_FALSE(button.IsBound());
+    EXPECT_FALSE(button.GetToggle());
+    EXPECT_FALSE(button.IsOn());
+    EXPECT_EQ("", button.AsString());
+    Release(SDLK_a);
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, WritesNothingForAToggleWithoutKeys)
+{
+    ButtonInput button;
+    button.SetToggle(true);
+    EXPECT_EQ("", button.AsString());
+}
+
+TEST_F(ButtonInputTest, KeepsWhatItHadWhenATextNamesNoKey)
+{
+    ButtonInput button;
+    button.Deserialize("toggle a");
+    EXPECT_THROW(button.Deserialize("b nokey"), BadDataException);
+    EXPECT_EQ("toggle a", button.AsString());
+}
+
+TEST_F(ButtonInputTest, CopiesAreBoundAndWorkOnTheirOwn)
+{
+    auto button = std::make_unique<ButtonInput>();
+    button->Assign(SDLK_a);
+    Press(SDLK_a);
+    ButtonInput copy(*button), assigned;
+    assigned = *button;
+    EXPECT_FALSE(copy.IsOn());
+    EXPECT_FALSE(assigned.IsOn());
+    button.reset();
+    Release(SDLK_a);
+    Press(SDLK_a);
+    EXPECT_TRUE(copy.IsOn());
+    EXPECT_TRUE(assigned.IsOn());
+}
+
+TEST_F(ButtonInputTest, MayGoDuringAnEvent)
+{
+    auto button = std::make_unique<ButtonInput>();
+    button->Assign(SDLK_a);
+    // The last added gets the event first, and the button is gone when its turn would come.
+    class Killer : public InputListener
+    {
+    public:
+        explicit Killer(std::unique_ptr<ButtonInput>& button)
+            : InputListener(50)
+            , m_button(button)
+        {
+        }
+        void OnKeyEvent(const KeyEvent&) override { m_button.reset(); }
+
+    private:
+        std::unique_ptr<ButtonInput>& m_button;
+    };
+    const util::SharedPtr<Killer> killer = QUIB_NEW Killer(button);
+    Input::GetInstancePtr()->AddListener(util::WeakPtr<InputListener>(killer.get()));
+    Press(SDLK_a);
+    EXPECT_FALSE(button);
+}
+}
+}

@@ -1,0 +1,131 @@
+#include "input/Key.h"
+
+#include "util/Failures.h"
+
+#include <gtest/gtest.h>
+
+namespace input
+{
+namespace
+{
+TEST(Key, NamesAreThoseOfTheTable)
+{
+    const struct
+    {
+        int key;
+        const char* name;
+    } cases[] = {
+        {8, "backspace"},
+        {9, "tab"},
+        {12, "clear"},
+        {13, "return"},
+        {19, "pause"},
+        {27, "escape"},
+        {32, "space"},
+        {33, "!"},
+        {'0', "0"},
+        {'a', "a"},
+        {126, "~"},
+        {127, "delete"},
+        {160, "world_0"},
+        {255, "world_95"},
+        {256, "[0]"},
+        {265, "[9]"},
+        {266, "[.]"},
+        {270, "[+]"},
+        {271, "enter"},
+        {272, "equals"},
+        {273, "up"},
+        {274, "down"},
+        {275, "right"},
+        {276, "left"},
+        {277, "insert"},
+        {281, "page_down"},
+        {282, "f1"},
+        {296, "f15"},
+        {300, "numlock"},
+        {301, "caps_lock"},
+        {302, "scroll_lock"},
+        {303, "right_shift"},
+        {306, "left_ctrl"},
+        {312, "right_super"},
+        {313, "alt_graph"},
+        {322, "undo"},
+        {323, "mouse_0"},
+        {324, "mouse_left"},
+        {328, "mouse_wheel_down"},
+        {329, "mouse_6"},
+        {331, "mouse_8"},
+        {578, "mouse_255"},
+        {579, "joy_0_b0"},
+        {966, "joy_1_b3"},
+        {835, "joy_0_h0_up"},
+        {836, "joy_0_h0_right"},
+        {837, "joy_0_h0_down"},
+        {838, "joy_0_h0_left"},
+        {KEYBUFFERSIZE - 1, "joy_31_h31_left"},
+    };
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(c.name, Key::GetKeyName(c.key)) << c.key;
+        EXPECT_EQ(c.key, Key::GetKeyFromName(c.name)) << c.name;
+    }
+}
+
+TEST(Key, EachNameIsOneKeyOnly)
+{
+    int named = 0;
+    for (int key = 0; key < KEYBUFFERSIZE; ++key)
+    {
+        try
+        {
+            EXPECT_EQ(key, Key::GetKeyFromName(Key::GetKeyName(key)));
+            ++named;
+        }
+        catch (BadDataException&)
+        {
+        }
+    }
+    EXPECT_EQ(12867, KEYBUFFERSIZE);
+    EXPECT_EQ(236 + 256 + 32 * 384, named);
+}
+
+TEST(Key, NamesAreFoundInAnyCase)
+{
+    EXPECT_EQ(13, Key::GetKeyFromName("RETURN"));
+    EXPECT_EQ(97, Key::GetKeyFromName("A"));
+}
+
+TEST(Key, RefusesNumbersThatAreNoKey)
+{
+    for (int key : {-1, 0, 1, 7, 10, 65, 90, 128, 159, 297, 299, KEYBUFFERSIZE})
+    {
+        try
+        {
+            Key::GetKeyName(key);
+            ADD_FAILURE() << key;
+        }
+        catch (BadDataException& e)
+        {
+            EXPECT_STREQ("Unknown key", e.what());
+        }
+    }
+}
+
+TEST(Key, RefusesNamesThatAreNoKeys)
+{
+    for (const char* name : {"", "nokey", "mouse_1", "joy_32_b0"})
+    {
+        try
+        {
+            Key::GetKeyFromName(name);
+            ADD_FAILURE() << name;
+        }
+        catch (BadDataException& e)
+        {
+            EXPECT_EQ(util::String("Unknown name of key \"") + name + "\"", e.what());
+        }
+    }
+}
+}
+}
