@@ -129,6 +129,8 @@ GeomEntityPtr PlaneEntity::ScaledClone(const Vec2& scale) const
     return MakeScaled(
         [&]
         {
+            if (!math::IsFinite(normal))
+                QUIB_THROW(BadDataException("Bad normal: it must have a direction"));
             const physics::PlanePtr geom =
                 QUIB_NEW physics::Plane(math::Plane2D::FromPointNormal(through, normal));
             geom->SetPos(through);
