@@ -5,6 +5,7 @@
 #include "app/Camera.h"
 #include "app/Constants.h"
 #include "app/Scene.h"
+#include "app/Undoer.h"
 #include "app/entities/Entity.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
@@ -81,6 +82,8 @@ App::App()
     SetReflectedName("App");
     SetFillOwner(true);
     m_language->AddChangeCallback(util::MakeCallback(&App::CreateGUI, this));
+    AddVoidCmd("undo", [] { Undoer::GetInstancePtr()->Undo(); });
+    AddVoidCmd("redo", [] { Undoer::GetInstancePtr()->Redo(); });
 
     // Until there is a window, and where there never is one, views are those of the window asked for.
     const core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
@@ -90,6 +93,7 @@ App::App()
     AddComponent(m_background);
     // Before the interface, which works on it; its camera asks for the size of this component.
     Scene* scene = Scene::GetInstancePtr();
+    Undoer::Create();
     m_appGUI = QUIB_NEW AppGUI;
     AddComponent(m_appGUI);
     scene->GetCamera()->Reset();
@@ -100,6 +104,11 @@ App::~App() = default;
 void App::CreateGUI()
 {
     m_appGUI->Rebuild();
+}
+
+void App::AddOnMaxUndoChange(const util::CallbackPtr& callback)
+{
+    m_maxUndo->AddChangeCallback(callback);
 }
 
 void App::OnShutdown()

@@ -64,6 +64,9 @@ public:
     float GetAutosaveTime() const { return m_autosaveTime; }
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
     int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
+    /// How much can be undone, and redone.
+    unsigned long GetMaxUndo() const { return m_maxUndo; }
+    void AddOnMaxUndoChange(const util::CallbackPtr& callback);
     bool GetBorders() const { return m_borders; }
     bool GetDrawOBBs() const { return m_drawOBBs; }
     bool GetDrawMapOBBs() const { return m_drawMapOBBs; }

@@ -7,6 +7,7 @@
 #include "app/Scene.h"
 #include "app/SceneLoader.h"
 #include "app/Serializer.h"
+#include "app/Undoer.h"
 #include "input/Input.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
@@ -36,6 +37,7 @@ AppGUI::AppGUI()
 {
     SetReflectedName("GUI");
     SetFillOwner(true);
+    AddCmd("takeSnapshot", &AppGUI::TakeSnapshot);
 }
 
 void AppGUI::Update(float dt)
@@ -79,11 +81,14 @@ void AppGUI::OnKeyEvent(const input::KeyEvent& event)
 bool AppGUI::LoadScene(util::String name, bool autosave)
 {
     std::replace(name.begin(), name.end(), '\\', '/');
+    const util::SharedPtr<SceneLoader> loader = QUIB_NEW SceneLoader(false, MakeLongFileName(name));
     if (!autosave)
         FileInfo::GetInstancePtr()->SetFileName(name);
-    const bool isLoaded = SceneLoader(MakeLongFileName(name)).Do();
-    physics::Simulation::GetInstancePtr()->m_running = true;
-    return isLoaded;
+    Undoer* undoer = Undoer::GetInstancePtr();
+    undoer->Do(loader);
+    // Deliberate: a scene that was loaded runs.
+    undoer->Do(QUIB_NEW SimStart);
+    return loader->IsLoaded();
 }
 
 void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
@@ -112,6 +117,20 @@ void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
     // The line above reaches the log file only. Who saved by name hears of the loss.
     if (!autosave)
         Log(logging::LogError, "Failed to save scene to " + path);
+}
+
+void AppGUI::TogglePlaying()
+{
+    physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    if (simulation->m_running)
+        simulation->m_running = false;
+    else
+        Undoer::GetInstancePtr()->Do(QUIB_NEW SimStart);
+}
+
+void AppGUI::TakeSnapshot()
+{
+    Undoer::GetInstancePtr()->Do(QUIB_NEW SnapshotAction);
 }
 
 void AppGUI::Rebuild()

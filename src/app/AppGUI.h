@@ -25,8 +25,8 @@ public:
     float GetZoomFactor() const { return m_zoomFactor; }
     bool GetDrawHingesWhenRunning() const { return m_drawHingesWhenRunning; }
 
-    /// Loads the scene and sets it running. What goes wrong reaches the log; what was built by then
-    /// stays.
+    /// Loads the scene and sets it running: one undo brings it back as it was loaded and paused, the
+    /// next the scene before. What goes wrong reaches the log; what was built by then stays.
     /// @param name      MakeLongFileName makes the path of it; "\" is as good as "/"
     /// @param autosave  the name is not kept as that of the current scene
     /// @return          whether it could be loaded
@@ -36,6 +36,10 @@ public:
 
     /// As the user knows the file: without the ending ".qib" and the scene folder in front.
     static util::String MakeShortFileName(util::String name);
+    /// Play or pause. Undoing the play is the reset; pausing can't be undone.
+    void TogglePlaying();
+    /// A mere point to come back to by undo.
+    void TakeSnapshot();
 
     /// Takes down the panels: they are built again for the language in force.
     void Rebuild();

@@ -36,6 +36,15 @@ public:
     template<typename T>
     void Set(const util::String& key, const T& value);
 
+    using Values = util::HashMap<util::String, script::ObjectPtr>;
+    /// In hash order.
+    const Values& GetValues() const { return m_values; }
+    /// Set, for a value that has left a bag before.
+    void SetObject(const util::String& key, const script::ObjectPtr& value)
+    {
+        m_values[key] = value;
+    }
+
     /// Takes over each variable of the object, but for attributes at their default unless these are
     /// kept.
     void SerializeAttributes(const script::ClassObject& object);
@@ -49,7 +58,7 @@ public:
     script::ExpressionPtr ToFunctionCall(const util::String& name) const;
 
 private:
-    util::HashMap<util::String, script::ObjectPtr> m_values;
+    Values m_values;
     Defaults m_defaults = Defaults::Skip;
 };
 }

@@ -1,9 +1,12 @@
 #include "app/SceneLoader.h"
 
+#include "app/App.h"
 #include "app/Camera.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/Snapshot.h"
+#include "script/Parser.h"
 #include "util/FileSystem.h"
 
 using math::Vec2;
@@ -16,35 +19,24 @@ namespace
 const Vec2 NoPan(1337.42f, -42.1337f);
 }
 
-bool SceneLoader::Do()
+SceneLoader::SceneLoader(bool isImport, util::String path)
+    : Action(isImport ? "UndoImportQuiblet" : "UndoLoadScene")
+    , m_isImport(isImport)
+    , m_path(std::move(path))
+    , m_fileName(FileInfo::GetInstancePtr()->GetFileName())
 {
+}
+
+SceneLoader::~SceneLoader() = default;
+
+void SceneLoader::Do()
+{
+    m_snapshot = Snapshot::TakeSnapshot();
+    m_isLoaded = false;
     try
     {
-        util::FileSystem* files = util::FileSystem::GetInstancePtr();
-        if (m_path.find_first_of("/\\") == util::String::npos)
-            m_path = files->SceneDir() + m_path;
-        if (!files->FileExists(m_path))
-        {
-            Log(logging::LogError, "Tried to load non-existing file: " + m_path);
-            return false;
-        }
-        // A pipe or a device may have no end.
-        if (!files->IsFile(m_path))
-            QUIB_THROW(FileReadException("Failed to open file \"" + m_path + "\""));
-
-        Scene* scene = Scene::GetInstancePtr();
-        FileInfo* info = FileInfo::GetInstancePtr();
-        // Read before anything is thrown away.
-        const util::String text = files->ReadWholeFile(m_path);
-        scene->ClearScene();
-        info->ClearTexts();
-        scene->GetCamera()->SetPan(NoPan);
-        Serializer::GetInstancePtr()->Deserialize(text);
-        if (scene->GetCamera()->GetPan() == NoPan)
-            scene->ZoomToScene();
-        scene->SetTexts(info->GetTitle(), info->GetAuthor(), info->GetDescription());
-        Log(logging::LogVerbose, "Loaded scene " + m_path);
-        return true;
+        m_isLoaded = Load();
+        return;
     }
     catch (std::exception& e)
     {
@@ -61,6 +53,89 @@ bool SceneLoader::Do()
     // Nothing that was loaded shows a view of its own.
     if (Camera* camera = Scene::GetInstancePtr()->GetCamera().get(); camera->GetPan() == NoPan)
         camera->Reset();
-    return false;
+}
+
+bool SceneLoader::Load()
+{
+    util::FileSystem* files = util::FileSystem::GetInstancePtr();
+    if (m_path.find_first_of("/\\") == util::String::npos)
+        m_path = files->SceneDir() + m_path;
+    if (!files->FileExists(m_path))
+    {
+        Log(logging::LogError, "Tried to load non-existing file: " + m_path);
+        return false;
+    }
+    // A pipe or a device may have no end.
+    if (!files->IsFile(m_path))
+        QUIB_THROW(FileReadException("Failed to open file \"" + m_path + "\""));
+
+    // Read before anything is thrown away.
+    const util::String text = files->ReadWholeFile(m_path);
+    if (m_isImport)
+        ImportQuiblet(text);
+    else
+        LoadScene(text);
+    return true;
+}
+
+void SceneLoader::LoadScene(const util::String& text)
+{
+    Scene* scene = Scene::GetInstancePtr();
+    FileInfo* info = FileInfo::GetInstancePtr();
+    // What a file sets and no snapshot holds.
+    m_settings = QUIB_NEW script::CodeBlock;
+    Serializer::GetInstancePtr()->SerializeSettings(*m_settings);
+    m_title = info->GetTitle();
+    m_author = info->GetAuthor();
+    m_description = info->GetDescription();
+
+    scene->ClearScene();
+    info->ClearTexts();
+    scene->GetCamera()->SetPan(NoPan);
+    Serializer::GetInstancePtr()->Deserialize(text);
+    if (scene->GetCamera()->GetPan() == NoPan)
+        scene->ZoomToScene();
+    scene->SetTexts(info->GetTitle(), info->GetAuthor(), info->GetDescription());
+    Log(logging::LogVerbose, "Loaded scene " + m_path);
+}
+
+void SceneLoader::ImportQuiblet(const util::String& text)
+{
+    Scene* scene = Scene::GetInstancePtr();
+    const GroupPtr loaded = Serializer::GetInstancePtr()->Deserialize(text);
+    scene->SetSelection(loaded);
+    //IMPORT
+    Log(logging::LogVerbose, "Imported quiblet " + m_path);
+}
+
+void SceneLoader::Undo()
+{
+    if (m_settings)
+    {
+        script::Parser::GetInstancePtr()->Execute(m_settings);
+        FileInfo* info = FileInfo::GetInstancePtr();
+        info->SetTitle(m_title);
+        info->SetAuthor(m_author);
+        info->SetDescription(m_description);
+    }
+    m_snapshot->Restore();
+    SwapFileName();
+}
+
+void SceneLoader::Redo()
+{
+    SwapFileName();
+    Do();
+}
+
+// Saving again must not write one scene over the file of another.
+void SceneLoader::SwapFileName()
+{
+    if (m_isImport)
+        return;
+    FileInfo* info = FileInfo::GetInstancePtr();
+    const util::String name = info->GetFileName();
+    info->SetFileName(m_fileName);
+    m_fileName = name;
 }
 }

@@ -1,23 +1,40 @@
-// Loads a scene file, replacing what is there.
+// Loads a scene file, replacing what is there. Lives on the stacks of the Undoer.
 #pragma once
 
-#include "util/String.h"
+#include "app/Action.h"
+#include "script/Expressions.h"
 
 namespace app
 {
-class SceneLoader
+class SceneLoader final : public Action
 {
 public:
-    /// @param path  a name without a slash is looked for in the scene folder
-    explicit SceneLoader(util::String path)
-        : m_path(std::move(path))
-    {
-    }
+    /// @param isImport  of a Quiblet: what is there stays, and what comes in gets to the mouse
+    /// @param path      a name without a slash is looked for in the scene folder
+    SceneLoader(bool isImport, util::String path);
+    ~SceneLoader() override;
 
-    /// Throws nothing: what goes wrong reaches the log. @return whether there is a scene now
-    bool Do();
+    /// Throws nothing: what goes wrong reaches the log.
+    void Do() override;
+    /// The scene before, with its texts, its settings and the name of its file.
+    void Undo() override;
+    void Redo() override;
+
+    /// Whether the last Do has brought a scene.
+    bool IsLoaded() const { return m_isLoaded; }
 
 private:
+    bool Load();
+    void LoadScene(const util::String& text);
+    void ImportQuiblet(const util::String& text);
+    void SwapFileName();
+
+    bool m_isImport;
     util::String m_path;
+    bool m_isLoaded = false;
+    SnapshotPtr m_snapshot;
+    util::String m_title, m_author, m_description; // of the file before
+    util::String m_fileName;                       // of the other scene
+    script::CodeBlockPtr m_settings; // of the scene before; null when nothing was loaded over it
 };
 }

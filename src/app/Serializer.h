@@ -71,6 +71,8 @@ public:
     /// @param ids  members that it does not know are left out; with null these are the ids of this run
     void SerializeGroup(script::CodeBlock& block, const GroupPtr& group,
                         const FileIDs* ids = nullptr);
+    /// All that a scene sets but does not consist of: the world's, the look, and the view.
+    void SerializeSettings(script::CodeBlock& block);
     /// @param widget  one that has a group
     /// @param ids     as with groups
     void SerializeWidget(script::CodeBlock& block, const Widget& widget,
@@ -129,7 +131,6 @@ private:
     void DeserializeOld(const script::CodeBlock& program);
     void DeserializeOldEntity(EntitySerializer& serializer);
 
-    void SerializeSettings(script::CodeBlock& block);
     void SerializeWater(script::CodeBlock& block);
     void SerializeEntity(script::CodeBlock& block, const Entity& entity, FileIDs& ids);
 

@@ -31,7 +31,11 @@ public:
     /// of the user and not to a frame.
     static SnapshotPtr TakeSnapshot();
 
-    /// Any number of times. Whether the simulation runs is not part of it.
+    /// Any number of times. Brings back the entity objects themselves, in their order; bodies and
+    /// particles to the bit, with their velocities; the view; and groups and widgets, as new objects. Whether the
+    /// simulation runs is not part of it, nor are its settings.
+    ///
+    /// An entity that can't be brought back is logged and left out.
     void Restore();
 
 private:
@@ -42,7 +46,49 @@ private:
         virtual ~RestoreHelper() = default;
         virtual void Restore() const = 0;
     };
+    class BodyInfo;
+    class JointInfo;
+    class PenInfo;
+    class EntChainInfo;
+    class EntityState;
+    using EntityStatePtr = util::SharedPtr<const EntityState>;
 
     Snapshot();
+
+    void StoreWater();
+    void StoreEntities();
+    void StoreBodies();
+    void StoreJointsAndPens();
+    void StoreChains();
+    void StoreGroups();
+    void ClearWorld() const;
+    void DetachChains() const;
+    void DeserializeEntities(std::vector<bool>& failed) const;
+    void AddEntities(const std::vector<bool>& failed) const;
+    void RestoreWater() const;
+    void RestoreView() const;
+
+    // What an entity says of itself is kept once for as long as it says the same: most edits change few
+    // of many entities.
+    static inline Snapshot* s_latest = nullptr;
+
+    GroupPtr m_selection;
+    GroupPtr m_trackedGroup; // may be null
+    math::Mat3 m_guiToWorld;
+    // The same view as numbers, which the way through the matrix rounds; good for a window of that size.
+    math::Vec2 m_guiSize, m_pan;
+    float m_zoom;
+    util::String m_title, m_author, m_description;
+    std::vector<EntityPtr> m_entities;    // back to front
+    std::vector<EntityStatePtr> m_states; // of each of them
+    std::vector<std::unique_ptr<RestoreHelper>> m_helpers;
+    std::vector<const BodyInfo*> m_bodies; // those of the helpers, in the simulation's order
+    std::vector<const EntChainInfo*> m_chained; // those of the helpers
+    std::vector<util::SharedPtr<physics::Particle>> m_particles;
+    std::vector<math::Vec2> m_particlePositions;
+    std::vector<math::Vec2> m_particleVelocities;
+    std::vector<float> m_particleAges; // seconds
+    double m_simTime;                  // seconds
+    script::CodeBlockPtr m_code;       // a call for each group and each widget of one
 };
 }

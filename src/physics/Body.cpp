@@ -263,7 +263,39 @@ void Body::RemoveGeom(GeomPtr geom)
 
 void Body::OnGeomChange()
 {
+    if (s_holdCount > 0)
+        return;
     const GeomSet geoms = m_geoms;
     SetGeoms(geoms);
+}
+
+Body::Placement Body::GetPlacement() const
+{
+    Placement placement;
+    placement.pos = m_pos;
+    placement.rot = m_rot;
+    placement.mass = m_mass;
+    placement.inertia = m_inertia;
+    placement.area = m_area;
+    placement.geomsToBody.reserve(m_parts.size());
+    for (const BodyPart& part : m_parts)
+        placement.geomsToBody.push_back(part.geomToBody);
+    return placement;
+}
+
+void Body::SetPlacement(const Placement& placement)
+{
+    CODE_ASSERT(placement.geomsToBody.size() == m_parts.size());
+    ClearForces();
+    m_pos = placement.pos;
+    m_rot = placement.rot;
+    m_mass = placement.mass;
+    m_massInv = 1 / m_mass;
+    m_inertia = placement.inertia;
+    m_inertiaInv = 1 / m_inertia;
+    m_area = placement.area;
+    for (size_t i = 0; i < m_parts.size(); ++i)
+        m_parts[i] = BodyPart(m_parts[i].geom, placement.geomsToBody[i]);
+    ApplyPoseChange();
 }
 }

@@ -58,6 +58,33 @@ public:
     /// To be called when mass or shape of a geometry have changed.
     void OnGeomChange();
 
+    // What SetGeoms computes from the geometries, and where the body has moved since. Kept aside and
+    // brought back, it is the same to the bit: computed again it would be rounded again.
+    struct Placement
+    {
+        math::Vec2 pos;
+        float rot = 0; // radians
+        float mass = 1;
+        float inertia = 1;
+        float area = 0;
+        std::vector<math::TMat2D<float>> geomsToBody; // in the order of GetParts
+    };
+    Placement GetPlacement() const;
+    /// Poses body and geometries. No force is left on the body; its velocity stays.
+    /// @throws BadCoderException  when it is the placement of another number of geometries
+    void SetPlacement(const Placement& placement);
+
+    // While one lives, OnGeomChange does nothing on any body. For who changes many geometries and then
+    // gives each body its geometries or its placement anew: a body of n geometries costs n, not n * n.
+    class GeomChangeHold
+    {
+    public:
+        GeomChangeHold() { ++s_holdCount; }
+        ~GeomChangeHold() { --s_holdCount; }
+        GeomChangeHold(const GeomChangeHold&) = delete;
+        GeomChangeHold& operator=(const GeomChangeHold&) = delete;
+    };
+
     const GeomSet& GetGeoms() const { return m_geoms; }
     /// In order of geometry id, which no sum over them may leave to addresses.
     const std::vector<BodyPart>& GetParts() const { return m_parts; }
@@ -68,6 +95,8 @@ public:
     const math::TMat2D<float>& GetPoseInv() const { return m_poseInv; }
 
 private:
+    static inline int s_holdCount = 0;
+
     struct NewParts;
 
     NewParts PrepareParts(const GeomSet& geoms) const;

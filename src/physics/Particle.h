@@ -50,6 +50,7 @@ public:
     size_t GetNeighborCount() const { return m_neighborCount; }
     /// Seconds of loneliness.
     float GetAge() const { return m_age; }
+    void SetAge(float age) { m_age = age; }
     /// By which contacts reach the particle; friction and restitution come from it. Deliberate: it stays
     /// where it was made, at the origin. Contacts bring their position along.
     ParticleGeom* GetGeom() const { return m_geom.get(); }

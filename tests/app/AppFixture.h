@@ -10,6 +10,7 @@
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "app/Startup.h"
+#include "app/Undoer.h"
 #include "app/entities/GeomEntity.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
@@ -100,6 +101,7 @@ protected:
         Sim()->m_gravity = math::Vec2(0, -9.8f);
         Sim()->m_gravitySwitch = true;
         Sim()->m_running = true;
+        Undoer::GetInstancePtr()->Clear();
         App::GetInstancePtr()->GetAppGUI()->PostponeAutosave();
     }
 };

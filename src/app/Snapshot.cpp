@@ -1,0 +1,484 @@
+#include "app/Snapshot.h"
+
+#include "app/App.h"
+#include "app/AppGUI.h"
+#include "app/Camera.h"
+#include "app/Chain.h"
+#include "app/EntitySerializer.h"
+#include "app/FileInfo.h"
+#include "app/Scene.h"
+#include "app/Serializer.h"
+#include "app/entities/GeomEntity.h"
+#include "app/entities/JointEntity.h"
+#include "app/entities/PenEntity.h"
+#include "app/widgets/Widget.h"
+#include "gui/GUI.h"
+#include "physics/Body.h"
+#include "physics/Geom.h"
+#include "physics/Particle.h"
+#include "physics/Simulation.h"
+#include "script/Parser.h"
+#include "util/Failures.h"
+#include "util/ScopeProfiler.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace app
+{
+namespace
+{
+physics::Simulation* Sim()
+{
+    return physics::Simulation::GetInstancePtr();
+}
+
+/// The one copy of the key, for keys are few and their uses many.
+const util::String* Intern(const util::String& key)
+{
+    static auto* keys = new std::unordered_set<util::String>;
+    return &*keys->insert(key).first;
+}
+
+template<typename T>
+const T& ValueOf(const script::ObjectPtr& object)
+{
+    return static_cast<const script::Value<T>&>(*object).GetValue();
+}
+
+bool IsSameValue(const script::ObjectPtr& a, const script::ObjectPtr& b)
+{
+    if (a == b)
+        return true;
+    if (!a || !b || a->GetKind() != b->GetKind())
+        return false;
+    switch (a->GetKind())
+    {
+    case script::ObjectKind::Bool:
+        return ValueOf<bool>(a) == ValueOf<bool>(b);
+    case script::ObjectKind::Int:
+        return ValueOf<script::Int>(a) == ValueOf<script::Int>(b);
+    case script::ObjectKind::Float:
+        // To the bit: 0 and -0 are two values.
+        return std::memcmp(&ValueOf<script::Float>(a), &ValueOf<script::Float>(b),
+                           sizeof(script::Float)) == 0;
+    case script::ObjectKind::String:
+        return ValueOf<util::String>(a) == ValueOf<util::String>(b);
+    case script::ObjectKind::List:
+    {
+        const script::ObjectList& listA = static_cast<const script::List&>(*a).GetElements();
+        const script::ObjectList& listB = static_cast<const script::List&>(*b).GetElements();
+        return std::equal(listA.begin(), listA.end(), listB.begin(), listB.end(), IsSameValue);
+    }
+    default:
+        return false;
+    }
+}
+}
+
+// What an EntitySerializer holds, in little room.
+class Snapshot::EntityState : public util::Pointee
+{
+public:
+    /// The older state itself, when the entity says the same as it did then.
+    /// @param older  of the same entity, may be null; equal values are shared with it
+    static EntityStatePtr Make(const Entity& entity, const EntityStatePtr& older)
+    {
+        EntitySerializer serializer(EntitySerializer::Defaults::Keep);
+        entity.SerializeTo(serializer);
+        util::SharedPtr<EntityState> state = QUIB_NEW EntityState;
+        state->m_values.reserve(serializer.GetValues().size());
+        bool isSame = older && older->m_values.size() == serializer.GetValues().size();
+        for (const auto& value : serializer.GetValues())
+        {
+            const util::String* key = Intern(value.first);
+            const size_t i = state->m_values.size();
+            state->m_values.emplace_back(key, value.second);
+            const bool isEqual = older && i < older->m_values.size() &&
+                                 older->m_values[i].first == key &&
+                                 IsSameValue(older->m_values[i].second, value.second);
+            if (isEqual)
+                state->m_values[i].second = older->m_values[i].second;
+            isSame = isSame && isEqual;
+        }
+        return isSame ? older : EntityStatePtr(state.get());
+    }
+
+    void Deserialize(Entity& entity) const
+    {
+        EntitySerializer serializer(EntitySerializer::Defaults::Keep);
+        for (const auto& value : m_values)
+            serializer.SetObject(*value.first, value.second);
+        entity.Deserialize(serializer);
+    }
+
+private:
+    std::vector<std::pair<const util::String*, script::ObjectPtr>> m_values;
+};
+
+class Snapshot::BodyInfo final : public RestoreHelper
+{
+public:
+    explicit BodyInfo(const physics::BodyPtr& body)
+        : m_body(body)
+        , m_placement(body->GetPlacement())
+        , m_vel(body->GetVel())
+        , m_angVel(body->GetAngVel())
+        , m_isInSimulation(Sim()->HasBody(body))
+    {
+        m_geoms.reserve(body->GetParts().size());
+        for (const physics::Body::BodyPart& part : body->GetParts())
+            m_geoms.push_back(part.geom);
+    }
+
+    void Restore() const override
+    {
+        physics::GeomSet geoms;
+        for (const physics::GeomPtr& geom : m_geoms)
+            geoms.insert(geom);
+        m_body->SetGeoms(geoms);
+        Place();
+        // Deliberate: one that a tool holds still keeps its rest. Both setters would refuse anyway.
+        if (!m_body->IsSuspended() && m_body->GetMassInv() != 0)
+        {
+            m_body->SetVel(m_vel);
+            m_body->SetAngVel(m_angVel);
+        }
+    }
+
+    void Place() const { m_body->SetPlacement(m_placement); }
+
+    void AddToSimulation() const
+    {
+        if (m_isInSimulation)
+            Sim()->AddBody(m_body);
+    }
+
+private:
+    physics::BodyPtr m_body;
+    std::vector<physics::GeomPtr> m_geoms; // by id, as the body's parts
+    physics::Body::Placement m_placement;
+    math::Vec2 m_vel;
+    float m_angVel;
+    bool m_isInSimulation;
+};
+
+class Snapshot::JointInfo final : public RestoreHelper
+{
+public:
+    explicit JointInfo(JointEntity& joint)
+        : m_joint(&joint)
+    {
+        for (int i : {0, 1})
+        {
+            m_geoms[i] = joint.GetGeom(i);
+            m_localPoints[i] = joint.GetLocalPoint(i);
+        }
+    }
+
+    void Restore() const override
+    {
+        m_joint->AttachToLocal(m_geoms[0], m_localPoints[0], m_geoms[1], m_localPoints[1]);
+    }
+
+private:
+    JointEntityPtr m_joint;
+    physics::GeomPtr m_geoms[2];
+    math::Vec2 m_localPoints[2];
+};
+
+class Snapshot::PenInfo final : public RestoreHelper
+{
+public:
+    explicit PenInfo(PenEntity& pen)
+        : m_pen(&pen)
+        , m_geom(pen.GetGeom())
+        , m_localPoint(pen.GetLocalPoint())
+        , m_trail(pen.GetTrail())
+    {
+    }
+
+    void Restore() const override
+    {
+        m_pen->AttachTo(m_geom, m_localPoint);
+        m_pen->SetTrail(m_trail);
+    }
+
+private:
+    PenEntityPtr m_pen;
+    physics::GeomPtr m_geom;
+    math::Vec2 m_localPoint;
+    PenEntity::Trail m_trail;
+};
+
+class Snapshot::EntChainInfo final : public RestoreHelper
+{
+public:
+    explicit EntChainInfo(const EntityPtr& entity)
+        : m_entity(entity)
+        , m_chain(entity->GetChain())
+        , m_index(m_chain->IndexOf(*entity))
+    {
+    }
+
+    void Restore() const override { m_chain->AddEntity(m_index, m_entity); }
+    void Detach() const { m_chain->Detach(); }
+
+private:
+    EntityPtr m_entity;
+    util::SharedPtr<Chain> m_chain;
+    size_t m_index;
+};
+
+SnapshotPtr Snapshot::TakeSnapshot()
+{
+    util::ScopeProfiler profile("Snapshot::TakeSnapshot");
+    return QUIB_NEW Snapshot;
+}
+
+Snapshot::Snapshot()
+    : m_simTime(Sim()->GetSimTime())
+{
+    // What entities write and read depends on it.
+    FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
+
+    const Scene* scene = Scene::GetInstancePtr();
+    const Camera* camera = scene->GetCamera().get();
+    m_selection = scene->GetSelection()->ShallowClone();
+    if (camera->GetTrackedGroup())
+        m_trackedGroup = camera->GetTrackedGroup()->ShallowClone();
+    m_guiToWorld = camera->GUIToWorld();
+    m_guiSize = gui::GUI::GetInstancePtr()->GetSize();
+    m_pan = camera->GetPan();
+    m_zoom = camera->GetZoom();
+    m_title = scene->GetTitle();
+    m_author = scene->GetAuthor();
+    m_description = scene->GetDescription();
+    StoreWater();
+    StoreEntities();
+    StoreBodies();
+    StoreJointsAndPens();
+    StoreChains();
+    StoreGroups();
+    s_latest = this;
+}
+
+Snapshot::~Snapshot()
+{
+    if (s_latest == this)
+        s_latest = nullptr;
+}
+
+void Snapshot::StoreWater()
+{
+    m_particles = Sim()->GetParticles();
+    m_particlePositions.reserve(m_particles.size());
+    m_particleVelocities.reserve(m_particles.size());
+    m_particleAges.reserve(m_particles.size());
+    for (const physics::ParticlePtr& particle : m_particles)
+    {
+        m_particlePositions.push_back(particle->GetPos());
+        m_particleVelocities.push_back(particle->GetVel());
+        m_particleAges.push_back(particle->GetAge());
+    }
+}
+
+void Snapshot::StoreEntities()
+{
+    m_entities = Scene::GetInstancePtr()->GetEntities();
+    m_states.reserve(m_entities.size());
+    // Mostly the entities still stand where they stood.
+    const Snapshot* latest = s_latest;
+    std::unordered_map<const Entity*, size_t> places;
+    if (latest && latest->m_entities != m_entities)
+        for (size_t i = 0; i < latest->m_entities.size(); ++i)
+            places[latest->m_entities[i].get()] = i;
+    for (size_t i = 0; i < m_entities.size(); ++i)
+    {
+        EntityStatePtr older;
+        if (latest && i < latest->m_entities.size() && latest->m_entities[i] == m_entities[i])
+            older = latest->m_states[i];
+        else if (const auto place = places.find(m_entities[i].get()); place != places.end())
+            older = latest->m_states[place->second];
+        m_states.push_back(EntityState::Make(*m_entities[i], older));
+    }
+}
+
+void Snapshot::StoreBodies()
+{
+    std::unordered_set<const physics::Body*> seen;
+    const auto add = [&](const physics::BodyPtr& body)
+    {
+        m_helpers.push_back(std::make_unique<BodyInfo>(body));
+        m_bodies.push_back(static_cast<const BodyInfo*>(m_helpers.back().get()));
+    };
+    for (const EntityPtr& entity : m_entities)
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+            seen.insert(geomEntity->GetGeom()->GetBodyBodyPtr());
+    seen.erase(nullptr);
+    // In the order of the simulation, and that of the entities for what is not in it: the order of the
+    // bodies is that in which they are solved.
+    for (const physics::BodyPtr& body : Sim()->GetBodies())
+        if (seen.erase(body.get()))
+            add(body);
+    for (const EntityPtr& entity : m_entities)
+        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+            if (const physics::BodyPtr body = geomEntity->GetBody(); seen.erase(body.get()))
+                add(body);
+}
+
+void Snapshot::StoreJointsAndPens()
+{
+    for (const EntityPtr& entity : m_entities)
+    {
+        if (JointEntity* joint = entity->ToJointEntity())
+            m_helpers.push_back(std::make_unique<JointInfo>(*joint));
+        if (PenEntity* pen = entity->ToPenEntity())
+            m_helpers.push_back(std::make_unique<PenInfo>(*pen));
+    }
+}
+
+void Snapshot::StoreChains()
+{
+    for (const EntityPtr& entity : m_entities)
+        if (entity->GetChain())
+        {
+            m_helpers.push_back(std::make_unique<EntChainInfo>(entity));
+            m_chained.push_back(static_cast<const EntChainInfo*>(m_helpers.back().get()));
+        }
+}
+
+void Snapshot::StoreGroups()
+{
+    m_code = QUIB_NEW script::CodeBlock;
+    for (const GroupPtr& group : Scene::GetInstancePtr()->GetGroups())
+        Serializer::GetInstancePtr()->SerializeGroup(*m_code, group);
+    for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
+        if (widget->GetGroup())
+            Serializer::GetInstancePtr()->SerializeWidget(*m_code, *widget);
+}
+
+void Snapshot::Restore()
+{
+    util::ScopeProfiler profile("Snapshot::Restore");
+    // A tool that is broken off may hold the last handle but this.
+    const SnapshotPtr keepAlive(this);
+    FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
+    QUIB_PASS_ON(ClearWorld());
+    Sim()->SetSimTime(m_simTime);
+
+    std::vector<bool> failed(m_entities.size());
+    {
+        // The bodies are given their placement below.
+        physics::Body::GeomChangeHold hold;
+        DeserializeEntities(failed);
+        DetachChains();
+        for (const auto& helper : m_helpers)
+            helper->Restore();
+        // Deliberate: once more, as some of what was read depends on what the helpers have put back.
+        DeserializeEntities(failed);
+    }
+    for (const BodyInfo* body : m_bodies)
+    {
+        body->Place();
+        body->AddToSimulation();
+    }
+    AddEntities(failed);
+    RestoreWater();
+
+    Scene* scene = Scene::GetInstancePtr();
+    scene->SetTexts(m_title, m_author, m_description);
+    scene->SetSelection(m_selection);
+    // A copy: the camera's group loses who leaves the scene.
+    scene->GetCamera()->SetTrackedGroup(m_trackedGroup ? m_trackedGroup->ShallowClone() : nullptr);
+    RestoreView();
+    script::Parser::GetInstancePtr()->Execute(m_code);
+}
+
+void Snapshot::ClearWorld() const
+{
+    const physics::BodyList bodies = Sim()->GetBodies();
+    Scene::GetInstancePtr()->ClearScene();
+    Sim()->Clear();
+    // Otherwise each of ours would take its geometries from these one by one.
+    for (const physics::BodyPtr& body : bodies)
+        if (body != Sim()->GetWorldBody())
+            body->SetGeoms(physics::GeomSet());
+}
+
+// The helpers only add members to chains, so that all must be out of theirs by then.
+void Snapshot::DetachChains() const
+{
+    for (const EntityPtr& entity : m_entities)
+        if (const util::SharedPtr<Chain> chain = entity->GetChain())
+            chain->Detach();
+    for (const EntChainInfo* link : m_chained)
+        link->Detach();
+}
+
+void Snapshot::DeserializeEntities(std::vector<bool>& failed) const
+{
+    for (size_t i = 0; i < m_entities.size(); ++i)
+    {
+        if (failed[i])
+            continue;
+        try
+        {
+            m_states[i]->Deserialize(*m_entities[i]);
+        }
+        catch (std::exception& e)
+        {
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogError, util::String("An entity can't be brought back: ") + e.what());
+            failed[i] = true;
+        }
+    }
+}
+
+void Snapshot::AddEntities(const std::vector<bool>& failed) const
+{
+    Scene* scene = Scene::GetInstancePtr();
+    Serializer* serializer = Serializer::GetInstancePtr();
+    for (size_t i = 0; i < m_entities.size(); ++i)
+    {
+        if (failed[i])
+        {
+            m_entities[i]->RemoveFromSimulation();
+            continue;
+        }
+        m_entities[i]->SetDrawTransform(math::Mat3());
+        scene->AddEntity(m_entities[i]);
+        serializer->RegisterEntity(m_entities[i]);
+    }
+    // What the entities say of joints reaches these with the next frame, which may step before.
+    for (const EntityPtr& entity : m_entities)
+        if (JointEntity* joint = entity->ToJointEntity(); joint && joint->IsAlive())
+            joint->Update(0);
+}
+
+void Snapshot::RestoreWater() const
+{
+    for (size_t i = 0; i < m_particles.size(); ++i)
+    {
+        physics::Particle& particle = *m_particles[i];
+        particle.SetPos(m_particlePositions[i]);
+        particle.SetVel(m_particleVelocities[i]);
+        particle.SetAge(m_particleAges[i]);
+        particle.ClearForces();
+        Sim()->AddParticle(m_particles[i]);
+    }
+}
+
+void Snapshot::RestoreView() const
+{
+    Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
+    camera->SetGUIToWorld(m_guiToWorld);
+    if (m_guiSize == gui::GUI::GetInstancePtr()->GetSize())
+    {
+        camera->SetPan(m_pan);
+        camera->SetZoom(m_zoom);
+    }
+}
+}
