@@ -119,4 +119,10 @@ void EraseEntities::Undo()
 {
     m_snapshot->Restore();
 }
+
+void EraseEntities::Redo()
+{
+    m_snapshot->Restore();
+    Do();
+}
 }

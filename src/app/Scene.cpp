@@ -5,6 +5,8 @@
 #include "app/Camera.h"
 #include "app/Chain.h"
 #include "app/Serializer.h"
+#include "app/Snapshot.h"
+#include "app/Undoer.h"
 #include "app/entities/GeomEntity.h"
 #include "app/entities/PenEntity.h"
 #include "app/entities/WeldBatch.h"
@@ -389,6 +391,13 @@ void Scene::ClearScene()
     // The scene clears itself once before there is an interface.
     if (AppGUI* appGUI = App::GetInstancePtr()->GetAppGUI().get())
         appGUI->RemoveGroupWidgets();
+}
+
+void Scene::ClearSceneUndoable()
+{
+    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    ClearScene();
+    Undoer::GetInstancePtr()->AddUndo(before, "UndoClear");
 }
 
 void Scene::EraseWater()

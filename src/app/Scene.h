@@ -117,6 +117,7 @@ public:
     /// Back to an empty world with the default view: no entities, no groups but the selection, no
     /// texts, no ids of a file. Settings of the simulation stay.
     void ClearScene();
+    /// The same as an edit of the user's.
     void ClearSceneUndoable();
     void EraseWater();
 

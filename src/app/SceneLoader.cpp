@@ -104,7 +104,10 @@ void SceneLoader::ImportQuiblet(const util::String& text)
     Scene* scene = Scene::GetInstancePtr();
     const GroupPtr loaded = Serializer::GetInstancePtr()->Deserialize(text);
     scene->SetSelection(loaded);
-    //IMPORT
+    if (const math::BoundingBox box = loaded->CalcFiniteAABB(); box.IsFinite())
+        scene->Transform(loaded, math::Mat2D::Translation(App::GetInstancePtr()->GetMousePos() -
+                                                          box.GetCenter()));
+    scene->MoveToFront(loaded);
     Log(logging::LogVerbose, "Imported quiblet " + m_path);
 }
 
@@ -125,6 +128,9 @@ void SceneLoader::Undo()
 void SceneLoader::Redo()
 {
     SwapFileName();
+    // As with erasing: what comes in joins what lay there the first time.
+    if (m_isImport)
+        m_snapshot->Restore();
     Do();
 }
 

@@ -251,8 +251,8 @@ Snapshot::Snapshot()
         m_trackedGroup = camera->GetTrackedGroup()->ShallowClone();
     m_guiToWorld = camera->GUIToWorld();
     m_guiSize = gui::GUI::GetInstancePtr()->GetSize();
-    m_pan = camera->GetPan();
-    m_zoom = camera->GetZoom();
+    m_pan = camera->GetObject("pan");
+    m_zoom = camera->GetObject("zoom");
     m_title = scene->GetTitle();
     m_author = scene->GetAuthor();
     m_description = scene->GetDescription();
@@ -343,7 +343,8 @@ void Snapshot::StoreJointsAndPens()
 void Snapshot::StoreChains()
 {
     for (const EntityPtr& entity : m_entities)
-        if (entity->GetChain())
+        // One that another has pushed out of its place still knows its chain.
+        if (entity->GetChain() && entity->GetChain()->IndexOf(*entity) != Chain::NotFound)
         {
             m_helpers.push_back(std::make_unique<EntChainInfo>(entity));
             m_chained.push_back(static_cast<const EntChainInfo*>(m_helpers.back().get()));
@@ -477,8 +478,8 @@ void Snapshot::RestoreView() const
     camera->SetGUIToWorld(m_guiToWorld);
     if (m_guiSize == gui::GUI::GetInstancePtr()->GetSize())
     {
-        camera->SetPan(m_pan);
-        camera->SetZoom(m_zoom);
+        camera->FindVariable("pan")->SetObject(m_pan);
+        camera->FindVariable("zoom")->SetObject(m_zoom);
     }
 }
 }

@@ -75,14 +75,15 @@ private:
     GroupPtr m_selection;
     GroupPtr m_trackedGroup; // may be null
     math::Mat3 m_guiToWorld;
-    // The same view as numbers, which the way through the matrix rounds; good for a window of that size.
-    math::Vec2 m_guiSize, m_pan;
-    float m_zoom;
+    // The same view as it stands in the camera's attributes, for a window of that size: the way through
+    // the matrix rounds, and loses formulas.
+    math::Vec2 m_guiSize;
+    script::ObjectPtr m_pan, m_zoom;
     util::String m_title, m_author, m_description;
     std::vector<EntityPtr> m_entities;    // back to front
     std::vector<EntityStatePtr> m_states; // of each of them
     std::vector<std::unique_ptr<RestoreHelper>> m_helpers;
-    std::vector<const BodyInfo*> m_bodies; // those of the helpers, in the simulation's order
+    std::vector<const BodyInfo*> m_bodies;      // those of the helpers, in the simulation's order
     std::vector<const EntChainInfo*> m_chained; // those of the helpers
     std::vector<util::SharedPtr<physics::Particle>> m_particles;
     std::vector<math::Vec2> m_particlePositions;

@@ -144,6 +144,23 @@ TEST_F(ActionTest, ErasesJointsBeforeWhatTheyHold)
     EXPECT_EQ(0u, TheScene()->GetEntities().size());
 }
 
+TEST_F(ActionTest, ClearingTheSceneCanBeUndone)
+{
+    const auto box = Add("Scene.addBox {}");
+    Run("Scene.title = \"Mill\"; Scene.addWater { vecs = [[3, 3]] }");
+    TheScene()->ClearSceneUndoable();
+    EXPECT_EQ(0u, TheScene()->GetEntities().size());
+    EXPECT_EQ(0u, Sim()->GetParticles().size());
+    EXPECT_STREQ("UndoClear", TheUndoer()->GetNextUndo()->GetNameKey());
+    TheUndoer()->Undo();
+    EXPECT_TRUE(TheScene()->HasEntity(box));
+    EXPECT_EQ(1u, Sim()->GetParticles().size());
+    EXPECT_EQ("Mill", TheScene()->GetTitle());
+    TheUndoer()->Redo();
+    EXPECT_FALSE(TheScene()->HasEntity(box));
+    EXPECT_EQ("", TheScene()->GetTitle());
+}
+
 TEST_F(ActionTest, ErasesWhatIsStillThere)
 {
     const auto a = Add("Scene.addBox {}"), b = Add("Scene.addBox { pos = [3, 0] }");

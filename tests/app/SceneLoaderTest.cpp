@@ -51,7 +51,7 @@ TEST_F(SceneLoaderTest, UndoBringsBackTheWholeSceneBefore)
                        "Scene.Camera.pan = [1, 2]; Scene.Camera.zoom = 77; Scene.addBox {}");
     Write("second.qib", "FileInfo.version = 2; FileInfo.author = \"Me\"; Sim.gravity = [3, 4];"
                         "Sim.airSwitch = false; App.borders = false; App.fadeColor = [1, 0, 0];"
-                        "App.fadeRotate = 5; Scene.addCircle {}");
+                        "App.fadeRotate = 5; Scene.addCircle { color = [0.1, 0.2, 0.3, 1.0] }");
     TheGUI()->LoadScene("first.qib", false);
     const util::String first = Save();
     TheGUI()->LoadScene("second.qib", false);
@@ -71,7 +71,8 @@ TEST_F(SceneLoaderTest, UndoBringsBackTheWholeSceneBefore)
     EXPECT_EQ("second.qib", FileInfo::GetInstancePtr()->GetFileName());
     TheUndoer()->Undo();
     EXPECT_EQ(first, Save());
-    Run("App.borders = true; App.fadeColor = [0, 0, 0]; App.fadeRotate = 0; Sim.airSwitch = true");
+    Run("App.borders = true; App.fadeColor = [0.0, 0.0, 0.0]; App.fadeRotate = 0.0; Sim.airSwitch "
+        "= true");
 }
 
 TEST_F(SceneLoaderTest, RedoReadsTheFileAgain)
