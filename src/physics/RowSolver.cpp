@@ -14,6 +14,14 @@ namespace physics
 {
 namespace
 {
+template<typename Batch>
+void ClearBatch(std::vector<Batch>& batches, uint32_t index)
+{
+    if (batches.size() <= index)
+        batches.resize(2 * (index + 1));
+    std::memset(static_cast<void*>(&batches[index]), 0, sizeof(Batch));
+}
+
 namespace baseline
 {
 #include "physics/RowSweep.inl"
@@ -36,10 +44,11 @@ RowSolver::Sweeps RowSolver::ChooseSweeps(Instructions instructions)
 {
 #ifdef QUIB_HAS_AVX2_SWEEP
     if (instructions == Instructions::Best && __builtin_cpu_supports("avx2"))
-        return {avx2::SweepContacts, avx2::SweepHinges, avx2::SweepMotors};
+        return {avx2::SweepContacts, avx2::SweepLoneContacts, avx2::SweepHinges, avx2::SweepMotors};
 #endif
     static_cast<void>(instructions);
-    return {baseline::SweepContacts, baseline::SweepHinges, baseline::SweepMotors};
+    return {baseline::SweepContacts, baseline::SweepLoneContacts, baseline::SweepHinges,
+            baseline::SweepMotors};
 }
 
 RowSolver::RowSolver(Instructions instructions)
@@ -54,6 +63,7 @@ void RowSolver::Solve(const ConstraintList& constraints, int iterations, bool pr
     if (constraints.empty())
         return;
     BuildRows(constraints, preSort);
+    TakeOutLoneRows();
     if (preSort)
         SortKeys();
     Schedule(constraints);
@@ -161,6 +171,39 @@ void RowSolver::BuildRows(const ConstraintList& constraints, bool preSort)
     }
 }
 
+void RowSolver::TakeOutLoneRows()
+{
+    m_rowCounts.resize(m_bodies.size());
+    uint32_t* const counts = m_rowCounts.data();
+    std::memset(counts, 0, m_rowCounts.size() * sizeof(uint32_t));
+    for (const Row& row : m_rows)
+    {
+        ++counts[row.body0];
+        ++counts[row.body1];
+    }
+    counts[0] = 0; // immovable bodies bind nothing
+
+    m_lanes.resize(m_rows.size());
+    m_loneCount = 0;
+    SortKey* kept = m_keys.begin();
+    for (const SortKey& key : m_keys)
+    {
+        Row& row = m_rows.data()[key.row];
+        if (row.kind != ContactKind || counts[row.body0] > 1 || counts[row.body1] > 1)
+        {
+            *kept++ = key;
+            continue;
+        }
+        row.kind = LoneKind;
+        const uint32_t lane = m_loneCount++;
+        if (lane % RowBatch::Lanes == 0)
+            ClearBatch(m_loneBatches, lane / RowBatch::Lanes);
+        FillLane(m_loneBatches[lane / RowBatch::Lanes], lane % RowBatch::Lanes, row);
+        m_lanes.data()[key.row] = lane;
+    }
+    m_keys.resize(kept - m_keys.begin());
+}
+
 // Radix sort from the low digit up, which is stable: Knuth 1998, "The art of computer programming",
 // volume 3, 5.2.5. Three digits of eleven bits for a float, as in Herf 2001, "Radix tricks".
 void RowSolver::SortKeys()
@@ -221,7 +264,6 @@ void RowSolver::Schedule(const ConstraintList& constraints)
         m_counts[kind] = 0;
         m_open[kind].clear();
     }
-    m_lanes.resize(m_rows.size());
     m_firstFree.resize(m_bodies.size());
     std::memset(m_firstFree.data(), 0, m_firstFree.size() * sizeof(uint32_t));
 
@@ -381,6 +423,9 @@ void RowSolver::FindRuns()
 void RowSolver::Sweep(int iterations)
 {
     VelChange* const accum = m_accum.data();
+    const uint32_t loneBatches = (m_loneCount + RowBatch::Lanes - 1) / RowBatch::Lanes;
+    m_sweeps.loneContacts(m_loneBatches.data(), m_loneBatches.data() + loneBatches, accum,
+                          iterations);
     for (int i = 0; i < iterations; ++i)
         for (const Run& run : m_runs)
             switch (run.kind)
@@ -429,9 +474,18 @@ void RowSolver::WriteBack(const ConstraintList& constraints)
         m_bodies.begin()[i]->SetVelChange(math::Vec2(m_accum[i].x, m_accum[i].y), m_accum[i].w);
     for (size_t i = 0; i < m_rows.size(); ++i)
     {
-        const Place& place = m_places.begin()[m_lanes.begin()[i] / RowBatch::Lanes];
+        const uint32_t number = m_lanes.begin()[i] / RowBatch::Lanes;
         const int lane = m_lanes.begin()[i] % RowBatch::Lanes;
         Constraint& constraint = *constraints.begin()[i];
+        if (m_rows.begin()[i].kind == LoneKind)
+        {
+            const RowBatch& batch = m_loneBatches[number];
+            Contact& contact = static_cast<Contact&>(constraint);
+            contact.m_totalN = batch.totalN[lane];
+            contact.m_totalT = batch.totalT[lane];
+            continue;
+        }
+        const Place& place = m_places.begin()[number];
         if (place.kind == ContactKind)
         {
             const RowBatch& batch = m_contactBatches[place.index];

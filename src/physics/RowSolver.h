@@ -91,14 +91,16 @@ public:
     void Solve(const ConstraintList& constraints, int iterations, bool preSort);
 
 private:
-    // Where a row goes. Single: keeps its virtual operations, and has a batch of its own.
+    // Where a row goes. Lone ones may be solved at any time, and so all their sweeps follow each other:
+    // every drop of water that touches a wall has one. Single: keeps its virtual operations, and has a batch of its own.
     enum Kind : uint8_t
     {
         ContactKind,
         HingeKind,
         MotorKind,
         SingleKind,
-        KindCount
+        KindCount,
+        LoneKind = KindCount // contacts whose movable bodies are in no other row; in no order
     };
 
     template<typename Batch>
@@ -107,6 +109,7 @@ private:
     struct Sweeps
     {
         SweepFunction<RowBatch> contacts;
+        void (*loneContacts)(RowBatch* begin, RowBatch* end, VelChange* accum, int iterations);
         SweepFunction<HingeBatch> hinges;
         SweepFunction<MotorBatch> motors;
     };
@@ -153,6 +156,7 @@ private:
     uint32_t Enter(AbstractBody* body);
     uint32_t EnterNew(AbstractBody* body);
     void BuildRows(const ConstraintList& constraints, bool preSort);
+    void TakeOutLoneRows();
     void SortKeys();
     void Schedule(const ConstraintList& constraints);
     void ClearEmptyLanes();
@@ -171,15 +175,18 @@ private:
     util::VectorPOD<AbstractBody*> m_bodies; // [0] is null
     std::vector<VelChange> m_accum;          // by index in m_bodies
     util::VectorPOD<float> m_inertiaInv;
+    util::VectorPOD<uint32_t> m_rowCounts; // per body
     util::VectorPOD<uint32_t> m_firstFree; // per body: the first batch after those that it is in
 
-    util::VectorPOD<Row> m_rows; // in the order of the list
-    util::VectorPOD<SortKey> m_keys, m_keysBuffer;
-    util::VectorPOD<uint32_t> m_lanes; // per row: batch * Lanes + lane
+    util::VectorPOD<Row> m_rows;                   // in the order of the list
+    util::VectorPOD<SortKey> m_keys, m_keysBuffer; // of all rows but the lone ones
+    util::VectorPOD<uint32_t> m_lanes;             // per row: batch * Lanes + lane
 
     util::VectorPOD<Place> m_places;        // per batch
     uint32_t m_counts[KindCount];           // batches of each kind
     std::vector<RowBatch> m_contactBatches; // these never shrink
+    std::vector<RowBatch> m_loneBatches;
+    uint32_t m_loneCount = 0; // rows
     std::vector<HingeBatch> m_hingeBatches;
     std::vector<MotorBatch> m_motorBatches;
     util::VectorPOD<Constraint*> m_singles;

@@ -60,46 +60,113 @@ SWEEP_INLINE void Scatter(VelChange* accum, const uint32_t* i, const Lanes& in)
     StorePair(accum, i[3], i[7], __builtin_shufflevector(xyHigh, wmHigh, 2, 3, 10, 11, 6, 7, 14, 15));
 }
 
-static void SweepContacts(RowBatch* batch, RowBatch* end, VelChange* accum)
+// One sweep over eight contacts.
+SWEEP_INLINE void SolveContacts(const RowBatch& batch, Lanes& a, Lanes& b, Vec8& totalN, Vec8& totalT)
 {
     const Vec8 zero = {};
+    const Vec8 r0x = Load(batch.r0x), r0y = Load(batch.r0y);
+    const Vec8 r1x = Load(batch.r1x), r1y = Load(batch.r1y);
+    const Vec8 nx = Load(batch.normalX), ny = Load(batch.normalY);
+
+    // Contact::CalcDesiredImpulse. The tangent is (-ny, nx).
+    const Vec8 wx = (b.x - b.w * r1y) - (a.x - a.w * r0y);
+    const Vec8 wy = (b.y + b.w * r1x) - (a.y + a.w * r0x);
+    const Vec8 dn = Load(batch.targetN) - (wx * nx + wy * ny) * Load(batch.massN);
+    const Vec8 newN = Max(totalN + dn, zero);
+    const Vec8 deltaN = newN - totalN;
+    const Vec8 limit = Max(Load(batch.friction) * newN, zero);
+    const Vec8 dt = Load(batch.targetT) - (wy * nx - wx * ny) * Load(batch.massT);
+    const Vec8 newT = Max(-limit, Min(limit, totalT + dt));
+    const Vec8 deltaT = newT - totalT;
+
+    // Contact::ApplyImpulse. The totals grow by the deltas: newN is not always totalN + deltaN.
+    const Vec8 jx = deltaN * nx - deltaT * ny;
+    const Vec8 jy = deltaN * ny + deltaT * nx;
+    a.x = a.x - a.massInv * jx;
+    a.y = a.y - a.massInv * jy;
+    a.w = a.w - Load(batch.inertiaInv0) * (r0x * jy - r0y * jx);
+    b.x = b.x + b.massInv * jx;
+    b.y = b.y + b.massInv * jy;
+    b.w = b.w + Load(batch.inertiaInv1) * (r1x * jy - r1y * jx);
+    totalN = totalN + deltaN;
+    totalT = totalT + deltaT;
+}
+
+static void SweepContacts(RowBatch* batch, RowBatch* end, VelChange* accum)
+{
     const Vec4f nothing = {};
     for (; batch != end; ++batch)
     {
         Lanes a, b;
         Gather(accum, batch->body0, a);
         Gather(accum, batch->body1, b);
-        const Vec8 r0x = Load(batch->r0x), r0y = Load(batch->r0y);
-        const Vec8 r1x = Load(batch->r1x), r1y = Load(batch->r1y);
-        const Vec8 nx = Load(batch->normalX), ny = Load(batch->normalY);
-        const Vec8 totalN = Load(batch->totalN), totalT = Load(batch->totalT);
-
-        // Contact::CalcDesiredImpulse. The tangent is (-ny, nx).
-        const Vec8 wx = (b.x - b.w * r1y) - (a.x - a.w * r0y);
-        const Vec8 wy = (b.y + b.w * r1x) - (a.y + a.w * r0x);
-        const Vec8 dn = Load(batch->targetN) - (wx * nx + wy * ny) * Load(batch->massN);
-        const Vec8 newN = Max(totalN + dn, zero);
-        const Vec8 deltaN = newN - totalN;
-        const Vec8 limit = Max(Load(batch->friction) * newN, zero);
-        const Vec8 dt = Load(batch->targetT) - (wy * nx - wx * ny) * Load(batch->massT);
-        const Vec8 newT = Max(-limit, Min(limit, totalT + dt));
-        const Vec8 deltaT = newT - totalT;
-
-        // Contact::ApplyImpulse. The totals grow by the deltas: newN is not always totalN + deltaN.
-        const Vec8 jx = deltaN * nx - deltaT * ny;
-        const Vec8 jy = deltaN * ny + deltaT * nx;
-        a.x = a.x - a.massInv * jx;
-        a.y = a.y - a.massInv * jy;
-        a.w = a.w - Load(batch->inertiaInv0) * (r0x * jy - r0y * jx);
-        b.x = b.x + b.massInv * jx;
-        b.y = b.y + b.massInv * jy;
-        b.w = b.w + Load(batch->inertiaInv1) * (r1x * jy - r1y * jx);
-        Store(batch->totalN, totalN + deltaN);
-        Store(batch->totalT, totalT + deltaT);
-
+        Vec8 totalN = Load(batch->totalN), totalT = Load(batch->totalT);
+        SolveContacts(*batch, a, b, totalN, totalT);
+        Store(batch->totalN, totalN);
+        Store(batch->totalT, totalT);
         Scatter(accum, batch->body0, a);
         Scatter(accum, batch->body1, b);
         // Lanes of immovable bodies have written 0 * impulse here: not zero if that was infinite.
+        *reinterpret_cast<Vec4f*>(accum) = nothing;
+    }
+}
+
+// Where two vectors have different bits.
+SWEEP_INLINE Mask8 Differences(Vec8 a, Vec8 b)
+{
+    return reinterpret_cast<Mask8>(a) ^ reinterpret_cast<Mask8>(b);
+}
+
+SWEEP_INLINE bool IsAnySet(Mask8 mask)
+{
+    typedef int64_t Mask4 __attribute__((vector_size(32)));
+    const Mask4 m = reinterpret_cast<Mask4>(mask);
+    return ((m[0] | m[1]) | (m[2] | m[3])) != 0;
+}
+
+SWEEP_INLINE Vec8 Masked(Vec8 v, Mask8 mask)
+{
+    return reinterpret_cast<Vec8>(reinterpret_cast<Mask8>(v) & mask);
+}
+
+SWEEP_INLINE void Mask(Lanes& lanes, Mask8 mask)
+{
+    lanes.x = Masked(lanes.x, mask);
+    lanes.y = Masked(lanes.y, mask);
+    lanes.w = Masked(lanes.w, mask);
+}
+
+// All sweeps over contacts that nobody else meddles with. One that has changed nothing is the last: the
+// others would change nothing either.
+static void SweepLoneContacts(RowBatch* batch, RowBatch* end, VelChange* accum, int iterations)
+{
+    const Vec4f nothing = {};
+    for (; batch != end; ++batch)
+    {
+        const Mask8 isMovable0 = *reinterpret_cast<const Mask8*>(batch->body0) != 0;
+        const Mask8 isMovable1 = *reinterpret_cast<const Mask8*>(batch->body1) != 0;
+        Lanes a, b;
+        Gather(accum, batch->body0, a);
+        Gather(accum, batch->body1, b);
+        Vec8 totalN = Load(batch->totalN), totalT = Load(batch->totalT);
+        for (int i = 0; i < iterations; ++i)
+        {
+            const Lanes oldA = a, oldB = b;
+            const Vec8 oldN = totalN, oldT = totalT;
+            SolveContacts(*batch, a, b, totalN, totalT);
+            Mask(a, isMovable0); // as above
+            Mask(b, isMovable1);
+            const Mask8 changed = Differences(a.x, oldA.x) | Differences(a.y, oldA.y) |
+                                  Differences(a.w, oldA.w) | Differences(b.x, oldB.x) |
+                                  Differences(b.y, oldB.y) | Differences(b.w, oldB.w) |
+                                  Differences(totalN, oldN) | Differences(totalT, oldT);
+            if (!IsAnySet(changed))
+                break;
+        }
+        Store(batch->totalN, totalN);
+        Store(batch->totalT, totalT);
+        Scatter(accum, batch->body0, a);
+        Scatter(accum, batch->body1, b);
         *reinterpret_cast<Vec4f*>(accum) = nothing;
     }
 }

@@ -543,6 +543,32 @@ TEST_F(RowSolverTest, SolvesAContactOfABodyWithItself)
     Compare(list);
 }
 
+TEST_F(RowSolverTest, SolvesContactsThatShareNoBodyOnTheirOwn)
+{
+    // Circles that touch nothing but the floor or one other circle, of which some move too fast for
+    // numbers.
+    AddFloor();
+    for (int i = 0; i < 100; ++i)
+    {
+        const BodyPtr circle = AddCircle(Vec2(3.0f * i, 0.49f), 0.5f);
+        circle->SetVel(Vec2(0.1f * i, -1));
+        circle->SetAngVel(0.3f * (i % 7));
+        if (i % 29 == 3)
+            circle->SetVel(Vec2(0, -3e38f));
+        if (i % 31 == 4)
+            circle->SetAngVel(Inf);
+        const float y = 10 + 3.0f * i;
+        AddCircle(Vec2(-10, y), 0.5f)->SetVel(Vec2(1, 0.2f));
+        AddCircle(Vec2(-9.1f, y), 0.4f)->SetVel(Vec2(-1, 0));
+    }
+    for (int step = 0; step < 3; ++step)
+    {
+        sim.CalcContacts();
+        EXPECT_EQ(200u, sim.GetContacts().size());
+        Compare(InitContacts());
+    }
+}
+
 TEST_F(RowSolverTest, SweepsContactsOfOneBodyOneAfterTheOther)
 {
     // A star: every contact shares the body in the middle, so that no two fit a batch.
