@@ -27,29 +27,4 @@ bool AbstractBody::IsBad() const
     using math::IsFinite;
     return !IsFinite(m_pos) || !IsFinite(m_vel) || !IsFinite(m_rot) || !IsFinite(m_angVel);
 }
-
-void AbstractBody::IntegrateVelocity(float dt)
-{
-    if (IsImmovable())
-        return;
-    m_vel += (dt * m_force) * m_massInv;
-    m_angVel += (dt * m_torque) * m_inertiaInv;
-}
-
-void AbstractBody::IntegratePosition(float dt)
-{
-    if (IsImmovable())
-        return;
-    m_pos += dt * m_vel;
-    m_rot = math::WrapAngle(m_rot + dt * m_angVel);
-    ApplyPoseChange();
-}
-
-void AbstractBody::ApplyVelChange()
-{
-    if (IsImmovable())
-        return;
-    m_vel += m_velChange;
-    m_angVel += m_angVelChange;
-}
 }

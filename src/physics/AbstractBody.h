@@ -111,8 +111,21 @@ public:
         return m_vel + math::Cross(m_angVel, p - m_pos);
     }
 
-    void IntegrateVelocity(float dt);
-    void IntegratePosition(float dt);
+    void IntegrateVelocity(float dt)
+    {
+        if (IsImmovable())
+            return;
+        m_vel += (dt * m_force) * m_massInv;
+        m_angVel += (dt * m_torque) * m_inertiaInv;
+    }
+    void IntegratePosition(float dt)
+    {
+        if (IsImmovable())
+            return;
+        m_pos += dt * m_vel;
+        m_rot = math::WrapAngle(m_rot + dt * m_angVel);
+        ApplyPoseChange();
+    }
 
     // --- for the solvers ---
 
@@ -128,7 +141,13 @@ public:
         m_angVelChange = angVelChange;
     }
     /// Adds what was gathered to the velocity, unless immovable.
-    void ApplyVelChange();
+    void ApplyVelChange()
+    {
+        if (IsImmovable())
+            return;
+        m_vel += m_velChange;
+        m_angVel += m_angVelChange;
+    }
     /// Place among the bodies of the solve under way.
     uint32_t GetSolverIndex() const { return m_solverIndex; }
     void SetSolverIndex(uint32_t index) { m_solverIndex = index; }

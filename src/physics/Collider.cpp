@@ -13,6 +13,7 @@
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace physics
@@ -119,7 +120,8 @@ struct Collider::Lists
         particlePoints.Clear();
     }
 
-    void CollideWater(ContactOutput& out) const;
+    void CollideWater(ContactOutput& out);
+    float CalcMeanSize() const;
     template<typename T>
     void CollideParticles(T& geom, const Bounds& bounds, ContactOutput& out) const;
 
@@ -206,7 +208,7 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
 void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) const
 {
     util::ScopeProfiler profile("Collider::Collide");
-    const Lists& l = *m_lists;
+    Lists& l = *m_lists;
     ContactOutput out{pool, contacts};
     {
         util::ScopeProfiler scope("Plane");
@@ -267,7 +269,7 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
 
 /// Deliberate: ShouldCollide has no say here. Collide sets do not hold water back, nor does a body that
 /// cannot move.
-void Collider::Lists::CollideWater(ContactOutput& out) const
+void Collider::Lists::CollideWater(ContactOutput& out)
 {
     math::BoundingBox box;
     math::OBB2D obb;
@@ -293,6 +295,10 @@ void Collider::Lists::CollideWater(ContactOutput& out) const
                     });
         }
     }
+    // Fewer are asked for one by one in less time than the grid takes.
+    if (circles.size() + polygons.size() + boxes.size() > 16)
+        particlePoints.BuildGrid(CalcMeanSize());
+
     {
         util::ScopeProfiler scope("Circle-Water");
         for (size_t i = 0; i < circles.size(); ++i)
@@ -323,6 +329,16 @@ void Collider::Lists::CollideWater(ContactOutput& out) const
                 CollideParticles(*hull.box, boxes.bounds[i], out);
         }
     }
+}
+
+/// Of the circles, polygons and boxes; on a scale of octaves, so that a huge one counts for little.
+float Collider::Lists::CalcMeanSize() const
+{
+    float sum = 0;
+    for (const BoundsList* list : {&circles.bounds, &polygons.bounds, &boxes.bounds})
+        for (size_t i = 0; i < list->size(); ++i)
+            sum += std::log2(std::min((*list)[i].max.x - (*list)[i].min.x, 1e9f));
+    return std::exp2(sum / (circles.size() + polygons.size() + boxes.size())) + 2 * waterRadius;
 }
 
 /// @param bounds  of the geometry itself

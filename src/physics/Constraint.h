@@ -64,7 +64,19 @@ protected:
     void TakeCreationNumber() { m_creationNumber = s_creationCounter++; }
 
     /// An impulse on the velocity changes: positive on body 1, negative on body 0.
-    void ApplyImpulse(const math::Vec2& impulse);
+    void ApplyImpulse(const math::Vec2& impulse)
+    {
+        // Immovable bodies are left out rather than changed by 0 * impulse: an infinite impulse on one
+        // body must not reach, as 0 * infinity, everything that stands on the same ground.
+        AbstractBody& a = *m_bodies[0];
+        if (!a.IsImmovable())
+            a.SetVelChange(a.GetVelChange() - a.GetMassInv() * impulse,
+                           a.GetAngVelChange() - a.GetInertiaInv() * math::Cross(m_r[0], impulse));
+        AbstractBody& b = *m_bodies[1];
+        if (!b.IsImmovable())
+            b.SetVelChange(b.GetVelChange() + b.GetMassInv() * impulse,
+                           b.GetAngVelChange() + b.GetInertiaInv() * math::Cross(m_r[1], impulse));
+    }
     /// The same with an impulse that only turns.
     void ApplyAngularImpulse(float impulse);
 

@@ -1,5 +1,8 @@
 // Points in flat arrays, for the question which of many lie in an area: that of the particles near a
 // geometry.
+//
+// A few questions walk all points, four at a time. When many are to be asked, a grid is made first, hashed
+// as that of BoundsList, and what it finds is put back into the order of the list.
 #pragma once
 
 #include "math/BoundingBox.h"
@@ -10,6 +13,7 @@
 #include "util/VectorPOD.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace physics
 {
@@ -48,10 +52,20 @@ public:
         }
     }
 
+    /// Makes the grid, for many calls of ForEachIn. Linear.
+    /// @param cellSize  about as large as the boxes that will be asked for; any number will do
+    void BuildGrid(float cellSize);
+
     /// Calls visit(i) for each point in the box, its sides included, in rising order.
     template<typename Visit>
     void ForEachIn(const Bounds& b, Visit visit) const
     {
+        if (const uint32_t* end = FindInGrid(b))
+        {
+            for (const uint32_t* hit = m_hits.data(); hit != end; ++hit)
+                visit(*hit);
+            return;
+        }
         const math::Float4 minX = math::Splat4(b.min.x), maxX = math::Splat4(b.max.x);
         const math::Float4 minY = math::Splat4(b.min.y), maxY = math::Splat4(b.max.y);
         for (size_t i = 0; i < m_x.size(); i += 4)
@@ -64,7 +78,28 @@ public:
     }
 
 private:
+    struct Entry
+    {
+        float x, y;
+        uint32_t index;
+    };
+
+    uint32_t CellOf(int x, int y) const
+    {
+        return (uint32_t(x) + uint32_t(y) * m_rowStride) & m_tableMask;
+    }
+    /// @return  the end of the hits; null when the list should be walked
+    const uint32_t* FindInGrid(const Bounds& b) const;
+
     util::VectorPOD<float> m_x, m_y; // padded to whole vectors with what lies nowhere
     size_t m_count = 0;
+
+    float m_cellsPerUnit = 0;           // 0: no grid
+    uint32_t m_tableMask = 0;           // cells in the table, a power of 2, less 1
+    uint32_t m_rowStride = 0;           // from a cell of the table to that above it
+    util::VectorPOD<uint32_t> m_cellOf; // by point
+    util::VectorPOD<uint32_t> m_starts; // by cell of the table: its first entry
+    util::VectorPOD<Entry> m_entries;
+    mutable util::VectorPOD<uint32_t> m_hits;
 };
 }

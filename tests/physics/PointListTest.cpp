@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -41,6 +42,9 @@ TEST(PointList, VisitsWhatLiesInABoxInRisingOrder)
         }
         list.Finish();
         ASSERT_EQ(all.size(), list.size());
+        if (dice.OneIn(2))
+            list.BuildGrid(dice.OneIn(10) ? odd[dice.Int(0, 8)]
+                                          : spread * std::pow(2.0f, dice.Uniform(-6, 2)));
         for (int k = 0; k < 30; ++k)
         {
             const Vec2 min = offset + spread * Vec2(dice.Uniform(-1, 1), dice.Uniform(-1, 1));
