@@ -27,9 +27,12 @@ struct Air
     bool hasFriction;
 };
 
-// Drag on a body that shows the air a width, centered at an arm from its center of mass.
-void AddAirFrictionForce(const Air& air, AbstractBody& body, const Vec2& vel, float speed,
-                         float width, const Vec2& arm, float mult)
+// Drag on a body that shows the air a width, centered at an arm from its center of mass. Inlined, as
+// next: what is zero for all particles then costs nothing for any.
+inline __attribute__((always_inline)) void AddAirFrictionForce(const Air& air, AbstractBody& body,
+                                                               const Vec2& vel, float speed,
+                                                               float width, const Vec2& arm,
+                                                               float mult)
 {
     const float inf = std::numeric_limits<float>::infinity();
     const float mass = body.IsSuspended() ? inf : body.GetMass();
@@ -48,7 +51,8 @@ void AddAirFrictionForce(const Air& air, AbstractBody& body, const Vec2& vel, fl
     body.AddTorque(-std::min(drag, limit) * math::Sign(body.GetAngVel()));
 }
 
-void AddAirBuoyancy(const Air& air, AbstractBody& body, float area, const Vec2& arm)
+inline __attribute__((always_inline)) void AddAirBuoyancy(const Air& air, AbstractBody& body,
+                                                          float area, const Vec2& arm)
 {
     const Vec2 force = -(area * air.density) * air.gravity;
     body.AddForce(force);

@@ -39,7 +39,7 @@ struct SPH::Flat
     uint32_t attribsVersion = 0;
 
     // In the order of the list. Positions have eight elements more than there are particles.
-    util::VectorPOD<float> x, y, velX, velY, age;
+    util::VectorPOD<float> x, y, velX, velY;
 
     // In the order of the grid.
     SPHGrid grid;
@@ -50,7 +50,8 @@ struct SPH::Flat
     util::VectorPOD<int32_t> smallCellX, smallCellY;
 
     SPHPairs pairs;
-    size_t pairCount = 0; // of the whole update
+    size_t pairCount = 0;                          // of the whole update
+    util::VectorPOD<uint32_t> lonely, rejuvenated; // indices in the list
     util::String hashInfo;
 };
 
@@ -126,7 +127,7 @@ void SPH::UpdateAttribs()
     }
 
     const size_t n = m_particles.size();
-    for (util::VectorPOD<float>* v : {&f.x, &f.y, &f.velX, &f.velY, &f.age})
+    for (util::VectorPOD<float>* v : {&f.x, &f.y, &f.velX, &f.velY})
         v->resize(n + 8);
     for (size_t i = 0; i < n; ++i)
     {
@@ -140,7 +141,6 @@ void SPH::UpdateAttribs()
         f.y.data()[i] = p.m_pos.y;
         f.velX.data()[i] = p.m_vel.x;
         f.velY.data()[i] = p.m_vel.y;
-        f.age.data()[i] = p.m_age;
     }
     for (size_t i = n; i < n + 8; ++i)
     {
@@ -292,6 +292,11 @@ void SPH::CalcForces()
     const float pressure = mass * m_pressMultiplier;
     const float viscosity = m_viscosity * mass * m_viscMultiplier;
     const uint32_t* const places = f.grid.GetPlaces().data();
+    for (util::VectorPOD<uint32_t>* v : {&f.lonely, &f.rejuvenated})
+    {
+        v->clear();
+        v->reserve(n);
+    }
     for (size_t i = 0; i < n; ++i)
     {
         const uint32_t place = places[i];
@@ -300,6 +305,10 @@ void SPH::CalcForces()
         const SPHSums& sums = arrays.sums.data()[place];
         p.m_place = place;
         p.m_neighborCount = arrays.neighborCount.data()[place];
+        if (p.m_neighborCount < 2)
+            f.lonely.append(static_cast<uint32_t>(i));
+        else if (p.m_age != 0)
+            f.rejuvenated.append(static_cast<uint32_t>(i));
         p.m_density = state.density;
         p.m_pressure = state.pressure;
         p.m_surfaceForce = f.params.hasTension ? tension * arrays.tension.data()[place] : Vec2();
@@ -312,15 +321,10 @@ void SPH::CalcForces()
 void SPH::Evaporate(float dt)
 {
     util::ScopeProfiler profile("Evaporation");
-    const Flat& f = *m_flat;
-    const uint32_t* const places = f.grid.GetPlaces().data();
-    for (size_t i = 0; i < m_particles.size(); ++i)
-    {
-        if (f.arrays.neighborCount.data()[places[i]] < 2)
-            m_particles.data()[i]->m_age += dt;
-        else if (f.age.data()[i] != 0)
-            m_particles.data()[i]->m_age = 0;
-    }
+    for (uint32_t i : m_flat->lonely)
+        m_particles.data()[i]->m_age += dt;
+    for (uint32_t i : m_flat->rejuvenated)
+        m_particles.data()[i]->m_age = 0;
 }
 
 void SPH::AddJitter()
@@ -339,12 +343,15 @@ void SPH::ReportStatistics()
     util::ScopeProfiler profile("Statistics");
     const Flat& f = *m_flat;
     const size_t n = f.arrays.count;
-    double pressure = 0, density = 0;
+    // Four sums each, which don't wait for each other.
+    double pressures[4] = {}, densities[4] = {};
     for (size_t i = 0; i < n; ++i)
     {
-        pressure += f.arrays.state.data()[i].pressure;
-        density += f.arrays.state.data()[i].density;
+        pressures[i % 4] += f.arrays.state.data()[i].pressure;
+        densities[i % 4] += f.arrays.state.data()[i].density;
     }
+    const double pressure = pressures[0] + pressures[1] + pressures[2] + pressures[3];
+    const double density = densities[0] + densities[1] + densities[2] + densities[3];
     static const util::String s_neighCount = "AVG_neighCount", s_pressure = "AVG_pressure",
                               s_density = "AVG_density";
     Report(s_neighCount, static_cast<float>(double(n + 2 * f.pairCount) / n));

@@ -28,14 +28,10 @@ SPHGrid::Statistics SPHGrid::Sort(const SPHKernels& kernels, const float* x, con
     m_width = uint64_t(int64_t(rangeX[1]) - rangeX[0]) + 1;
     m_height = uint64_t(int64_t(rangeY[1]) - rangeY[0]) + 2;
     m_isDense = m_width * m_height <= 8 * n + 1024;
-    if (m_isDense)
-        SortByCounting();
-    else
-        SortByRadix();
-    return CalcStatistics();
+    return m_isDense ? SortByCounting() : SortByRadix();
 }
 
-void SPHGrid::SortByCounting()
+SPHGrid::Statistics SPHGrid::SortByCounting()
 {
     const size_t n = m_places.size();
     // Behind the last column lies another one, of which the last column asks the rows beside its own.
@@ -51,13 +47,17 @@ void SPHGrid::SortByCounting()
                   static_cast<uint32_t>(m_cellY.data()[i] - m_minY);
         ++starts[keys[i]];
     }
-    uint32_t sum = 0;
+    Statistics statistics;
+    uint32_t sum = 0, fullest = 0;
     for (size_t k = 0; k < size; ++k)
     {
         const uint32_t count = starts[k];
         starts[k] = sum;
         sum += count;
+        statistics.occupied += count != 0;
+        fullest = count > fullest ? count : fullest;
     }
+    statistics.fullest = fullest;
     for (size_t i = 0; i < n; ++i)
     {
         const uint32_t place = starts[keys[i]]++;
@@ -66,10 +66,11 @@ void SPHGrid::SortByCounting()
     }
     // Every start has moved on to the next one's, which makes the table one of ends; with the zero in
     // front it is one of starts again.
+    return statistics;
 }
 
 // From the low digit up, which is stable: Knuth 1998, "The art of computer programming", volume 3, 5.2.5.
-void SPHGrid::SortByRadix()
+SPHGrid::Statistics SPHGrid::SortByRadix()
 {
     const size_t n = m_places.size();
     m_records.resize(n);
@@ -97,25 +98,19 @@ void SPHGrid::SortByRadix()
             m_recordsBuffer.data()[starts[r.key >> shift & mask]++] = r;
         m_records.swap(m_recordsBuffer);
     }
+    Statistics statistics;
+    size_t start = 0; // of the cell
     for (size_t place = 0; place < n; ++place)
     {
         const Record& r = m_records.data()[place];
         m_places.data()[r.particle] = static_cast<uint32_t>(place);
         m_keys.data()[place] = r.key;
-    }
-}
-
-SPHGrid::Statistics SPHGrid::CalcStatistics() const
-{
-    Statistics statistics;
-    const uint64_t* const keys = m_keys.data();
-    const size_t n = m_keys.size();
-    size_t start = 0;
-    for (size_t i = 0; i < n; ++i)
-    {
-        start = i == 0 || keys[i] != keys[i - 1] ? i : start;
-        statistics.occupied += i == start;
-        statistics.fullest = std::max(statistics.fullest, i + 1 - start);
+        if (place == 0 || r.key != m_records.data()[place - 1].key)
+        {
+            start = place;
+            ++statistics.occupied;
+        }
+        statistics.fullest = std::max(statistics.fullest, place + 1 - start);
     }
     return statistics;
 }

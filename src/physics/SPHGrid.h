@@ -43,9 +43,8 @@ private:
         uint32_t particle;
     };
 
-    void SortByCounting();
-    void SortByRadix();
-    Statistics CalcStatistics() const;
+    Statistics SortByCounting();
+    Statistics SortByRadix();
 
     util::VectorPOD<int32_t> m_cellX, m_cellY;
     int32_t m_minX = 0, m_minY = 0;

@@ -2,6 +2,7 @@
 
 #include "AllocationCounter.h"
 #include "SimulationFixture.h"
+#include "physics/Particle.h"
 #include "physics/Hinge.h"
 #include "physics/SpringJoint.h"
 
@@ -100,6 +101,22 @@ TEST_F(AllocationTest, ThePrioritisedSolverKeepsItsMemory)
     AddBox(Vec2(1, 1), Vec2(0, 1.5f));
     Steps(100);
     EXPECT_EQ(0u, CountAllocations(100));
+}
+
+TEST_F(AllocationTest, WaterAllocatesNothing)
+{
+    AddFloor();
+    AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(1, 0), 6)));
+    AddBodyWith(QUIB_NEW Plane(math::Plane2D(Vec2(-1, 0), 6)));
+    AddBox(Vec2(1, 1), Vec2(0, 9));
+    for (int i = 0; i < 10000; ++i)
+        sim.AddParticle(
+            QUIB_NEW Particle(Vec2(-5.95f + 0.09f * (i % 132), 0.05f + 0.09f * (i / 132)), Vec2()));
+    // By then it has fallen into itself, and no later step has more contacts or neighbors.
+    Steps(180);
+    EXPECT_EQ(0u, CountAllocations(20));
+    EXPECT_EQ(10000u, sim.GetParticles().size());
+    EXPECT_LT(200u, sim.GetContacts().size());
 }
 
 TEST_F(AllocationTest, APausedWorldAllocatesNothing)
