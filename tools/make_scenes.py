@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the scenes that ship: welcome.qib, pyramid.qib and rubble.qib.
+"""Makes the scenes that ship.
 
 usage: tools/make_scenes.py [DIR]        (without DIR: scenes/ beside tools/)
 
@@ -10,171 +10,13 @@ gives the same file. Random choices have fixed seeds.
 import math
 import os
 import random
-import struct
 import sys
 
-AMBER = (0xF2, 0xA3, 0x3C)
-VERMILION = (0xE4, 0x57, 0x2E)
-SEA = (0x2E, 0x86, 0xAB)
-LEAF = (0x6B, 0xBF, 0x59)
-SAND = (0xF6, 0xE7, 0xCB)
-PLUM = (0x5B, 0x4B, 0x8A)
-TOYS = [AMBER, VERMILION, SEA, SAND, PLUM]
+sys.dont_write_bytecode = True  # leave no folder in the tree
 
-
-def f32(x):
-    return struct.unpack("f", struct.pack("f", x))[0]
-
-
-def number(x):
-    """A float as the language prints it."""
-    text = "%.16g" % f32(x)
-    return text if "." in text else text + ".0"
-
-
-def code(value):
-    if isinstance(value, bool):
-        return "true" if value else "false"
-    if isinstance(value, int):
-        return str(value)
-    if isinstance(value, float):
-        return number(value)
-    if isinstance(value, str):
-        return '"' + value.replace("\n", "\\n").replace('"', '\\"') + '"'
-    return "[" + ", ".join(code(v) for v in value) + "]"
-
-
-def bucket(key):
-    """Where the key stands in the writer's hash table, which is the order of a block."""
-    h = 0
-    for c in key.encode():
-        h = (c + (h << 6) + (h << 16) - h) & 0xFFFFFFFF
-    return h % 23
-
-
-def block(values):
-    lines = ["    %s = %s" % (key, code(values[key])) for key in sorted(values, key=bucket)]
-    return "({\n" + ";\n".join(lines) + "\n})"
-
-
-class Scene:
-    def __init__(self, title, description, pan, zoom):
-        self.statements = [
-            "FileInfo.title = " + code(title),
-            "FileInfo.author = " + code("The Quib team"),
-            "FileInfo.description = " + code(description),
-            "FileInfo.version = 2",
-        ]
-        settings = [
-            ("Sim.gravity", (0.0, -9.8)),
-            ("Sim.gravitySwitch", True),
-            ("Sim.airSwitch", True),
-            ("Sim.airFrictionLinear", 0.01),
-            ("Sim.airFrictionQuadratic", 0.0),
-            ("Sim.rotFrictionLinear", 0.01),
-            ("Sim.airDensity", 0.01),
-            ("Sim.timeFactor", 1.0),
-            ("App.borders", True),
-            ("App.waterColor", (0.1, 0.1, 1.0, 0.7)),
-            ("Scene.Camera.pan", pan),
-            ("Scene.Camera.zoom", zoom),
-            ("App.Background.cloudOpacity", 0.9),
-            ("App.Background.drawClouds", True),
-            ("App.Background.skyColor", (0.3, 0.4, 1.0, 1.0)),
-            ("App.fadeColor", (0.0, 0.0, 0.0)),
-        ]
-        self.statements += ["%s = %s" % (name, code(value)) for name, value in settings]
-        self.count = 0
-
-    def add(self, command, color, pos, angle=0.0, **values):
-        attributes = ("airFrictionMult", "collideSet", "density", "friction", "restitution")
-        entity = {key: values[key] for key in attributes if key in values}
-        self.count += 1
-        entity["color"] = tuple(c / 255 for c in color) + (1.0,)
-        entity["entityID"] = self.count
-        entity["zDepth"] = float(self.count - 1)
-        entity["geomID"] = self.count
-        entity["pos"] = pos
-        entity["angle"] = angle
-        entity.update((key, value) for key, value in values.items() if key not in attributes)
-        self.statements.append("Scene." + command + block(entity))
-
-    def plane(self, color, point, angle, **values):
-        """Solid below the line through the point; angle 0 is level ground."""
-        self.add("addPlane", color, point, angle + math.pi / 2, **values)
-
-    def box(self, color, pos, size, angle=0.0, **values):
-        self.add("addBox", color, pos, angle, size=size, **values)
-
-    def circle(self, color, pos, radius, **values):
-        self.add("addCircle", color, pos, 0.0, radius=radius, **values)
-
-    def polygon(self, color, points, pos=None, angle=0.0, **values):
-        """Points in any place and direction; pos is where their centroid goes, if not where it is."""
-        points = counter_clockwise(points)
-        cx, cy = centroid(points)
-        local = [(f32(x - cx), f32(y - cy)) for x, y in points]
-        self.add("addPolygon", color, pos or (cx, cy), angle, vecs=local, **values)
-
-    def write(self, path):
-        group = block({"name": "selected", "entityIDs": []})
-        text = "// Quib scene created by Quib beta 4.0\n\n"
-        text += ";\n".join(self.statements + ["Scene.addGroup" + group])
-        with open(path, "w") as file:
-            file.write(text)
-        print("%s: %d entities" % (path, self.count))
-
-
-def area2(points):
-    return sum(
-        x0 * y1 - x1 * y0 for (x0, y0), (x1, y1) in zip(points, points[1:] + points[:1])
-    )
-
-
-def counter_clockwise(points):
-    return points if area2(points) > 0 else points[::-1]
-
-
-def centroid(points):
-    a = area2(points)
-    cx = cy = 0
-    for (x0, y0), (x1, y1) in zip(points, points[1:] + points[:1]):
-        cross = x0 * y1 - x1 * y0
-        cx += (x0 + x1) * cross
-        cy += (y0 + y1) * cross
-    return cx / (3 * a), cy / (3 * a)
-
-
-def arc(center, radius, start, end, steps):
-    """Points on a circle, angles in degrees, both ends included."""
-    return [
-        (
-            center[0] + radius * math.cos(math.radians(start + (end - start) * i / steps)),
-            center[1] + radius * math.sin(math.radians(start + (end - start) * i / steps)),
-        )
-        for i in range(steps + 1)
-    ]
-
-
-def star(radius, points, inner=0.5):
-    return [
-        (r * math.sin(math.pi * i / points), r * math.cos(math.pi * i / points))
-        for i, r in ((i, radius * (inner if i % 2 else 1)) for i in range(2 * points))
-    ]
-
-
-def flower(radius, petals):
-    return [
-        (r * math.cos(angle), r * math.sin(angle))
-        for angle in (2 * math.pi * i / 60 for i in range(60))
-        for r in [radius * (1 + 0.18 * math.cos(petals * angle))]
-    ]
-
-
-def crescent(outer, thickness):
-    """A bowl, open at the top."""
-    return arc((0, 0), outer, 190, 350, 32) + arc((0, 0), outer - thickness, 350, 190, 32)
-
+from machines import bridge, car, catapult, cradle, dam, mill
+from scene_text import (AMBER, LEAF, PLUM, SAND, SEA, TOYS, VERMILION, Scene, arc, crescent, flower,
+                        star)
 
 # Layers keep what stands behind apart from what runs in front. The lowest is everybody's.
 FRONT, BEHIND_1, BEHIND_2, BEHIND_3, BEHIND_4 = 1, 2, 4, 8, 16
@@ -316,7 +158,7 @@ def main():
         return
     folder = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(__file__), "../scenes")
     os.makedirs(folder, exist_ok=True)
-    for make in (welcome, pyramid, rubble):
+    for make in (welcome, pyramid, rubble, bridge, car, mill, cradle, catapult, dam):
         make(os.path.join(folder, make.__name__ + ".qib"))
 
 

@@ -17,6 +17,7 @@
 #include "physics/Body.h"
 #include "physics/Contact.h"
 #include "physics/Geom.h"
+#include "physics/Particle.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/Callback.h"
@@ -179,6 +180,8 @@ private:
             WriteEntities(step, time);
         if (m_contactsCsv.IsWanted())
             WriteContacts(step);
+        if (m_waterCsv.IsWanted())
+            WriteWater(step);
     }
 
     void WriteEntities(long step, double time)
@@ -227,6 +230,15 @@ private:
                          contact->GetNormal().x, contact->GetNormal().y, contact->GetDepth(),
                          contact->GetTotalN(), contact->GetTotalT());
         }
+    }
+
+    void WriteWater(long step)
+    {
+        size_t index = 0;
+        for (const physics::ParticlePtr& particle : m_simulation->GetParticles())
+            std::fprintf(m_waterCsv.GetFile(), "%ld,%zu,%.9g,%.9g,%.9g,%.9g,%.9g\n", step, index++,
+                         particle->GetPos().x, particle->GetPos().y, particle->GetVel().x,
+                         particle->GetVel().y, particle->GetDensity());
     }
 
     /// Those that fail keep none of the others from being written.
