@@ -432,5 +432,18 @@ TEST_F(SerializerTest, OrdersGroupsAsTheyWillStandInTheFile)
     EXPECT_EQ("[2]", ValueOf(Block(saved, "Scene.addGroup", 2), "entityIDs"));
     EXPECT_EQ("\"selected\"", ValueOf(Block(saved, "Scene.addGroup", 3), "name"));
 }
+
+TEST_F(SerializerTest, ReadsBackWhatIsHugeTinyAndInfinite)
+{
+    const util::String saved = ExpectStable(
+        "Scene.addBox { geomID = 1; pos = [3.5e20, -2.5e-20]; size = [1.5e-3, 2.5e6]; "
+        "color = [0.1, 0.2, 0.3, 0.4] }; "
+        "Scene.addHinge { geom0 = 1; geom0pos = [1.5e-20, 0.0]; geom1 = 0; geom1pos = [3.5e20, "
+        "0.0]; "
+        "motorTorque = 1.0 / 0.0; impulseLimit = -1.0 / 0.0; motorSpeed = 1.5e12; zDepth = 1.0 }");
+    EXPECT_EQ(1u, Count(saved, "Scene.addBox"));
+    EXPECT_EQ(1u, Count(saved, "Scene.addHinge"));
+    EXPECT_EQ(2u, TheScene()->GetEntities().size());
+}
 }
 }
