@@ -232,7 +232,7 @@ def mill(path):
     # What the tank stands on.
     for x in (-8.4, -4.4):
         wall(SEA, [(x - 0.35, ground - 0.2), (x + 0.35, ground - 0.2), (x + 0.2, 1.2), (x - 0.2, 1.2)],
-             collideSet=GHOST)
+             collideSet=GHOST, collideWater=False)
     # The tank: its floor goes on as the trough that leads to the wheel, through the slit in its wall.
     floor = lambda x: 0.75 - 0.14 * (x + 2.7)
     wall(SAND, [(-9.4, floor(-9.4) - 0.4), (-2.7, floor(-2.7) - 0.3), (-2.7, floor(-2.7)),
@@ -251,7 +251,7 @@ def mill(path):
     wheel = scene.polygon(AMBER, points, density=1.0, friction=0.1, restitution=0.0)
     post = [(hub[0] - 1.0, ground - 0.2), (hub[0] + 1.0, ground - 0.2), (hub[0] + 0.25, hub[1] + 0.4),
             (hub[0] - 0.25, hub[1] + 0.4)]
-    wall(PLUM, post, collideSet=GHOST)
+    wall(PLUM, post, collideSet=GHOST, collideWater=False)
     for part in walls:
         scene.weld(part, WORLD, part.pos, 0.4)
     scene.hinge(wheel, WORLD, hub, 0.5)
@@ -358,13 +358,13 @@ def dam(path):
     scene = Scene(
         "Dam break",
         "5,000 drops of water, and some things that float on them. Throw in more.",
-        (0.0, 2.6),
+        (0.0, 3.6),
         46.0,
         **calm(2.0),
     )
     left, right, beach = -9.6, 9.6, 3.0
-    scene.plane(SAND, (0.0, 0.0), 0.0, friction=0.3)
     scene.plane(SAND, (beach, 0.0), math.radians(22), friction=0.1)
+    scene.plane(SAND, (0.0, 0.0), 0.0, friction=0.3)
     for x, side in ((left, -1), (right, 1)):
         scene.plane(SEA, (x, 0.0), side * math.pi / 2, friction=0.1, restitution=0.0)
 

@@ -74,6 +74,7 @@ def kept_angle(angle):
 DEFAULTS = {
     "airFrictionMult": 1.0,
     "collideSet": 1,
+    "collideWater": True,
     "density": 2.0,
     "friction": 0.5,
     "restitution": 0.5,
@@ -163,7 +164,7 @@ class Scene:
     def add(self, command, color, pos, angle=0.0, chain=None, **values):
         if self.geoms != self.count:
             raise ValueError("geometries come before joints")
-        attributes = ("airFrictionMult", "collideSet", "density", "friction", "restitution")
+        attributes = ("airFrictionMult", "collideSet", "collideWater", "density", "friction", "restitution")
         first = take_attributes(values, attributes)
         pos = (float(pos[0]), float(pos[1]))
         angle = kept_angle(angle)
