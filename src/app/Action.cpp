@@ -105,14 +105,11 @@ void EraseEntities::Do()
     m_snapshot = Snapshot::TakeSnapshot();
     Scene* scene = Scene::GetInstancePtr();
     // In the order of the scene, which the set does not have.
-    std::vector<EntityPtr> geoms, others;
+    std::vector<EntityPtr> erased;
     for (const EntityPtr& entity : scene->GetEntities())
         if (m_entities.count(entity))
-            (entity->AsGeomEntity() ? geoms : others).push_back(entity);
-    // Joints and pens go while their geometries are still there.
-    for (const auto* list : {&others, &geoms})
-        for (const EntityPtr& entity : *list)
-            scene->RemoveEntity(entity);
+            erased.push_back(entity);
+    scene->RemoveEntities(erased);
 }
 
 void EraseEntities::Undo()

@@ -24,6 +24,7 @@
 #include "util/ScopeProfiler.h"
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 
 using math::Vec2;
@@ -195,20 +196,60 @@ void Scene::RemoveEntity(const EntityPtr& entity)
     TakeOut(keep);
 }
 
-void Scene::TakeOut(const EntityPtr& entity)
+void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
+{
+    if (entities.empty())
+        return;
+    const std::vector<EntityPtr> keep = entities; // it may be our own list
+    for (const EntityPtr& entity : keep)
+        entity->m_isInScene = false;
+    m_entities.erase(std::remove_if(m_entities.begin(), m_entities.end(),
+                                    [](const EntityPtr& entity) { return !entity->m_isInScene; }),
+                     m_entities.end());
+
+    // What one of them throws must not leave another in the simulation.
+    std::exception_ptr failure;
+    const auto tryTo = [&failure](const auto& run)
+    {
+        try
+        {
+            run();
+        }
+        catch (...)
+        {
+            if (!failure)
+                failure = std::current_exception();
+        }
+    };
+    std::vector<const GeomEntity*> geomEntities;
+    {
+        const WeldBatch unwelding;
+        for (const EntityPtr& entity : keep)
+        {
+            Forget(entity);
+            if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+                geomEntities.push_back(geomEntity);
+            else
+                tryTo([&] { entity->RemoveFromSimulation(); });
+        }
+    }
+    tryTo([&] { GeomEntity::RemoveFromSimulation(geomEntities); });
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void Scene::Forget(const EntityPtr& entity)
 {
     entity->m_isInScene = false;
     RemoveFromGroups(entity);
     if (Serializer::Exists())
         Serializer::GetInstancePtr()->ForgetEntity(entity);
-    entity->RemoveFromSimulation();
 }
 
-void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
+void Scene::TakeOut(const EntityPtr& entity)
 {
-    const WeldBatch welds;
-    for (const EntityPtr& entity : entities)
-        RemoveEntity(entity);
+    Forget(entity);
+    entity->RemoveFromSimulation();
 }
 
 void Scene::RemoveFromGroups(const EntityPtr& entity)
@@ -305,13 +346,21 @@ void Scene::FlushBodies()
         if (const GeomEntity* geomEntity = entity->AsGeomEntity())
             if (const physics::AbstractBody* body = geomEntity->GetGeom()->GetBodyPtr())
                 m_heldBodies.push_back(body->GetID());
-    std::sort(m_heldBodies.begin(), m_heldBodies.end());
+    // As a rule entities and their bodies come in the same order.
+    if (!std::is_sorted(m_heldBodies.begin(), m_heldBodies.end()))
+        std::sort(m_heldBodies.begin(), m_heldBodies.end());
 
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
     std::vector<physics::BodyPtr> stray;
+    auto next = m_heldBodies.begin();
     for (const physics::BodyPtr& body : simulation->GetBodies())
     {
-        if (std::binary_search(m_heldBodies.begin(), m_heldBodies.end(), body->GetID()))
+        const unsigned id = body->GetID();
+        while (next != m_heldBodies.end() && *next < id)
+            ++next;
+        if (next != m_heldBodies.end() && *next == id)
+            continue;
+        if (std::binary_search(m_heldBodies.begin(), m_heldBodies.end(), id))
             continue;
         const physics::GeomSet& geoms = body->GetGeoms();
         if (geoms.size() == 1 && dynamic_cast<physics::WorldGeom*>(geoms.begin()->get()))

@@ -62,7 +62,7 @@ public:
     /// Puts it on top. Null is ignored; one that is here already must not come again.
     void AddEntity(const EntityPtr& entity);
     void RemoveEntity(const EntityPtr& entity);
-    /// One after the other; what many of them were welded to comes apart in one go.
+    /// The same for many, in linear time; joints and pens leave before geometries do.
     void RemoveEntities(const std::vector<EntityPtr>& entities);
     /// A group named like the selection is dissolved into it, one named like what the camera follows
     /// becomes that.
@@ -133,7 +133,9 @@ public:
 private:
     void OnTitleChange();
     void RemoveEmptyGroups();
-    /// All that removing an entity is, but for the list of entities.
+    /// All that removing an entity is, but for the list of entities and the simulation.
+    void Forget(const EntityPtr& entity);
+    /// That, and the simulation.
     void TakeOut(const EntityPtr& entity);
     /// In the list, the groups, the chains and the simulation.
     void ReplaceEntities(const EntityMap& map);

@@ -174,7 +174,9 @@ ScaledJoint ScaleJoint(const JointEntityPtr& joint, const GeomMap& newGeoms, boo
     const bool isPin = !dynamic_cast<const SpringEntity*>(joint.get());
     for (int i = 0; i < 2; ++i)
     {
-        const Vec2& point = joint->GetWorldPoint(i);
+        // Not the joint's own notion of it, which is that of the last frame.
+        const Vec2 point =
+            TransformCoordinate(joint->GetGeom(i)->GetPose(), joint->GetLocalPoint(i));
         const bool goes = moves[i] || (isPin && scaled.geoms[i] == world);
         scaled.points[i] = goes ? TransformCoordinate(matrix, point) : point;
     }

@@ -305,6 +305,19 @@ TEST_F(SceneEditingTest, WeldsAnewWhatItScales)
     EXPECT_EQ(3u, BodyCount());
 }
 
+TEST_F(SceneEditingTest, FindsJointsWhereTheirGeometriesAreNow)
+{
+    Add("Scene.addBox { }");
+    Add("Scene.addBox { pos = [0.75, 0.0] }");
+    const auto hinge = Join<HingeEntity>(Vec2(0.4f, 0), Vec2(0.4f, 0));
+    // Within one frame: the joint is told in the next one.
+    TheScene()->Transform(Everything(), Mat2D::Translation(Vec2(9, 0)));
+    TheScene()->Transform(Everything(), ScaleAbout(Vec2(9, 0), Vec2(2, 2)));
+    ExpectNear(Vec2(9.8f, 0), hinge->GetWorldPoint(0));
+    EXPECT_EQ(At<BoxEntity>(1)->GetGeom(), hinge->GetGeom(0));
+    EXPECT_EQ(At<BoxEntity>(0)->GetGeom(), hinge->GetGeom(1));
+}
+
 TEST_F(SceneEditingTest, MovesPensToTheNewGeometry)
 {
     const auto box = Add("Scene.addBox { size = [2.0, 2.0]; pos = [1.0, 0.0]; angle = 1.0 }");

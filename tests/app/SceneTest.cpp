@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 #include "HeldKeys.h"
 
+#include "app/Undoer.h"
 #include "physics/Particle.h"
 #include "physics/SPH.h"
 #include "physics/WorldGeom.h"
@@ -153,6 +154,33 @@ TEST_F(SceneTest, TakesARemovedEntityOutOfGroupsAndWorld)
     EXPECT_EQ(1u, BodyCount());
 }
 
+TEST_F(SceneTest, RemovesManyAsItRemovesThemOneByOne)
+{
+    std::vector<EntityPtr> boxes;
+    for (int i = 0; i < 6; ++i)
+        boxes.push_back(Add("Scene.addBox { pos = [" + util::ToString(i) + ".0, 0.0] }"));
+    const auto bodyOf = [](const EntityPtr& entity) { return entity->AsGeomEntity()->GetBody(); };
+    // The first four are one body.
+    for (int i = 1; i < 4; ++i)
+        bodyOf(boxes[0])->AddGeom(boxes[i]->AsGeomEntity()->GetGeom());
+    const physics::BodyPtr body = bodyOf(boxes[0]);
+    for (const EntityPtr& box : boxes)
+        TheScene()->GetOrCreateGroupByName("g")->Add(box);
+    TheScene()->FlushBodies();
+    TheScene()->RemoveEntities({boxes[4], boxes[0], boxes[2]});
+    EXPECT_EQ((std::vector<EntityPtr>{boxes[1], boxes[3], boxes[5]}), TheScene()->GetEntities());
+    EXPECT_EQ(3u, TheScene()->GetGroupByName("g")->GetEntities().size());
+    EXPECT_EQ(body, bodyOf(boxes[1]));
+    EXPECT_EQ(2u, body->GetGeoms().size());
+    EXPECT_EQ(Vec2(2, 0), body->GetPos());
+    EXPECT_EQ(2u, BodyCount());
+    EXPECT_FALSE(boxes[0]->IsAlive());
+    EXPECT_FALSE(TheScene()->HasEntity(boxes[0]));
+    TheScene()->RemoveEntities(TheScene()->GetEntities());
+    EXPECT_EQ(0u, BodyCount());
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+}
+
 TEST_F(SceneTest, KeepsASharedBodyForTheOtherGeometry)
 {
     const auto a = Add("Scene.addBox { }");
@@ -248,6 +276,17 @@ TEST_F(SceneTest, PassesOnWhatFailsOutsideOfUpdates)
     };
     run("Scene::Update", [] { TheScene()->Update(0.01f); });
     run("App::Update", [] { App::GetInstancePtr()->Update(0.01f); });
+}
+
+TEST_F(SceneTest, RemovesTheOthersWhenOneFailsToGo)
+{
+    const util::SharedPtr<FailingEntity> bad = QUIB_NEW FailingEntity;
+    TheScene()->AddEntity(bad);
+    bad->failsToGo = true;
+    const auto box = Add("Scene.addBox { }");
+    EXPECT_THROW(TheScene()->RemoveEntities({bad, box}), BadDataException);
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    EXPECT_EQ(0u, BodyCount());
 }
 
 TEST_F(SceneTest, KeepsNothingOfAnEntityThatCannotEnterTheWorld)
@@ -397,6 +436,21 @@ TEST_F(SceneTest, ResetsTheViewWhenThereIsNoPlaceToZoomTo)
         EXPECT_EQ(150, TheCamera()->GetZoom()) << pos;
         Reset();
     }
+}
+
+TEST_F(SceneTest, CanBeClearedForATime)
+{
+    Add("Scene.addBox { }");
+    Run("Scene.title = \"Door\"");
+    TheScene()->ClearSceneUndoable();
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    ASSERT_TRUE(Undoer::GetInstancePtr()->GetNextUndo());
+    EXPECT_STREQ("UndoClear", Undoer::GetInstancePtr()->GetNextUndo()->GetNameKey());
+    Undoer::GetInstancePtr()->Undo();
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+    Undoer::GetInstancePtr()->Redo();
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    Undoer::GetInstancePtr()->Clear();
 }
 
 TEST_F(SceneTest, LeavesNothingWhenCleared)

@@ -8,7 +8,9 @@
 #include "util/Callback.h"
 
 #include <cmath>
+#include <map>
 #include <optional>
+#include <utility>
 
 using math::Vec2;
 
@@ -111,9 +113,32 @@ void GeomEntity::RemoveFromSimulation()
         physics::Simulation::GetInstancePtr()->RemoveBody(body);
 }
 
+void GeomEntity::RemoveFromSimulation(const std::vector<const GeomEntity*>& entities)
+{
+    std::map<unsigned, std::pair<util::SharedPtr<physics::Body>, physics::GeomSet>> rests; // by id
+    for (const GeomEntity* entity : entities)
+    {
+        const util::SharedPtr<physics::Body> body = entity->GetBody();
+        if (!body)
+            continue;
+        auto& rest = rests[body->GetID()];
+        if (!rest.first)
+            rest = {body, body->GetGeoms()};
+        CODE_ASSERT(rest.second.count(entity->m_geom));
+        rest.second.erase(entity->m_geom);
+    }
+    for (const auto& [id, rest] : rests)
+    {
+        rest.first->SetGeoms(rest.second);
+        if (rest.second.empty())
+            physics::Simulation::GetInstancePtr()->RemoveBody(rest.first);
+    }
+}
+
 bool GeomEntity::IsAlive() const
 {
-    const util::SharedPtr<physics::Body> body = GetBody();
+    // Asked in every frame: a body of any kind will do, which spares the cast.
+    const util::SharedPtr<physics::AbstractBody> body = m_geom->GetBody();
     return body && physics::Simulation::GetInstancePtr()->HasBody(body);
 }
 

@@ -7,6 +7,7 @@
 #include "util/Callback.h"
 
 #include <exception>
+#include <vector>
 
 namespace physics
 {
@@ -42,6 +43,8 @@ public:
     bool IsOnEntity(const math::Vec2& pos) const override;
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
+    /// Each body looks at its geometries once, however many of them leave it.
+    static void RemoveFromSimulation(const std::vector<const GeomEntity*>& entities);
     bool IsAlive() const override;
     /// Moves the geometry alone: of a body with several, the others stay.
     void Transform(const math::Mat2D& matrix) override;
