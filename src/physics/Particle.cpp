@@ -6,9 +6,12 @@ namespace physics
 {
 using math::Vec2;
 
+static_assert(sizeof(Particle) <= 192, "a particle is three cache lines");
+
 Particle::Particle(Vec2 pos, Vec2 vel)
 {
     const SPH& sph = *SPH::GetInstancePtr();
+    m_hasPose = false;
     m_pos = pos;
     m_vel = vel;
     m_geom = QUIB_NEW ParticleGeom(this, sph.m_radius);

@@ -34,7 +34,8 @@ FreeBlock* s_free[MaxSize / Grain + 1] = {};
 void AddSlab(size_t sizeClass)
 {
     const size_t size = sizeClass * Grain;
-    char* slab = static_cast<char*>(::operator new(SlabSize));
+    // Blocks of whole cache lines lie on such.
+    char* slab = static_cast<char*>(::operator new(SlabSize, std::align_val_t(64)));
     // Slabs are never returned; the list keeps leak checkers content.
     static std::vector<char*>* s_slabs = new std::vector<char*>;
     s_slabs->push_back(slab);
