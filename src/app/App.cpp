@@ -6,6 +6,7 @@
 #include "app/Constants.h"
 #include "app/Scene.h"
 #include "app/Undoer.h"
+#include "app/WaterDrawing.h"
 #include "app/entities/Entity.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
@@ -13,6 +14,7 @@
 #include "math/Matrix.h"
 #include "physics/Body.h"
 #include "physics/Contact.h"
+#include "physics/Particle.h"
 #include "physics/Simulation.h"
 #include "rendering/Pushers.h"
 #include "rendering/Renderer.h"
@@ -228,10 +230,9 @@ void App::DrawComp() const
     util::ScopeProfiler profile("App::DrawComp");
     const Scene* scene = Scene::GetInstancePtr();
     const Camera* camera = scene->GetCamera().get();
+    const math::BoundingBox view(camera->GUIToWorld(Vec2()), camera->GUIToWorld(GetInnerSize()));
     {
         util::ScopeProfiler culling("Culling");
-        const math::BoundingBox view(camera->GUIToWorld(Vec2()),
-                                     camera->GUIToWorld(GetInnerSize()));
         m_visibleEntities.clear();
         for (const auto& entity : scene->GetEntities())
             if (entity->IsInView(view))
@@ -255,9 +256,12 @@ void App::DrawComp() const
     glPointSize(HoldAboveZero(m_pointSize));
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 
+    DrawWater(view, m_waterColor);
     DrawEntities();
     if (m_drawBodyCenters)
         DrawBodyCenters();
+    if (m_drawParticleCenters)
+        DrawParticleCenters();
     if (m_drawCollisions)
         DrawCollisions();
 
@@ -306,27 +310,57 @@ void App::DrawEntities() const
 // The velocity lines of the debug overlays are as long as the way of so many seconds.
 static const float VelocityLineTime = 0.025f;
 
-void App::DrawBodyCenters() const
+template<typename Bodies>
+static void DrawVelocities(const Bodies& bodies)
 {
-    rendering::AttribPusher attribs;
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    glDisable(GL_TEXTURE_2D);
-    const auto isMovable = [](const physics::BodyPtr& body) { return !body->IsImmovable(); };
-    const physics::BodyList& bodies = physics::Simulation::GetInstancePtr()->GetBodies();
-    renderer->SetColor4(0, 1, 0, 0.5f);
-    glBegin(GL_LINES);
-    for (const physics::BodyPtr& body : bodies)
-        if (isMovable(body))
+    for (const auto& body : bodies)
+        if (!body->IsImmovable())
         {
             renderer->Vertex(body->GetPos());
             renderer->Vertex(body->GetPos() + body->GetVel() * VelocityLineTime);
         }
+}
+
+template<typename Bodies>
+static void DrawPositions(const Bodies& bodies)
+{
+    for (const auto& body : bodies)
+        if (!body->IsImmovable())
+            rendering::Renderer::GetInstancePtr()->Vertex(body->GetPos());
+}
+
+void App::DrawBodyCenters() const
+{
+    rendering::AttribPusher attribs;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
+    glDisable(GL_TEXTURE_2D);
+    renderer->SetColor4(0, 1, 0, 0.5f);
+    glBegin(GL_LINES);
+    DrawVelocities(simulation->GetBodies());
+    DrawVelocities(simulation->GetParticles());
     glEnd();
     renderer->SetColor4(0.4f, 1, 0.4f, 0.9f);
     glBegin(GL_POINTS);
-    for (const physics::BodyPtr& body : bodies)
-        if (isMovable(body))
-            renderer->Vertex(body->GetPos());
+    DrawPositions(simulation->GetBodies());
+    DrawPositions(simulation->GetParticles());
+    glEnd();
+}
+
+void App::DrawParticleCenters() const
+{
+    rendering::AttribPusher attribs;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const physics::ParticleList& particles = physics::Simulation::GetInstancePtr()->GetParticles();
+    glDisable(GL_TEXTURE_2D);
+    renderer->SetColor4(1, 0, 0, 0.5f);
+    glBegin(GL_LINES);
+    DrawVelocities(particles);
+    glEnd();
+    renderer->SetColor4(1, 0, 0, 1);
+    glBegin(GL_POINTS);
+    DrawPositions(particles);
     glEnd();
 }
 

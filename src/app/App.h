@@ -84,6 +84,7 @@ private:
     void DrawEntities() const;
     void MarkMouseOver() const;
     void DrawBodyCenters() const;
+    void DrawParticleCenters() const;
     void DrawCollisions() const;
 
     script::AttribWrapper<util::String> m_language;
