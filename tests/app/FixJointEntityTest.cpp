@@ -1,5 +1,7 @@
 #include "JointFixture.h"
 
+#include "app/Action.h"
+#include "app/Snapshot.h"
 #include "app/entities/WeldBatch.h"
 
 #include "../Dice.h"
@@ -416,10 +418,45 @@ TEST_F(WeldBatchTest, ThousandsThatAreOneBodyComeApartInNoTime)
         for (int i = 1; i < n; ++i)
             welds.push_back(Weld(boxes[i - 1], boxes[i]));
     }
-    const double start = Seconds();
+    const SnapshotPtr welded = Snapshot::TakeSnapshot();
+    double start = Seconds();
     TheScene()->RemoveEntities(welds);
     EXPECT_LT(Seconds() - start, 2);
     EXPECT_EQ(size_t(n), BodyCount());
+    start = Seconds();
+    welded->Restore();
+    EXPECT_LT(Seconds() - start, 2);
+    EXPECT_EQ(1u, BodyCount());
+}
+
+TEST_F(WeldBatchTest, ThousandsThatAreOneBodyAreLoadedErasedAndUndoneInNoTime)
+{
+    const int n = 5000;
+    util::String text;
+    for (int i = 0; i < n; ++i)
+    {
+        const util::String id = util::ToString(i + 1), x = util::ToString(i);
+        text += "Scene.addBox { geomID = " + id + "; pos = [" + x + ".0, 0.0] };\n";
+    }
+    for (int i = 1; i < n; ++i)
+        text += "Scene.addFixjoint { size = 0.1; geom0 = " + util::ToString(i) +
+                "; geom0pos = [0.5, 0.0]; geom1 = " + util::ToString(i + 1) +
+                "; geom1pos = [-0.5, 0.0] };\n";
+    double start = Seconds();
+    const GroupPtr loaded = Serializer::GetInstancePtr()->Deserialize(text);
+    EXPECT_LT(Seconds() - start, 2);
+    ASSERT_EQ(size_t(2 * n - 1), TheScene()->GetEntities().size());
+    EXPECT_EQ(1u, BodyCount());
+
+    const util::SharedPtr<EraseEntities> erase = QUIB_NEW EraseEntities(loaded);
+    start = Seconds();
+    erase->Do();
+    EXPECT_LT(Seconds() - start, 2);
+    EXPECT_EQ(0u, BodyCount());
+    start = Seconds();
+    erase->Undo();
+    EXPECT_LT(Seconds() - start, 2);
+    EXPECT_EQ(1u, BodyCount());
 }
 }
 }

@@ -1,6 +1,7 @@
 #include "JointFixture.h"
 
 #include "app/EntitySerializer.h"
+#include "app/Snapshot.h"
 #include "input/Input.h"
 
 #include <SDL_keysym.h>
@@ -149,6 +150,22 @@ TEST_F(HingeEntityTest, BrokenByItsImpulseLimitGoesAtTheNextUpdate)
     EXPECT_TRUE(hinge->GetHinge()->IsBroken());
     EXPECT_FALSE(IsThere(hinge));
     EXPECT_TRUE(Sim()->GetHinges().empty());
+}
+
+TEST_F(HingeEntityTest, BrokenByItsImpulseLimitComesBackWithAnUndo)
+{
+    const HingePtr hinge = Wheel();
+    Set(hinge, "impulseLimit", 0.0f);
+    Frame();
+    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    Run("Sim.gravitySwitch = true");
+    Frame(3);
+    ASSERT_FALSE(IsThere(hinge));
+    before->Restore();
+    ASSERT_TRUE(IsThere(hinge));
+    EXPECT_TRUE(hinge->IsAlive());
+    EXPECT_FALSE(hinge->GetHinge()->IsBroken());
+    EXPECT_EQ("0", Attribute(hinge, "impulseLimit"));
 }
 
 TEST_F(HingeEntityTest, OnceBrokenIsWholeAgainWhenItIsFastenedAnew)
