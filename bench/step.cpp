@@ -5,6 +5,7 @@
 // run whose world has not come out as it must has no time.
 
 #include "step/Engine.h"
+#include "step/Memory.h"
 
 #include <benchmark/benchmark.h>
 
@@ -178,6 +179,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
+    PrintMemory();
     for (const WorldEntry& world : GetWorlds())
         for (const EngineEntry& engine : Engines)
             if (!world.against || &engine == &Engines[0])
