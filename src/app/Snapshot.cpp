@@ -359,6 +359,9 @@ void Snapshot::StoreGroups()
     for (const WidgetPtr& widget : App::GetInstancePtr()->GetAppGUI()->GetWidgets())
         if (widget->GetGroup())
             Serializer::GetInstancePtr()->SerializeWidget(*m_code, *widget);
+    // As with entities: large groups seldom change.
+    if (s_latest && s_latest->m_code->ToCode() == m_code->ToCode())
+        m_code = s_latest->m_code;
 }
 
 void Snapshot::Restore()
