@@ -8,6 +8,7 @@
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/entities/FixJointEntity.h"
 #include "app/entities/GeomEntity.h"
 #include "app/entities/JointEntity.h"
 #include "app/entities/PenEntity.h"
@@ -180,6 +181,9 @@ public:
 
     void Restore() const override
     {
+        // Nothing is in the simulation now, the world apart, to which it may have been welded.
+        if (auto* weld = const_cast<FixJointEntity*>(m_joint->AsFixJointEntity()))
+            weld->ForgetWeld();
         m_joint->AttachToLocal(m_geoms[0], m_localPoints[0], m_geoms[1], m_localPoints[1]);
     }
 
@@ -287,7 +291,11 @@ void Snapshot::StoreWater()
 
 void Snapshot::StoreEntities()
 {
-    m_entities = Scene::GetInstancePtr()->GetEntities();
+    // What is dead goes with the next update, and must not come back to life: a weld that fails to hold
+    // would weld again.
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+        if (entity->IsAlive())
+            m_entities.push_back(entity);
     m_states.reserve(m_entities.size());
     // Mostly the entities still stand where they stood.
     const Snapshot* latest = s_latest;

@@ -35,7 +35,8 @@ public:
     /// particles to the bit, with their velocities; the view; and groups and widgets, as new objects. Whether the
     /// simulation runs is not part of it, nor are its settings.
     ///
-    /// An entity that can't be brought back is logged and left out.
+    /// Entities that were dead by then, and which the next update of the scene would have removed, are no
+    /// part of it. One that can't be brought back is logged and left out.
     void Restore();
 
 private:

@@ -65,19 +65,21 @@ protected:
         util::String state = Serializer::GetInstancePtr()->SerializeScene();
         for (const EntityPtr& entity : TheScene()->GetEntities())
         {
+            // These the next update would remove.
+            if (!entity->IsAlive())
+                continue;
             state += "\nentity " + util::ToString(entity->GetPointeeID());
             if (const JointEntity* joint = entity->AsJointEntity())
-                state += Hex(joint->GetLocalPoint(0)) + Hex(joint->GetLocalPoint(1)) +
-                         (joint->IsAlive() ? " alive" : " dead");
+                state += Hex(joint->GetLocalPoint(0)) + Hex(joint->GetLocalPoint(1));
             if (const PenEntity* pen = entity->AsPenEntity())
                 for (const PenEntity::TrailElement& element : pen->GetTrail())
                     state += Hex(element.pos) + Hex(element.side);
         }
         for (const physics::BodyPtr& body : Sim()->GetBodies())
         {
-            state += "\nbody " + util::ToString(body->GetID()) + Hex(body->GetPos()) +
-                     Hex(body->GetRot()) + Hex(body->GetVel()) + Hex(body->GetAngVel()) +
-                     Hex(body->GetMass()) + Hex(body->GetInertia());
+            // Not by its id: a weld that is erased once more parts its body with a new one.
+            state += "\nbody" + Hex(body->GetPos()) + Hex(body->GetRot()) + Hex(body->GetVel()) +
+                     Hex(body->GetAngVel()) + Hex(body->GetMass()) + Hex(body->GetInertia());
             for (const auto& part : body->GetParts())
                 state += " geom " + util::ToString(part.geom->GetID()) +
                          Hex(part.geom->GetCenter()) + Hex(part.geom->GetPose().cos) +

@@ -53,9 +53,14 @@ void FixJointEntity::RemoveFromSimulation()
         return;
     // Forgotten first: from now on it is none of the welds that hold a body together.
     const GeomPtr welded[2] = {m_welded[0], m_welded[1]};
+    ForgetWeld();
+    WeldBatch::Unweld(welded[0], welded[1]);
+}
+
+void FixJointEntity::ForgetWeld()
+{
     m_welded[0] = nullptr;
     m_welded[1] = nullptr;
-    WeldBatch::Unweld(welded[0], welded[1]);
 }
 
 bool FixJointEntity::IsAlive() const

@@ -30,6 +30,8 @@ public:
     /// What it has welded; null for both when it is not in the simulation.
     /// @param i  0 or 1
     const util::SharedPtr<physics::Geom>& GetWelded(int i) const { return m_welded[i]; }
+    /// For who takes the simulation apart by other ways.
+    void ForgetWeld();
 
 private:
     util::SharedPtr<physics::Geom> m_welded[2];
