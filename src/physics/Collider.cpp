@@ -5,6 +5,7 @@
 #include "physics/Box.h"
 #include "physics/Circle.h"
 #include "physics/CollisionDetection.h"
+#include "physics/ForEachAhead.h"
 #include "physics/Particle.h"
 #include "physics/Plane.h"
 #include "physics/PointList.h"
@@ -149,11 +150,12 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
     Lists& l = *m_lists;
     l.Clear();
     l.waterRadius = 0.1f * SPH::GetInstancePtr()->m_radius;
-    for (const ParticlePtr& particle : particles)
-    {
-        l.particles.append(particle.get());
-        l.particlePoints.Append(particle->GetPos());
-    }
+    ForEachAhead(particles,
+                 [&](Particle& particle)
+                 {
+                     l.particles.append(&particle);
+                     l.particlePoints.Append(particle.GetPos());
+                 });
     l.particlePoints.Finish();
     for (const util::SharedPtr<Body>& body : bodies)
         // Parts and not the set: its order goes by address.

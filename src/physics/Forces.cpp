@@ -1,5 +1,6 @@
 // The forces of a step: gravity, air friction, buoyancy in air; joints; what water does to water.
 
+#include "physics/ForEachAhead.h"
 #include "physics/Geom.h"
 #include "physics/Joint.h"
 #include "physics/Particle.h"
@@ -114,9 +115,8 @@ void Simulation::CalcForces()
         const float area = radius * radius * math::PIf;
         // Deliberate: by the present settings, not by the particle's own mass.
         const Vec2 weight = area * sph.m_density * air.gravity;
-        for (const ParticlePtr& handle : m_particles)
+        const auto addForces = [&](Particle& particle)
         {
-            Particle& particle = *handle;
             particle.AddForce(weight);
             // Deliberate: the switch for the air does not count here.
             if (air.hasFriction)
@@ -124,7 +124,8 @@ void Simulation::CalcForces()
                                     2 * radius, Vec2(), 1);
             if (air.density != 0)
                 AddAirBuoyancy(air, particle, area, Vec2());
-        }
+        };
+        ForEachAhead(m_particles, addForces);
     }
     for (const JointPtr& joint : m_joints)
         joint->ApplyForce();

@@ -59,6 +59,13 @@ public:
     /// where it was made, at the origin. Contacts bring their position along.
     ParticleGeom* GetGeom() const { return m_geom.get(); }
 
+    /// The line of the fluid's own data too.
+    void Prefetch() const
+    {
+        AbstractBody::Prefetch();
+        __builtin_prefetch(&m_density);
+    }
+
 private:
     friend class SPH;
 

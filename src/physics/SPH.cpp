@@ -1,5 +1,6 @@
 #include "physics/SPH.h"
 
+#include "physics/ForEachAhead.h"
 #include "physics/SPHGrid.h"
 #include "util/Random.h"
 #include "util/ScopeProfiler.h"
@@ -129,9 +130,9 @@ void SPH::UpdateAttribs()
     const size_t n = m_particles.size();
     for (util::VectorPOD<float>* v : {&f.x, &f.y, &f.velX, &f.velY})
         v->resize(n + 8);
-    for (size_t i = 0; i < n; ++i)
+    size_t i = 0;
+    const auto read = [&](Particle& p)
     {
-        Particle& p = *m_particles.data()[i];
         if (p.m_attribsVersion != f.attribsVersion)
         {
             p.SetAttribs(attribs.radius, attribs.density, attribs.friction, attribs.restitution);
@@ -141,8 +142,10 @@ void SPH::UpdateAttribs()
         f.y.data()[i] = p.m_pos.y;
         f.velX.data()[i] = p.m_vel.x;
         f.velY.data()[i] = p.m_vel.y;
-    }
-    for (size_t i = n; i < n + 8; ++i)
+        ++i;
+    };
+    ForEachAhead(m_particles, read);
+    for (; i < n + 8; ++i)
     {
         f.x.data()[i] = f.x.data()[n - 1];
         f.y.data()[i] = f.y.data()[n - 1];
@@ -297,25 +300,27 @@ void SPH::CalcForces()
         v->clear();
         v->reserve(n);
     }
-    for (size_t i = 0; i < n; ++i)
+    uint32_t i = 0;
+    const auto write = [&](Particle& p)
     {
         const uint32_t place = places[i];
-        Particle& p = *m_particles.data()[i];
         const SPHState& state = arrays.state.data()[place];
         const SPHSums& sums = arrays.sums.data()[place];
         p.m_place = place;
         p.m_neighborCount = arrays.neighborCount.data()[place];
         if (p.m_neighborCount < 2)
-            f.lonely.append(static_cast<uint32_t>(i));
+            f.lonely.append(i);
         else if (p.m_age != 0)
-            f.rejuvenated.append(static_cast<uint32_t>(i));
+            f.rejuvenated.append(i);
         p.m_density = state.density;
         p.m_pressure = state.pressure;
         p.m_surfaceForce = f.params.hasTension ? tension * arrays.tension.data()[place] : Vec2();
         p.AddForce((p.m_surfaceForce - pressure * Vec2(sums.pressureX, sums.pressureY) +
                     viscosity * Vec2(sums.viscosityX, sums.viscosityY)) *
                    mass);
-    }
+        ++i;
+    };
+    ForEachAhead(m_particles, write);
 }
 
 void SPH::Evaporate(float dt)

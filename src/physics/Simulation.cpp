@@ -4,6 +4,7 @@
 #include "physics/Collider.h"
 #include "physics/Contact.h"
 #include "physics/ContactCache.h"
+#include "physics/ForEachAhead.h"
 #include "physics/Geom.h"
 #include "physics/Hinge.h"
 #include "physics/Joint.h"
@@ -367,8 +368,7 @@ void Simulation::Step(bool integrate)
 
     // Deliberate: in a paused world forces stay until the next running step.
     if (m_running)
-        for (AbstractBody* body : m_allBodies)
-            body->ClearForces();
+        ForEachAhead(m_allBodies, [](AbstractBody& body) { body.ClearForces(); });
 
     // Deliberate: in paused steps too.
     m_onStep.CallAll(timeDelta);
@@ -377,15 +377,13 @@ void Simulation::Step(bool integrate)
 void Simulation::IntegrateVelocity(float dt)
 {
     util::ScopeProfiler profile("IntegrateVelocity");
-    for (AbstractBody* body : m_allBodies)
-        body->IntegrateVelocity(dt);
+    ForEachAhead(m_allBodies, [=](AbstractBody& body) { body.IntegrateVelocity(dt); });
 }
 
 void Simulation::IntegratePosition(float dt)
 {
     util::ScopeProfiler profile("IntegratePosition");
-    for (AbstractBody* body : m_allBodies)
-        body->IntegratePosition(dt);
+    ForEachAhead(m_allBodies, [=](AbstractBody& body) { body.IntegratePosition(dt); });
 }
 
 void Simulation::FlushBadBodies()
@@ -429,6 +427,8 @@ void Simulation::FlushParticles(const Vec2& down, float fallLimit)
     for (size_t i = 0; i < m_particles.size();)
     {
         const Particle& particle = *m_particles[i];
+        if (i + 16 < m_particles.size())
+            m_particles[i + 16]->Prefetch();
         if (particle.IsBad() || particle.GetAge() > vaporizeTime ||
             Dot(down, particle.GetPos()) > fallLimit)
         {

@@ -1,6 +1,7 @@
 // The solvers: from constraints to velocity changes.
 
 #include "physics/Contact.h"
+#include "physics/ForEachAhead.h"
 #include "physics/Hinge.h"
 #include "physics/RowSolver.h"
 #include "physics/Simulation.h"
@@ -60,8 +61,7 @@ void Simulation::RunSolver()
 
     {
         util::ScopeProfiler profileBodies("Init bodies");
-        for (AbstractBody* body : m_allBodies)
-            body->SetVelChange(math::Vec2(), 0);
+        ForEachAhead(m_allBodies, [](AbstractBody& body) { body.SetVelChange(math::Vec2(), 0); });
     }
 
     // The list keeps its capacity; it is emptied on every way out.
@@ -90,8 +90,7 @@ void Simulation::RunSolver()
     }
     {
         util::ScopeProfiler profileApply("Applying velchanges");
-        for (AbstractBody* body : m_allBodies)
-            body->ApplyVelChange();
+        ForEachAhead(m_allBodies, [](AbstractBody& body) { body.ApplyVelChange(); });
     }
 }
 
