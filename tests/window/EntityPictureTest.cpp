@@ -378,4 +378,130 @@ TEST_F(EntityPictureTest, DebugDrawingsShow)
     const Color circle = At(0, 1.414f);
     EXPECT_GT(circle.r, 100);
 }
+
+// Joints and pens: their color half-way to white, with an outline of three tenths of it.
+const Color JointFill = {255, 128, 128}, JointOutline = {77, 0, 0};
+const char* const RedKeys = "color = [1.0, 0.0, 0.0, 1.0]; size = 1.0; ";
+
+// A big box with something on its middle.
+std::string OnABox(const std::string& command, const std::string& keys = "")
+{
+    return std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; ") + AmberKeys + "}; " +
+           command + " { entityID = 2; " + RedKeys + keys +
+           "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [0.0, 0.0] }; ";
+}
+
+TEST_F(EntityPictureTest, AHingeIsARingAroundADarkHub)
+{
+    Show(OnABox("Scene.addHinge"));
+    EXPECT_COLOR(JointOutline, At(0, 0));
+    EXPECT_COLOR(JointFill, At(0.31f, 0));
+    EXPECT_COLOR(JointFill, At(0, -0.31f));
+    EXPECT_COLOR(JointOutline, At(0.45f, 0));
+    EXPECT_COLOR(Amber, At(0.6f, 0));
+}
+
+TEST_F(EntityPictureTest, AHingeHidesWhileTheSimulationRunsUnlessItIsPointedAt)
+{
+    Show(OnABox("Scene.addHinge"), "App.GUI.drawHingesWhenRunning = false; ");
+    EXPECT_COLOR(Amber, At(0.31f, 0));
+    MovePointerTo(0, 0.1f);
+    EXPECT_TRUE(WaitForPicture([this] { return At(0.31f, 0).g < 140; }));
+    EXPECT_COLOR(JointFill, At(0.31f, 0));
+}
+
+TEST_F(EntityPictureTest, AHiddenHingeShowsWhenItIsSelected)
+{
+    const std::string selected = "Scene.addGroup { name = \"selected\"; entityIDs = [2] }";
+    Show(OnABox("Scene.addHinge") + selected, "App.GUI.drawHingesWhenRunning = false; ");
+    EXPECT_COLOR(JointFill, At(0.31f, 0));
+    // The ring of the selection.
+    EXPECT_COLOR((Color{255, 255, 255}), At(0.585f, 0));
+}
+
+TEST_F(EntityPictureTest, AWeldIsADiagonalCross)
+{
+    Show(OnABox("Scene.addFixjoint"));
+    EXPECT_COLOR(JointFill, At(0, 0));
+    EXPECT_COLOR(JointFill, At(0.25f, 0.25f));
+    EXPECT_COLOR(JointFill, At(-0.25f, 0.25f));
+    EXPECT_COLOR(Amber, At(0.4f, 0));
+}
+
+TEST_F(EntityPictureTest, AWeldIsTurnedWithItsBody)
+{
+    Show(std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; angle = 0.7853982; ") +
+         AmberKeys + "}; Scene.addFixjoint { " + RedKeys +
+         "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [0.0, 0.0] }");
+    EXPECT_COLOR(JointFill, At(0.35f, 0));
+    EXPECT_COLOR(JointFill, At(0, -0.35f));
+    EXPECT_COLOR(Amber, At(0.3f, 0.3f));
+}
+
+TEST_F(EntityPictureTest, ASpringIsBandsFromEndToEnd)
+{
+    Show(std::string("Scene.addBox { geomID = 1; pos = [-2.0, 0.0]; ") + AmberKeys +
+         "}; Scene.addSpring { " + RedKeys +
+         "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [2.0, 0.0] }");
+    int dark = 0, light = 0;
+    for (float x = -1.9f; x < 1.9f; x += 0.01f)
+    {
+        const Color c = At(x, 0);
+        dark += c.r < 90 && c.g < 10;
+        light += c.r > 250 && c.g > 120 && c.b < 135;
+    }
+    EXPECT_GT(dark, 100);
+    EXPECT_GT(light, 100);
+    EXPECT_TRUE(IsSky(At(0, 0.5f)));
+    EXPECT_TRUE(IsSky(At(2.1f, 0)));
+}
+
+TEST_F(EntityPictureTest, APenIsADotWithADarkerRim)
+{
+    Show(std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; ") + AmberKeys +
+         "}; Scene.addPen { " + RedKeys + "geom = 1; relPoint = [1.0, 0.0] }");
+    EXPECT_COLOR((Color{255, 0, 0}), At(1, 0));
+    EXPECT_COLOR(JointOutline, At(1.42f, 0));
+    EXPECT_COLOR(Amber, At(1.6f, 0));
+    EXPECT_COLOR(Amber, At(0, 0));
+}
+
+TEST_F(EntityPictureTest, APenLeavesATrail)
+{
+    // A wheel of a turn per second, so that a trail of half a second covers half of the way around.
+    Show(std::string("Scene.addCircle { geomID = 1; radius = 2.0; ") + AmberKeys +
+             "}; Scene.addHinge { size = 0.1; geom0 = 0; geom0pos = [0.0, 0.0]; geom1 = 1; "
+             "geom1pos = [0.0, 0.0]; motor = true; motorSpeed = 6.2831853 }; Scene.addPen { " +
+             RedKeys + "fadeTime = 1.0e6; geom = 1; relPoint = [1.0, 0.0] }",
+         "Sim.timeFactor = 1.0; ");
+    const auto isTrail = [this](float x, float y)
+    {
+        const Color c = At(x, y);
+        return c.r > 245 && c.g < 20 && c.b < 20;
+    };
+    EXPECT_TRUE(WaitForPicture(
+        [&] {
+            return isTrail(0.8f, 0) && isTrail(-0.8f, 0) && isTrail(0, 0.8f) && isTrail(0, -0.8f);
+        }));
+}
+
+TEST_F(EntityPictureTest, WaterIsSoftDiscsUnderTheEntities)
+{
+    Show(std::string("Scene.addBox { ") + AmberKeys +
+             "}; Scene.addWater { vecs = [[0.0, 0.0], [2.0, 0.0]] }",
+         "App.waterColor = [1.0, 0.0, 0.0, 1.0]; SPH.radius = 0.25; ");
+    EXPECT_COLOR(Amber, At(0, 0));
+    EXPECT_COLOR((Color{255, 0, 0}), At(2, 0));
+    EXPECT_TRUE(IsSky(At(2.55f, 0)));
+    const Color rim = At(2.45f, 0);
+    EXPECT_FALSE(IsSky(rim));
+    EXPECT_GT(rim.b, 50);
+}
+
+TEST_F(EntityPictureTest, TheCentersOfWaterShow)
+{
+    Show("Scene.addWater { vecs = [[2.0, 0.0]] }",
+         "App.waterColor = [0.0, 0.0, 0.0, 0.0]; App.drawParticleCenters = true; ");
+    EXPECT_COLOR((Color{255, 0, 0}), At(2, 0));
+}
 }
