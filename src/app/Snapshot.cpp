@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -41,6 +42,21 @@ const util::String* Intern(const util::String& key)
 {
     static auto* keys = new std::unordered_set<util::String>;
     return &*keys->insert(key).first;
+}
+
+/// 0 and -0 are two values.
+template<typename T>
+bool HasSameBits(const T& a, const T& b)
+{
+    static_assert(std::is_trivially_copyable_v<T>);
+    return std::memcmp(&a, &b, sizeof(T)) == 0;
+}
+
+template<typename List>
+bool HaveSameBits(const List& a, const List& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      HasSameBits<typename List::value_type>);
 }
 
 template<typename T>
@@ -62,9 +78,7 @@ bool IsSameValue(const script::ObjectPtr& a, const script::ObjectPtr& b)
     case script::ObjectKind::Int:
         return ValueOf<script::Int>(a) == ValueOf<script::Int>(b);
     case script::ObjectKind::Float:
-        // To the bit: 0 and -0 are two values.
-        return std::memcmp(&ValueOf<script::Float>(a), &ValueOf<script::Float>(b),
-                           sizeof(script::Float)) == 0;
+        return HasSameBits(ValueOf<script::Float>(a), ValueOf<script::Float>(b));
     case script::ObjectKind::String:
         return ValueOf<util::String>(a) == ValueOf<util::String>(b);
     case script::ObjectKind::List:
@@ -119,11 +133,44 @@ private:
     std::vector<std::pair<const util::String*, script::ObjectPtr>> m_values;
 };
 
+// The helpers of an older snapshot by what they are about. Mostly they stand where they stood.
+class Snapshot::HelperFinder
+{
+public:
+    /// @param helpers  must outlive this
+    explicit HelperFinder(const std::vector<HelperPtr>& helpers)
+        : m_helpers(helpers)
+    {
+    }
+
+    /// Null when there is none.
+    HelperPtr Find(const void* subject)
+    {
+        if (m_next >= m_helpers.size() || m_helpers[m_next]->GetSubject() != subject)
+        {
+            if (m_places.empty())
+                for (size_t i = 0; i < m_helpers.size(); ++i)
+                    m_places[m_helpers[i]->GetSubject()] = i;
+            const auto place = m_places.find(subject);
+            if (place == m_places.end())
+                return nullptr;
+            m_next = place->second;
+        }
+        return m_helpers[m_next++];
+    }
+
+private:
+    const std::vector<HelperPtr>& m_helpers;
+    std::unordered_map<const void*, size_t> m_places; // made when it is needed
+    size_t m_next = 0;                                // where the next one is expected
+};
+
 class Snapshot::BodyInfo final : public RestoreHelper
 {
 public:
     explicit BodyInfo(const physics::BodyPtr& body)
-        : m_body(body)
+        : RestoreHelper(body.get())
+        , m_body(body)
         , m_placement(body->GetPlacement())
         , m_vel(body->GetVel())
         , m_angVel(body->GetAngVel())
@@ -149,6 +196,19 @@ public:
         }
     }
 
+    bool IsSame(const RestoreHelper& other) const override
+    {
+        const auto& o = static_cast<const BodyInfo&>(other);
+        return m_geoms == o.m_geoms && HasSameBits(m_placement.pos, o.m_placement.pos) &&
+               HasSameBits(m_placement.rot, o.m_placement.rot) &&
+               HasSameBits(m_placement.mass, o.m_placement.mass) &&
+               HasSameBits(m_placement.inertia, o.m_placement.inertia) &&
+               HasSameBits(m_placement.area, o.m_placement.area) &&
+               HaveSameBits(m_placement.geomsToBody, o.m_placement.geomsToBody) &&
+               HasSameBits(m_vel, o.m_vel) && HasSameBits(m_angVel, o.m_angVel) &&
+               m_isInSimulation == o.m_isInSimulation;
+    }
+
     void Place() const { m_body->SetPlacement(m_placement); }
 
     void AddToSimulation() const
@@ -170,7 +230,8 @@ class Snapshot::JointInfo final : public RestoreHelper
 {
 public:
     explicit JointInfo(JointEntity& joint)
-        : m_joint(&joint)
+        : RestoreHelper(&joint)
+        , m_joint(&joint)
     {
         for (int i : {0, 1})
         {
@@ -187,6 +248,14 @@ public:
         m_joint->AttachToLocal(m_geoms[0], m_localPoints[0], m_geoms[1], m_localPoints[1]);
     }
 
+    bool IsSame(const RestoreHelper& other) const override
+    {
+        const auto& o = static_cast<const JointInfo&>(other);
+        return m_geoms[0] == o.m_geoms[0] && m_geoms[1] == o.m_geoms[1] &&
+               HasSameBits(m_localPoints[0], o.m_localPoints[0]) &&
+               HasSameBits(m_localPoints[1], o.m_localPoints[1]);
+    }
+
 private:
     JointEntityPtr m_joint;
     physics::GeomPtr m_geoms[2];
@@ -197,31 +266,40 @@ class Snapshot::PenInfo final : public RestoreHelper
 {
 public:
     explicit PenInfo(PenEntity& pen)
-        : m_pen(&pen)
+        : RestoreHelper(&pen)
+        , m_pen(&pen)
         , m_geom(pen.GetGeom())
         , m_localPoint(pen.GetLocalPoint())
-        , m_trail(pen.GetTrail())
+        , m_trail(pen.GetTrail().begin(), pen.GetTrail().end())
     {
     }
 
     void Restore() const override
     {
         m_pen->AttachTo(m_geom, m_localPoint);
-        m_pen->SetTrail(m_trail);
+        m_pen->SetTrail(PenEntity::Trail(m_trail.begin(), m_trail.end()));
+    }
+
+    bool IsSame(const RestoreHelper& other) const override
+    {
+        const auto& o = static_cast<const PenInfo&>(other);
+        return m_geom == o.m_geom && HasSameBits(m_localPoint, o.m_localPoint) &&
+               HaveSameBits(m_trail, o.m_trail);
     }
 
 private:
     PenEntityPtr m_pen;
     physics::GeomPtr m_geom;
     math::Vec2 m_localPoint;
-    PenEntity::Trail m_trail;
+    std::vector<PenEntity::TrailElement> m_trail;
 };
 
 class Snapshot::EntChainInfo final : public RestoreHelper
 {
 public:
     explicit EntChainInfo(const EntityPtr& entity)
-        : m_entity(entity)
+        : RestoreHelper(&entity->GetChain()) // the entity itself may be a joint's subject
+        , m_entity(entity)
         , m_chain(entity->GetChain())
         , m_index(m_chain->IndexOf(*entity))
     {
@@ -229,6 +307,12 @@ public:
 
     void Restore() const override { m_chain->AddEntity(m_index, m_entity); }
     void Detach() const { m_chain->Detach(); }
+
+    bool IsSame(const RestoreHelper& other) const override
+    {
+        const auto& o = static_cast<const EntChainInfo&>(other);
+        return m_chain == o.m_chain && m_index == o.m_index;
+    }
 
 private:
     EntityPtr m_entity;
@@ -262,9 +346,7 @@ Snapshot::Snapshot()
     m_description = scene->GetDescription();
     StoreWater();
     StoreEntities();
-    StoreBodies();
-    StoreJointsAndPens();
-    StoreChains();
+    StoreHelpers();
     StoreGroups();
     s_latest = this;
 }
@@ -314,14 +396,29 @@ void Snapshot::StoreEntities()
     }
 }
 
-void Snapshot::StoreBodies()
+void Snapshot::StoreHelpers()
+{
+    const std::vector<HelperPtr> none;
+    HelperFinder older(s_latest ? s_latest->m_helpers : none);
+    StoreBodies(older);
+    StoreJointsAndPens(older);
+    StoreChains(older);
+}
+
+/// The helper of the older snapshot, when it is the same.
+template<typename Info, typename Subject>
+const Info* Snapshot::AddHelper(HelperFinder& older, Subject&& subject)
+{
+    HelperPtr helper = std::make_shared<Info>(subject);
+    if (const HelperPtr found = older.Find(helper->GetSubject()); found && helper->IsSame(*found))
+        helper = found;
+    m_helpers.push_back(helper);
+    return static_cast<const Info*>(helper.get());
+}
+
+void Snapshot::StoreBodies(HelperFinder& older)
 {
     std::unordered_set<const physics::Body*> seen;
-    const auto add = [&](const physics::BodyPtr& body)
-    {
-        m_helpers.push_back(std::make_unique<BodyInfo>(body));
-        m_bodies.push_back(static_cast<const BodyInfo*>(m_helpers.back().get()));
-    };
     for (const EntityPtr& entity : m_entities)
         if (const GeomEntity* geomEntity = entity->AsGeomEntity())
             seen.insert(geomEntity->GetGeom()->GetBodyBodyPtr());
@@ -330,33 +427,30 @@ void Snapshot::StoreBodies()
     // bodies is that in which they are solved.
     for (const physics::BodyPtr& body : Sim()->GetBodies())
         if (seen.erase(body.get()))
-            add(body);
+            m_bodies.push_back(AddHelper<BodyInfo>(older, body));
     for (const EntityPtr& entity : m_entities)
         if (const GeomEntity* geomEntity = entity->AsGeomEntity())
             if (const physics::BodyPtr body = geomEntity->GetBody(); seen.erase(body.get()))
-                add(body);
+                m_bodies.push_back(AddHelper<BodyInfo>(older, body));
 }
 
-void Snapshot::StoreJointsAndPens()
+void Snapshot::StoreJointsAndPens(HelperFinder& older)
 {
     for (const EntityPtr& entity : m_entities)
     {
         if (JointEntity* joint = entity->ToJointEntity())
-            m_helpers.push_back(std::make_unique<JointInfo>(*joint));
+            AddHelper<JointInfo>(older, *joint);
         if (PenEntity* pen = entity->ToPenEntity())
-            m_helpers.push_back(std::make_unique<PenInfo>(*pen));
+            AddHelper<PenInfo>(older, *pen);
     }
 }
 
-void Snapshot::StoreChains()
+void Snapshot::StoreChains(HelperFinder& older)
 {
     for (const EntityPtr& entity : m_entities)
         // One that another has pushed out of its place still knows its chain.
         if (entity->GetChain() && entity->GetChain()->IndexOf(*entity) != Chain::NotFound)
-        {
-            m_helpers.push_back(std::make_unique<EntChainInfo>(entity));
-            m_chained.push_back(static_cast<const EntChainInfo*>(m_helpers.back().get()));
-        }
+            m_chained.push_back(AddHelper<EntChainInfo>(older, entity));
 }
 
 void Snapshot::StoreGroups()

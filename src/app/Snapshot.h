@@ -44,9 +44,23 @@ private:
     class RestoreHelper
     {
     public:
+        /// @param subject  what it is about: no two helpers of a snapshot have the same
+        explicit RestoreHelper(const void* subject)
+            : m_subject(subject)
+        {
+        }
         virtual ~RestoreHelper() = default;
         virtual void Restore() const = 0;
+        /// @param older  of the same subject
+        virtual bool IsSame(const RestoreHelper& older) const = 0;
+
+        const void* GetSubject() const { return m_subject; }
+
+    private:
+        const void* m_subject;
     };
+    using HelperPtr = std::shared_ptr<const RestoreHelper>;
+    class HelperFinder;
     class BodyInfo;
     class JointInfo;
     class PenInfo;
@@ -58,9 +72,12 @@ private:
 
     void StoreWater();
     void StoreEntities();
-    void StoreBodies();
-    void StoreJointsAndPens();
-    void StoreChains();
+    void StoreHelpers();
+    void StoreBodies(HelperFinder& older);
+    void StoreJointsAndPens(HelperFinder& older);
+    void StoreChains(HelperFinder& older);
+    template<typename Info, typename Subject>
+    const Info* AddHelper(HelperFinder& older, Subject&& subject);
     void StoreGroups();
     void ClearWorld() const;
     void DetachChains() const;
@@ -69,8 +86,8 @@ private:
     void RestoreWater() const;
     void RestoreView() const;
 
-    // What an entity says of itself is kept once for as long as it says the same: most edits change few
-    // of many entities.
+    // What an entity says of itself, and each helper, is kept once for as long as it is the same: most
+    // edits change few of many entities.
     static inline Snapshot* s_latest = nullptr;
 
     GroupPtr m_selection;
@@ -83,7 +100,7 @@ private:
     util::String m_title, m_author, m_description;
     std::vector<EntityPtr> m_entities;    // back to front
     std::vector<EntityStatePtr> m_states; // of each of them
-    std::vector<std::unique_ptr<RestoreHelper>> m_helpers;
+    std::vector<HelperPtr> m_helpers;
     std::vector<const BodyInfo*> m_bodies;      // those of the helpers, in the simulation's order
     std::vector<const EntChainInfo*> m_chained; // those of the helpers
     std::vector<util::SharedPtr<physics::Particle>> m_particles;

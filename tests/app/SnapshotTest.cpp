@@ -10,6 +10,8 @@
 #include "physics/Particle.h"
 #include "script/Parser.h"
 
+#include <malloc.h>
+
 namespace app
 {
 using math::Mat2D;
@@ -527,6 +529,23 @@ TEST_F(SnapshotTest, SharesWhatHasNotChanged)
     second->Restore();
     EXPECT_EQ(Vec2(6, 0),
               util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[3])->GetGeom()->GetCenter());
+}
+
+TEST_F(SnapshotTest, KeepsALongTrailOnceForAsLongAsItIsTheSame)
+{
+    AddMachine();
+    const auto pen = util::DynamicCast<PenEntity>(TheScene()->GetEntities()[6]);
+    pen->SetTrail(PenEntity::Trail(200000, PenEntity::TrailElement{1, Vec2(2, 3), Vec2(0, 1)}));
+    const SnapshotPtr first = Snapshot::TakeSnapshot();
+    const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+    std::vector<SnapshotPtr> more;
+    for (int i = 0; i < 5; ++i)
+        more.push_back(Snapshot::TakeSnapshot());
+    EXPECT_LT(mallinfo2().uordblks + mallinfo2().hblkhd, before + 1000000);
+    pen->SetTrail(PenEntity::Trail());
+    more.back()->Restore();
+    ASSERT_EQ(200000u, pen->GetTrail().size());
+    EXPECT_EQ(Vec2(2, 3), pen->GetTrail().back().pos);
 }
 
 TEST_F(SnapshotTest, FreesEverythingWithTheLastOfThem)
