@@ -116,10 +116,4 @@ void EraseEntities::Undo()
 {
     m_snapshot->Restore();
 }
-
-void EraseEntities::Redo()
-{
-    m_snapshot->Restore();
-    Do();
-}
 }

@@ -94,9 +94,6 @@ public:
 
     void Do() override;
     void Undo() override;
-    /// From the state that the first Do found: what has moved between an earlier action and this one
-    /// lies where it lay then.
-    void Redo() override;
 
 private:
     EntitySet m_entities;

@@ -71,6 +71,13 @@ bool SceneLoader::Load()
 
     // Read before anything is thrown away.
     const util::String text = files->ReadWholeFile(m_path);
+    // What a file sets and no snapshot holds.
+    m_settings = QUIB_NEW script::CodeBlock;
+    Serializer::GetInstancePtr()->SerializeSettings(*m_settings);
+    const FileInfo* info = FileInfo::GetInstancePtr();
+    m_title = info->GetTitle();
+    m_author = info->GetAuthor();
+    m_description = info->GetDescription();
     if (m_isImport)
         ImportQuiblet(text);
     else
@@ -82,13 +89,6 @@ void SceneLoader::LoadScene(const util::String& text)
 {
     Scene* scene = Scene::GetInstancePtr();
     FileInfo* info = FileInfo::GetInstancePtr();
-    // What a file sets and no snapshot holds.
-    m_settings = QUIB_NEW script::CodeBlock;
-    Serializer::GetInstancePtr()->SerializeSettings(*m_settings);
-    m_title = info->GetTitle();
-    m_author = info->GetAuthor();
-    m_description = info->GetDescription();
-
     scene->ClearScene();
     info->ClearTexts();
     scene->GetCamera()->SetPan(NoPan);
@@ -128,9 +128,6 @@ void SceneLoader::Undo()
 void SceneLoader::Redo()
 {
     SwapFileName();
-    // As with erasing: what comes in joins what lay there the first time.
-    if (m_isImport)
-        m_snapshot->Restore();
     Do();
 }
 

@@ -12,6 +12,7 @@
 #include "app/entities/GeomEntity.h"
 #include "app/entities/JointEntity.h"
 #include "app/entities/PenEntity.h"
+#include "app/entities/WeldBatch.h"
 #include "app/widgets/Widget.h"
 #include "gui/GUI.h"
 #include "physics/Body.h"
@@ -35,6 +36,16 @@ namespace
 physics::Simulation* Sim()
 {
     return physics::Simulation::GetInstancePtr();
+}
+
+/// What was dead, or can't be brought back, is in no group either.
+GroupPtr CopyMembersInScene(const Group& group)
+{
+    const GroupPtr copy = QUIB_NEW Group(group.GetName());
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+        if (group.Contains(entity))
+            copy->Add(entity);
+    return copy;
 }
 
 /// The one copy of the key, for keys are few and their uses many.
@@ -183,11 +194,8 @@ public:
 
     void Restore() const override
     {
-        physics::GeomSet geoms;
-        for (const physics::GeomPtr& geom : m_geoms)
-            geoms.insert(geom);
-        m_body->SetGeoms(geoms);
-        Place();
+        TakeGeoms();
+        m_body->SetPlacement(m_placement);
         // Deliberate: one that a tool holds still keeps its rest. Both setters would refuse anyway.
         if (!m_body->IsSuspended() && m_body->GetMassInv() != 0)
         {
@@ -209,7 +217,13 @@ public:
                m_isInSimulation == o.m_isInSimulation;
     }
 
-    void Place() const { m_body->SetPlacement(m_placement); }
+    void Place() const
+    {
+        // A formula that was read meanwhile may have added something.
+        if (m_body->GetParts().size() != m_geoms.size())
+            TakeGeoms();
+        m_body->SetPlacement(m_placement);
+    }
 
     void AddToSimulation() const
     {
@@ -218,6 +232,14 @@ public:
     }
 
 private:
+    void TakeGeoms() const
+    {
+        physics::GeomSet geoms;
+        for (const physics::GeomPtr& geom : m_geoms)
+            geoms.insert(geom);
+        m_body->SetGeoms(geoms);
+    }
+
     physics::BodyPtr m_body;
     std::vector<physics::GeomPtr> m_geoms; // by id, as the body's parts
     physics::Body::Placement m_placement;
@@ -329,6 +351,8 @@ SnapshotPtr Snapshot::TakeSnapshot()
 Snapshot::Snapshot()
     : m_simTime(Sim()->GetSimTime())
 {
+    // A scene that is being loaded welds at its end only; until then its welds would count as dead.
+    WeldBatch::SettleNow();
     // What entities write and read depends on it.
     FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
 
@@ -471,6 +495,7 @@ void Snapshot::Restore()
     util::ScopeProfiler profile("Snapshot::Restore");
     // A tool that is broken off may hold the last handle but this.
     const SnapshotPtr keepAlive(this);
+    WeldBatch::SettleNow();
     FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
     QUIB_PASS_ON(ClearWorld());
     Sim()->SetSimTime(m_simTime);
@@ -496,9 +521,10 @@ void Snapshot::Restore()
 
     Scene* scene = Scene::GetInstancePtr();
     scene->SetTexts(m_title, m_author, m_description);
-    scene->SetSelection(m_selection);
+    scene->SetSelection(CopyMembersInScene(*m_selection));
     // A copy: the camera's group loses who leaves the scene.
-    scene->GetCamera()->SetTrackedGroup(m_trackedGroup ? m_trackedGroup->ShallowClone() : nullptr);
+    scene->GetCamera()->SetTrackedGroup(m_trackedGroup ? CopyMembersInScene(*m_trackedGroup)
+                                                       : nullptr);
     RestoreView();
     script::Parser::GetInstancePtr()->Execute(m_code);
 }

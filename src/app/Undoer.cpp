@@ -23,28 +23,6 @@ ActionPtr Pop(std::deque<ActionPtr>& actions)
     actions.pop_back();
     return action;
 }
-
-/// What fails reaches the log. @return whether it went well
-bool Try(Action& action, void (Action::*step)())
-{
-    try
-    {
-        (action.*step)();
-        return true;
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION);
-        Log(logging::LogError,
-            util::String("\"") + action.GetNameKey() + "\" failed: " + e.what());
-    }
-    catch (...)
-    {
-        CatchException(QUIB_LOCATION);
-        Log(logging::LogError, util::String("\"") + action.GetNameKey() + "\" failed");
-    }
-    return false;
-}
 }
 
 Undoer::Undoer()
@@ -59,8 +37,42 @@ size_t Undoer::MaxUndo()
     return App::GetInstancePtr()->GetMaxUndo();
 }
 
+bool Undoer::IsBusy() const
+{
+    if (m_isBusy)
+        Log(logging::LogWarning,
+            "Nothing can be done, undone or redone while an action is under way");
+    return m_isBusy;
+}
+
+/// What fails reaches the log. @return whether it went well
+bool Undoer::Try(Action& action, void (Action::*step)())
+{
+    m_isBusy = true;
+    bool isDone = false;
+    try
+    {
+        (action.*step)();
+        isDone = true;
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("\"") + action.GetNameKey() + "\" failed: " + e.what());
+    }
+    catch (...)
+    {
+        CatchException(QUIB_LOCATION);
+        Log(logging::LogError, util::String("\"") + action.GetNameKey() + "\" failed");
+    }
+    m_isBusy = false;
+    return isDone;
+}
+
 void Undoer::Do(const ActionPtr& action)
 {
+    if (IsBusy())
+        return;
     m_redo.clear();
     if (Try(*action, &Action::Do))
         AddUndoPrivate(action);
@@ -69,6 +81,8 @@ void Undoer::Do(const ActionPtr& action)
 
 void Undoer::AddUndo(const ActionPtr& action)
 {
+    if (IsBusy())
+        return;
     m_redo.clear();
     AddUndoPrivate(action);
     m_onChange.CallAll();
@@ -76,6 +90,8 @@ void Undoer::AddUndo(const ActionPtr& action)
 
 void Undoer::AddUndo(const SnapshotPtr& before, const char* name)
 {
+    if (IsBusy())
+        return;
     m_redo.clear();
     AddUndoPrivate(QUIB_NEW SnapshotRestorer(before, name, Snapshot::TakeSnapshot()));
     m_onChange.CallAll();
@@ -83,6 +99,8 @@ void Undoer::AddUndo(const SnapshotPtr& before, const char* name)
 
 void Undoer::Undo()
 {
+    if (IsBusy())
+        return;
     const ActionPtr action = Pop(m_undo);
     if (!action)
         return;
@@ -93,6 +111,8 @@ void Undoer::Undo()
 
 void Undoer::Redo()
 {
+    if (IsBusy())
+        return;
     const ActionPtr action = Pop(m_redo);
     if (!action)
         return;

@@ -10,6 +10,9 @@
 
 namespace app
 {
+//
+// While an action is under way, as when a scene is loaded or brought back, all calls that would change the
+// stacks are refused with a line in the log: a script in that scene could call for them.
 class Undoer : public util::Pointee, public util::Singleton<Undoer>
 {
 public:
@@ -40,6 +43,8 @@ public:
     void Clear();
 
 private:
+    bool IsBusy() const;
+    bool Try(Action& action, void (Action::*step)());
     void AddUndoPrivate(const ActionPtr& action);
     void AddRedoPrivate(const ActionPtr& action);
     void OnMaxUndoChange();
@@ -48,5 +53,6 @@ private:
     std::deque<ActionPtr> m_undo; // newest at the back
     std::deque<ActionPtr> m_redo; // newest at the back
     util::CallbackSet m_onChange;
+    bool m_isBusy = false; // an action is under way
 };
 }

@@ -331,6 +331,9 @@ protected:
                 Edit("UndoDissolveChain", [entity] { entity->GetChain()->Detach(); });
             break;
         case 10:
+            // Redone, it erases from what is there then: what has moved by itself since the last entry
+            // must be in one.
+            Do(QUIB_NEW SnapshotAction);
             Do(QUIB_NEW EraseEntities(AnyGroup()));
             break;
         case 11:

@@ -1,6 +1,7 @@
 #include "app/SceneLoader.h"
 
 #include "AppFixture.h"
+#include "app/Action.h"
 #include "math/Vector.h"
 
 namespace app
@@ -162,5 +163,34 @@ TEST_F(SceneLoaderTest, ImportsAQuibletToTheMouse)
     EXPECT_EQ(before, Save());
     TheUndoer()->Redo();
     EXPECT_EQ(3u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SceneLoaderTest, UndoOfAnImportTakesBackTextsAndSettings)
+{
+    Write("odd.qib", "FileInfo.version = 2; FileInfo.title = \"Wheel\"; Sim.gravity = [0.0, 0.0];"
+                     "Scene.addBox {}");
+    const util::String before = Save();
+    TheUndoer()->Do(QUIB_NEW SceneLoader(true, "odd.qib"));
+    ASSERT_NE(before, Save());
+    TheUndoer()->Undo();
+    EXPECT_EQ(before, Save());
+}
+
+TEST_F(SceneLoaderTest, AFileCanNotUndoItsOwnLoading)
+{
+    const auto old = Add("Scene.addCircle {}");
+    TheUndoer()->Do(QUIB_NEW SnapshotAction);
+    const ActionPtr point = TheUndoer()->GetNextUndo();
+    Write("sly.qib", "FileInfo.version = 2; Scene.addBox {}; App.undo(); App.GUI.takeSnapshot();"
+                     "Scene.addBox { pos = [3, 0]; friction = { App.undo(); 0.5 } }");
+    test::LogCapture log;
+    TheUndoer()->Do(QUIB_NEW SceneLoader(false, "sly.qib"));
+    EXPECT_TRUE(log.Has("Nothing can be done, undone or redone while an action is under way"));
+    EXPECT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_FALSE(TheScene()->HasEntity(old));
+    EXPECT_STREQ("UndoLoadScene", TheUndoer()->GetNextUndo()->GetNameKey());
+    TheUndoer()->Undo();
+    EXPECT_TRUE(TheScene()->HasEntity(old));
+    EXPECT_EQ(point, TheUndoer()->GetNextUndo());
 }
 }

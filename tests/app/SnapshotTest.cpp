@@ -322,6 +322,19 @@ TEST_F(SnapshotTest, WeldsAndPartsBodies)
     EXPECT_NE(a->GetBody(), b->GetBody());
 }
 
+TEST_F(SnapshotTest, HoldsTheWeldsOfATextThatIsBeingRun)
+{
+    Serializer::GetInstancePtr()->Deserialize(
+        "Scene.addBox { pos = [0, 0]; geomID = 11 }; Scene.addBox { pos = [0.8, 0]; geomID = 12 };"
+        "Scene.addFixjoint { size = 0.2; geom0 = 11; geom0pos = [0.4, 0]; geom1 = 12; "
+        "geom1pos = [-0.4, 0] }; App.GUI.takeSnapshot()");
+    const EntityPtr weld = TheScene()->GetEntities()[2];
+    TheScene()->RemoveEntity(weld);
+    Undoer::GetInstancePtr()->Undo();
+    EXPECT_TRUE(TheScene()->HasEntity(weld));
+    EXPECT_TRUE(weld->IsAlive());
+}
+
 TEST_F(SnapshotTest, KeepsPlanesOnTheWorldBody)
 {
     const auto plane = Add("Scene.addPlane { dist = -1 }");
@@ -511,6 +524,39 @@ TEST_F(SnapshotTest, LosesOneBadEntityOnly)
     EXPECT_FALSE(TheScene()->HasEntity(bad));
     EXPECT_TRUE(TheScene()->HasEntity(good));
     EXPECT_EQ(2u, Sim()->GetBodies().size()) << "nothing of it is left in the world";
+}
+
+TEST_F(SnapshotTest, StandsAFormulaThatAddsSomethingWhileItIsRead)
+{
+    Run("Scene.addPlane { dist = -1 }; Scene.addBox {};"
+        "Scene.addPen { pos = [0, 0]; size = 0.2; fadeTime = { Scene.addPlane { dist = -2 }; 3.0 } "
+        "}");
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    const std::vector<EntityPtr> before = TheScene()->GetEntities();
+    test::LogCapture log;
+    snapshot->Restore();
+    for (const EntityPtr& entity : before)
+        EXPECT_TRUE(TheScene()->HasEntity(entity));
+}
+
+TEST_F(SnapshotTest, KeepsTheDeadOutOfWhatTheCameraFollows)
+{
+    Run("Scene.addBox { geomID = 11 }; Scene.addCircle { pos = [5, 0] };"
+        "Scene.addHinge { size = 0.2; geom0 = 11; geom0pos = [0, 0]; geom1 = 0; geom1pos = [0, 0] "
+        "}");
+    const std::vector<EntityPtr> all = TheScene()->GetEntities();
+    ASSERT_EQ(3u, all.size());
+    const GroupPtr followed = QUIB_NEW Group(all[2]);
+    followed->Add(all[1]);
+    TheCamera()->SetTrackedGroup(followed);
+    TheScene()->RemoveEntity(all[0]);
+    ASSERT_FALSE(all[2]->IsAlive());
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    snapshot->Restore();
+    EXPECT_FALSE(TheScene()->HasEntity(all[2]));
+    ASSERT_TRUE(TheCamera()->GetTrackedGroup());
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup()->Contains(all[2]));
+    EXPECT_TRUE(TheCamera()->GetTrackedGroup()->Contains(all[1]));
 }
 
 TEST_F(SnapshotTest, SharesWhatHasNotChanged)

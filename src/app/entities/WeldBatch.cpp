@@ -364,6 +364,11 @@ WeldBatch::~WeldBatch()
     }
 }
 
+void WeldBatch::SettleNow()
+{
+    Settle();
+}
+
 void WeldBatch::Weld(const GeomPtr& geom0, const GeomPtr& geom1)
 {
     if (!s_unwelds.empty())

@@ -30,6 +30,9 @@ public:
     WeldBatch(const WeldBatch&) = delete;
     WeldBatch& operator=(const WeldBatch&) = delete;
 
+    /// For who must see the bodies as they will be, while a batch is open.
+    static void SettleNow();
+
     // For the welds themselves: at once, or when the batch that is open ends.
 
     /// Puts both geometries on one body: the one with the smaller id, so that the world's always stays.
