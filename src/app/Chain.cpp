@@ -16,30 +16,37 @@ Chain::~Chain() = default;
 
 void Chain::AddEntity(const EntityPtr& entity)
 {
-    AddEntity(m_entities.size(), entity);
+    AddEntity(m_entities.empty() ? 0 : m_entities.rbegin()->first + 1, entity);
 }
 
 void Chain::AddEntity(size_t index, const EntityPtr& entity)
 {
     DATA_ASSERT(index < 100000);
-    if (index >= m_entities.size())
-        m_entities.resize(index + 1);
-    m_entities[index] = util::WeakPtr<Entity>(entity);
+    if (const ChainPtr before = entity->GetChain())
+        if (before->IndexOf(*entity) != NotFound)
+            before->m_entities.erase(entity->GetChainIndex());
+    util::WeakPtr<Entity>& slot = m_entities[index];
+    // This chain lives by its entities: the new one holds it before the old one lets go.
     entity->SetChain(this, index);
+    Entity* displaced = slot.GetUnlocked();
+    slot = util::WeakPtr<Entity>(entity);
+    if (displaced)
+        displaced->SetChain(nullptr, 0);
 }
 
 size_t Chain::IndexOf(const Entity& entity) const
 {
-    const size_t index = entity.GetChainIndex();
-    const bool isHere = entity.GetChain().get() == this && index < m_entities.size() &&
-                        m_entities[index].GetUnlocked() == &entity;
-    return isHere ? index : NotFound;
+    if (entity.GetChain().get() != this)
+        return NotFound;
+    const auto slot = m_entities.find(entity.GetChainIndex());
+    return slot != m_entities.end() && slot->second.GetUnlocked() == &entity ? slot->first
+                                                                             : NotFound;
 }
 
 std::vector<EntityPtr> Chain::GetEntities() const
 {
     std::vector<EntityPtr> entities;
-    for (const util::WeakPtr<Entity>& weak : m_entities)
+    for (const auto& [index, weak] : m_entities)
         if (!weak.IsNull())
             entities.push_back(weak.GetUnlocked());
     return entities;
@@ -77,10 +84,15 @@ EntitySet Chain::GetNeighbors(const EntityPtr& ent, bool withEnds) const
         return neighbors;
 
     const Scene* scene = Scene::GetInstancePtr();
+    const auto follows = [](const EntityPtr& a, const EntityPtr& b)
+    { return a->GetChainIndex() + 1 == b->GetChainIndex(); };
     const size_t first = withEnds ? 0 : 1, behindLast = withEnds ? size : size - 1;
-    for (size_t k = i + 1; k < behindLast && scene->HasEntity(entities[k]); ++k)
+    for (size_t k = i + 1;
+         k < behindLast && follows(entities[k - 1], entities[k]) && scene->HasEntity(entities[k]);
+         ++k)
         neighbors.insert(entities[k]);
-    for (size_t k = i; k-- > first && scene->HasEntity(entities[k]);)
+    for (size_t k = i;
+         k-- > first && follows(entities[k], entities[k + 1]) && scene->HasEntity(entities[k]);)
         neighbors.insert(entities[k]);
     return neighbors;
 }

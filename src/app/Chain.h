@@ -5,6 +5,7 @@
 #include "app/Group.h"
 
 #include <cstddef>
+#include <map>
 #include <vector>
 
 namespace app
@@ -23,7 +24,8 @@ public:
 
     /// At the end.
     void AddEntity(const EntityPtr& entity);
-    /// Whatever was at the index is forgotten; indices that nobody has yet are holes.
+    /// Who was at the index leaves the chain, and the entity its place of before; indices that nobody
+    /// has are holes.
     /// @throws BadDataException  for an index that only a bad file can have
     void AddEntity(size_t index, const EntityPtr& entity);
     /// Holes count.
@@ -31,21 +33,22 @@ public:
     size_t IndexOf(const Entity& entity) const;
     static constexpr size_t NotFound = static_cast<size_t>(-1);
 
-    /// In order; holes, and those that live no more, are null.
-    const std::vector<util::WeakPtr<Entity>>& GetSlots() const { return m_entities; }
+    /// By index. Those that live no more are null.
+    const std::map<size_t, util::WeakPtr<Entity>>& GetSlots() const { return m_entities; }
     /// Those that live, in order.
     std::vector<EntityPtr> GetEntities() const;
     /// Sets all members free; the chain is empty then.
     void Detach();
 
-    /// What hangs together with the entity, without it: up to the gaps on both sides. The two ends of
-    /// the chain count with withEnds only. For an end itself nothing.
+    /// What hangs together with the entity, without it: up to the gaps on both sides, where an index has
+    /// nobody or one that is not in the scene. The two ends of the chain count with withEnds only. For
+    /// an end itself nothing.
     EntitySet GetNeighbors(const EntityPtr& entity, bool withEnds) const;
 
 private:
     static unsigned long s_idCounter;
 
     unsigned long m_id;
-    std::vector<util::WeakPtr<Entity>> m_entities;
+    std::map<size_t, util::WeakPtr<Entity>> m_entities; // by index, which a file may choose at will
 };
 }

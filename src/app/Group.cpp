@@ -105,6 +105,8 @@ void Group::Add(const EntityPtr& entity)
 {
     const EntityPtr added = entity; // it may lie in the set, which may grow
     m_entities.insert(added);
+    if (m_lowestID)
+        m_lowestID = std::min(*m_lowestID, added->GetID());
 }
 
 void Group::AddAll(const EntitySet& entities)
@@ -122,7 +124,10 @@ void Group::AddAll(const GroupPtr& group)
 
 void Group::Remove(const EntityPtr& entity)
 {
-    m_entities.erase(entity);
+    const EntityPtr removed = entity; // it may be the only handle
+    m_entities.erase(removed);
+    if (m_lowestID == removed->GetID())
+        m_lowestID.reset();
 }
 
 void Group::RemoveAll(const EntitySet& entities)
@@ -141,13 +146,14 @@ void Group::RemoveAll(const GroupPtr& group)
 void Group::Clear()
 {
     m_entities.clear();
+    m_lowestID.reset();
 }
 
 void Group::Set(const EntitySet& entities)
 {
     if (&entities == &m_entities)
         return;
-    m_entities.clear();
+    Clear();
     AddAll(entities);
 }
 
@@ -165,6 +171,7 @@ void Group::Update(const EntityMap& map)
         updated.insert(replacement ? *replacement : entity);
     }
     m_entities.swap(updated);
+    m_lowestID.reset();
 }
 
 bool Group::ContainsAny(const EntitySet& entities) const
@@ -186,6 +193,17 @@ EntityPtr Group::GetFirst() const
         if (!first || entity->GetID() < first->GetID())
             first = entity;
     return first;
+}
+
+unsigned long Group::GetLowestID() const
+{
+    if (!m_lowestID)
+    {
+        m_lowestID = std::numeric_limits<unsigned long>::max();
+        for (const EntityPtr& entity : m_entities)
+            m_lowestID = std::min(*m_lowestID, entity->GetID());
+    }
+    return *m_lowestID;
 }
 
 std::vector<EntityPtr> Group::GetSorted() const

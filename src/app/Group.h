@@ -65,6 +65,8 @@ public:
     bool ContainsAny() const;
     /// The one with the lowest id, or null.
     EntityPtr GetFirst() const;
+    /// Its id; the highest there is for an empty group. Mostly known without a search.
+    unsigned long GetLowestID() const;
     std::vector<EntityPtr> GetSorted() const;
 
     /// A new group with the same name and members.
@@ -97,6 +99,7 @@ public:
 private:
     util::String m_name; // "" for a group that nobody asks for by name
     EntitySet m_entities;
+    mutable std::optional<unsigned long> m_lowestID; // unless it must be found again
 };
 
 template<typename T>

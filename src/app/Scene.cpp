@@ -25,7 +25,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <limits>
 
 using math::Vec2;
 
@@ -38,20 +37,12 @@ bool DepthComp(const EntityPtr& a, const EntityPtr& b)
     return a->GetZDepth() < b->GetZDepth();
 }
 
-unsigned long LowestID(const GroupPtr& group)
-{
-    unsigned long lowest = std::numeric_limits<unsigned long>::max();
-    for (const EntityPtr& entity : group->GetEntities())
-        lowest = std::min(lowest, entity->GetID());
-    return lowest;
-}
-
 /// The order of groups wherever one shows.
 bool IsBefore(const GroupPtr& a, const GroupPtr& b)
 {
     if (a->GetName() != b->GetName())
         return a->GetName() < b->GetName();
-    const unsigned long lowestA = LowestID(a), lowestB = LowestID(b);
+    const unsigned long lowestA = a->GetLowestID(), lowestB = b->GetLowestID();
     return lowestA != lowestB ? lowestA < lowestB : a->GetPointeeID() < b->GetPointeeID();
 }
 
@@ -193,7 +184,8 @@ void Scene::RemoveEntity(const EntityPtr& entity)
     const auto it = std::find(m_entities.begin(), m_entities.end(), keep);
     if (it != m_entities.end())
         m_entities.erase(it);
-    TakeOut(keep);
+    Forget(keep);
+    keep->RemoveFromSimulation();
 }
 
 void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
@@ -244,12 +236,6 @@ void Scene::Forget(const EntityPtr& entity)
     RemoveFromGroups(entity);
     if (Serializer::Exists())
         Serializer::GetInstancePtr()->ForgetEntity(entity);
-}
-
-void Scene::TakeOut(const EntityPtr& entity)
-{
-    Forget(entity);
-    entity->RemoveFromSimulation();
 }
 
 void Scene::RemoveFromGroups(const EntityPtr& entity)
@@ -330,7 +316,8 @@ void Scene::RemoveEmptyGroups()
 {
     std::vector<GroupPtr> empty;
     for (const GroupPtr& group : m_groups)
-        if (group->IsEmpty())
+        // The selection stays; it is empty most of the time, and a frame shall ask for no memory.
+        if (group->IsEmpty() && group != m_selection)
             empty.push_back(group);
     for (const GroupPtr& group : empty)
         RemoveGroup(group);

@@ -135,8 +135,6 @@ private:
     void RemoveEmptyGroups();
     /// All that removing an entity is, but for the list of entities and the simulation.
     void Forget(const EntityPtr& entity);
-    /// That, and the simulation.
-    void TakeOut(const EntityPtr& entity);
     /// In the list, the groups, the chains and the simulation.
     void ReplaceEntities(const EntityMap& map);
 

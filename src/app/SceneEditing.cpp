@@ -125,28 +125,6 @@ void CloneChains(const ClonePairs& pairs)
         }
 }
 
-/// Moves geometries, and tells each body once: a body looks at all its geometries when one has moved.
-class GeomMover
-{
-public:
-    void Move(const GeomEntity& entity, const math::Mat2D& matrix)
-    {
-        const BodyPtr body = entity.GetBody();
-        if (!body)
-            return;
-        entity.GetGeom()->SetWorldPose(matrix * entity.GetGeom()->GetPose());
-        m_bodies.emplace(body->GetID(), body);
-    }
-    void Finish() const
-    {
-        for (const auto& body : m_bodies)
-            body.second->OnGeomChange();
-    }
-
-private:
-    std::map<unsigned, BodyPtr> m_bodies;
-};
-
 // What a scale does to one joint.
 struct ScaledJoint
 {
@@ -169,7 +147,9 @@ ScaledJoint ScaleJoint(const JointEntityPtr& joint, const GeomMap& newGeoms, boo
     }
     if (!scaled.geoms[0] || (!moves[0] && !moves[1]))
         return scaled;
-    // A pin goes with what it holds. A spring's end on the background is a place of its own.
+    // A pin goes with what it holds. A spring's end on the background is a place of its own, and so is a
+    // body that is not scaled: by the matrix its end could come to lie beside it, and would be fastened
+    // to something else.
     const GeomPtr world = physics::Simulation::GetInstancePtr()->GetWorldGeom();
     const bool isPin = !dynamic_cast<const SpringEntity*>(joint.get());
     for (int i = 0; i < 2; ++i)
@@ -190,23 +170,22 @@ void Scene::Transform(const GroupPtr& group, const math::Mat2D& matrix)
     const std::vector<EntityPtr> entities = group->GetTransformEntities();
     for (const EntityPtr& entity : entities)
         entity->StartTransform();
-    GeomMover mover;
-    bool hasMoved = false;
-    for (const EntityPtr& entity : entities)
+    // A body looks at all its geometries when one of them has moved: each is told once.
+    std::map<unsigned, BodyPtr> bodies;
+    size_t i = 0;
     {
-        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
+        physics::Body::GeomChangeHold hold;
+        for (; i < entities.size() && entities[i]->AsGeomEntity(); ++i)
         {
-            mover.Move(*geomEntity, matrix);
-            continue;
+            entities[i]->Transform(matrix);
+            if (const BodyPtr body = entities[i]->AsGeomEntity()->GetBody())
+                bodies.emplace(body->GetID(), body);
         }
-        // All geometries stand in front of all joints.
-        if (!hasMoved)
-            mover.Finish();
-        hasMoved = true;
-        entity->Transform(matrix);
     }
-    if (!hasMoved)
-        mover.Finish();
+    for (const auto& body : bodies)
+        body.second->OnGeomChange();
+    for (; i < entities.size(); ++i)
+        entities[i]->Transform(matrix);
     for (const EntityPtr& entity : entities)
         entity->EndTransform();
 }
@@ -217,7 +196,7 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
         return;
     const Vec2 scale = ScaleOf(matrix);
     const float factor = std::sqrt(std::fabs(scale.x * scale.y));
-    if (!IsFinite(matrix) || !(factor > 0))
+    if (!IsFinite(matrix) || !math::IsFinite(factor) || !(factor > 0))
     {
         Log(logging::LogWarning, "Bad scale: it must be finite, and not 0 along an axis");
         return;
@@ -298,33 +277,37 @@ void Scene::ReplaceEntities(const EntityMap& map)
     if (const GroupPtr& tracked = m_camera->GetTrackedGroup())
         tracked->Update(map);
     // Each at the place of the one it replaces: taking out one after the other would be a search each.
+    std::vector<EntityPtr> replaced;
+    std::vector<const GeomEntity*> leaving;
     for (EntityPtr& place : m_entities)
         if (const EntityPtr* found = map.Find(place))
         {
             const EntityPtr old = place, clone = *found;
             if (const ChainPtr chain = old->GetChain())
-            {
                 chain->AddEntity(old->GetChainIndex(), clone);
-                old->SetChain(nullptr, 0);
-            }
             place = clone;
             clone->m_isInScene = true;
             clone->AddToSimulation();
-            TakeOut(old);
+            Forget(old);
+            leaving.push_back(old->AsGeomEntity());
+            replaced.push_back(old);
         }
+    GeomEntity::RemoveFromSimulation(leaving);
 }
 
 GroupPtr Scene::CreateClone(const GroupPtr& group)
 {
     DepthTagEntities();
     const EntitySet members = group->GetEntities();
+    // A formula among the settings that are copied is run, and may do anything to the scene.
+    const std::vector<EntityPtr> originals = m_entities;
 
     // Everything new is made before anything is changed. Geometries come first, then joints and pens,
     // which hang on them.
     ClonePairs pairs;
     pairs.reserve(members.size());
     GeomMap newGeoms;
-    for (const EntityPtr& entity : m_entities)
+    for (const EntityPtr& entity : originals)
         if (const GeomEntity* original = entity->AsGeomEntity())
             if (members.count(entity))
             {
@@ -333,11 +316,11 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
                 pairs.emplace_back(entity, clone);
             }
     const size_t geomCount = pairs.size();
-    for (const EntityPtr& entity : m_entities)
+    for (const EntityPtr& entity : originals)
         if (const JointEntity* original = entity->AsJointEntity())
             if (members.count(entity))
                 pairs.emplace_back(entity, CloneJoint(*original, newGeoms));
-    for (const EntityPtr& entity : m_entities)
+    for (const EntityPtr& entity : originals)
         if (const PenEntity* original = entity->AsPenEntity())
             if (members.count(entity))
                 pairs.emplace_back(entity, ClonePen(*original, newGeoms));

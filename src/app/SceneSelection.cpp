@@ -26,7 +26,10 @@ GroupPtr Scene::GetSelectionAt(const Vec2& pos) const
     if (input::Input::GetInstancePtr()->CheckModifier(input::ModAlt))
         return picked;
     if (entity->GetChain())
-        picked->AddAll(entity->GetChain()->GetNeighbors(entity, false));
+        // An end of the chain may have been erased, and an undo may keep it.
+        for (const EntityPtr& neighbor : entity->GetChain()->GetNeighbors(entity, false))
+            if (HasEntity(neighbor))
+                picked->Add(neighbor);
     for (const GroupPtr& group : m_groups)
         if (group != m_selection && group != m_camera->GetTrackedGroup() && group->Contains(entity))
             picked->AddAll(group);

@@ -88,11 +88,9 @@ auto FindChainPlaces(const std::vector<EntityPtr>& entities)
         const Chain* chain = entity->GetChain().get();
         if (!chain || !walked.insert(chain->GetID()).second)
             continue;
-        const auto& slots = chain->GetSlots();
-        for (size_t i = 0; i < slots.size(); ++i)
-            if (const Entity* link = slots[i].GetUnlocked())
-                if (link->GetChain().get() == chain)
-                    places[link->GetID()] = {chain->GetID(), i};
+        for (const auto& [index, weak] : chain->GetSlots())
+            if (const Entity* link = weak.GetUnlocked())
+                places[link->GetID()] = {chain->GetID(), index};
     }
     return places;
 }

@@ -323,7 +323,7 @@ public:
         : RestoreHelper(&entity->GetChain()) // the entity itself may be a joint's subject
         , m_entity(entity)
         , m_chain(entity->GetChain())
-        , m_index(m_chain->IndexOf(*entity))
+        , m_index(m_entity->GetChainIndex())
     {
     }
 
@@ -472,8 +472,7 @@ void Snapshot::StoreJointsAndPens(HelperFinder& older)
 void Snapshot::StoreChains(HelperFinder& older)
 {
     for (const EntityPtr& entity : m_entities)
-        // One that another has pushed out of its place still knows its chain.
-        if (entity->GetChain() && entity->GetChain()->IndexOf(*entity) != Chain::NotFound)
+        if (entity->GetChain())
             m_chained.push_back(AddHelper<EntChainInfo>(older, entity));
 }
 

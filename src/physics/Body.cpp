@@ -235,8 +235,28 @@ void Body::SetGeom(GeomPtr geom)
     SetGeoms(geoms);
 }
 
+// What comes to the world body leaves its mass, its place and all that is there as they are. Planes would
+// otherwise take the square of their number.
+bool Body::TryAppendToWorld(const GeomPtr& geom)
+{
+    // Written so that a NaN is left to SetGeoms, which tells of it, and so is another world geometry.
+    if (m_id != 0 || m_parts.empty() || !geom || geom->GetKind() == GeomKind::Other ||
+        geom->GetBodyPtr() || !(geom->Mass() > 0) || !(geom->Area() > 0) ||
+        !(geom->Inertia() > 0) || !IsFinite(geom->GetCenter()) ||
+        geom->GetID() < m_parts.back().geom->GetID())
+        return false;
+    m_area += geom->Area();
+    m_parts.emplace_back(geom, m_poseInv * geom->GetPose());
+    geom->SetBody(this);
+    m_geoms.insert(geom);
+    geom->SetWorldPose(m_pose * m_parts.back().geomToBody);
+    return true;
+}
+
 void Body::AddGeom(GeomPtr geom)
 {
+    if (TryAppendToWorld(geom))
+        return;
     GeomSet geoms = m_geoms;
     geoms.insert(geom);
     SetGeoms(geoms);

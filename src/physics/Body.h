@@ -102,6 +102,7 @@ private:
     NewParts PrepareParts(const GeomSet& geoms) const;
     void TakeParts(const NewParts& parts);
     void DetachAll();
+    bool TryAppendToWorld(const GeomPtr& geom);
 
     math::TMat2D<float> m_pose;
     math::TMat2D<float> m_poseInv;

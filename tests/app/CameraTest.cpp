@@ -238,6 +238,17 @@ TEST_F(CameraTest, FollowsTheTrackedGroup)
     EXPECT_EQ(Vec2(12, 9), TheCamera()->GetPan());
 }
 
+TEST_F(CameraTest, KeepsFollowingAGroupThatItIsGivenAgain)
+{
+    const auto box = Add("Scene.addBox { }");
+    const GroupPtr group = QUIB_NEW Group(box);
+    TheCamera()->SetTrackedGroup(group);
+    TheScene()->Transform(group, math::Mat2D::Translation(Vec2(3, 1)));
+    TheCamera()->SetTrackedGroup(group);
+    TheCamera()->Update(0.01f);
+    EXPECT_EQ(Vec2(3, 1), TheCamera()->GetPan());
+}
+
 TEST_F(CameraTest, StopsFollowingWhatIsGone)
 {
     const auto circle = Add("Scene.addCircle { }");

@@ -31,7 +31,7 @@ protected:
         const EntitySet neighbors = chain->GetNeighbors(m_links[link], withEnds);
         std::vector<size_t> places;
         for (size_t i = 0; i < m_links.size(); ++i)
-            if (neighbors.count(m_links[i]))
+            if (m_links[i] && neighbors.count(m_links[i]))
                 places.push_back(i);
         EXPECT_EQ(neighbors.size(), places.size());
         return places;
@@ -126,7 +126,7 @@ TEST_F(ChainTest, GivesAllLinksBetweenTheEndsAsNeighbors)
     EXPECT_EQ((Places{1, 3, 4, 5}), Neighbors(chain, 2, false));
 }
 
-// Kept as it stands: what is at an end, or beside one, does not lead into the chain.
+// Deliberate: what is at an end, or beside one, does not lead into the chain.
 TEST_F(ChainTest, HasNoNeighborsForItsEnds)
 {
     const ChainPtr chain = MakeChain(5);
@@ -152,6 +152,55 @@ TEST_F(ChainTest, StopsAtTheGapWhereALinkWasErased)
     EXPECT_EQ((Places{0, 1, 2, 3, 5}), Neighbors(chain, 4, true));
     TheScene()->RemoveEntity(m_links[3]);
     EXPECT_EQ(Places{5}, Neighbors(chain, 4, true));
+}
+
+TEST_F(ChainTest, StopsAtTheGapAlsoWhenNobodyHoldsTheErasedLinkAnyMore)
+{
+    const ChainPtr chain = MakeChain(9);
+    TheScene()->RemoveEntity(m_links[6]);
+    m_links[6] = nullptr;
+    ASSERT_EQ(8u, chain->GetEntities().size());
+    EXPECT_EQ((Places{1, 2, 3, 5}), Neighbors(chain, 4, false));
+    EXPECT_EQ((Places{0, 1, 2, 3, 5}), Neighbors(chain, 4, true));
+    // Loaded again, the gap is a hole.
+    const util::String text = Serializer::GetInstancePtr()->SerializeScene();
+    m_links.clear();
+    TheScene()->ClearScene();
+    Serializer::GetInstancePtr()->Deserialize(text);
+    m_links = TheScene()->GetEntities();
+    ASSERT_EQ(8u, m_links.size());
+    EXPECT_EQ((Places{1, 2, 3, 5}), Neighbors(m_links[4]->GetChain(), 4, false));
+}
+
+TEST_F(ChainTest, LosesWhoIsDisplaced)
+{
+    const ChainPtr chain = MakeChain(3);
+    const auto late = Add("Scene.addBox { pos = [50.0, 0.0] }");
+    chain->AddEntity(1, late);
+    EXPECT_FALSE(m_links[1]->GetChain());
+    EXPECT_EQ((std::vector<EntityPtr>{m_links[0], late, m_links[2]}), chain->GetEntities());
+    // And who moves leaves no place behind, here or elsewhere.
+    chain->AddEntity(7, m_links[0]);
+    EXPECT_EQ((std::vector<EntityPtr>{late, m_links[2], m_links[0]}), chain->GetEntities());
+    const ChainPtr other = QUIB_NEW Chain;
+    other->AddEntity(late);
+    EXPECT_EQ((std::vector<EntityPtr>{m_links[2], m_links[0]}), chain->GetEntities());
+    // The same place again.
+    other->AddEntity(0, late);
+    EXPECT_EQ(other, late->GetChain());
+    EXPECT_EQ(std::vector<EntityPtr>{late}, other->GetEntities());
+}
+
+TEST_F(ChainTest, TakesNoMemoryForHoles)
+{
+    util::String text;
+    for (int i = 0; i < 2000; ++i)
+        text += "Scene.addBox { pos = [" + util::ToString(i) +
+                ".0, 0.0]; chain = " + util::ToString(i) + "; chainNr = 99999 };\n";
+    Run(text + "x = 0");
+    ASSERT_EQ(2000u, TheScene()->GetEntities().size());
+    for (const EntityPtr& entity : TheScene()->GetEntities())
+        ASSERT_EQ(1u, entity->GetChain()->GetSlots().size());
 }
 
 TEST_F(ChainTest, HasNoNeighborsForWhoIsNotInIt)

@@ -50,7 +50,7 @@ protected:
 
 // --- erasing ---
 
-// Kept as it stands: exactly two crossings.
+// Deliberate: exactly two crossings.
 TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
 {
     const auto box = Add("Scene.addBox { size = [2.0, 2.0] }");

@@ -107,6 +107,13 @@ TEST_F(GroupTest, HasTheCenterOfItsBox)
     EXPECT_EQ(math::Vec2(4, 0), GetGroupCenter(group));
 }
 
+TEST_F(GroupTest, OfAJointHasTheCenterOfTheJointsBox)
+{
+    const EntityPtr pin = Pin(Vec2(3, 4));
+    EXPECT_NEAR(3, GetGroupCenter(GroupOf({pin})).x, 1e-5f);
+    EXPECT_NEAR(4, GetGroupCenter(GroupOf({pin})).y, 1e-5f);
+}
+
 TEST_F(GroupTest, HasNoCenterWithoutAFiniteBox)
 {
     EXPECT_TRUE(math::IsNaN(GetGroupCenter(nullptr).x));
@@ -116,7 +123,7 @@ TEST_F(GroupTest, HasNoCenterWithoutAFiniteBox)
     EXPECT_TRUE(math::IsNaN(GetGroupCenter(planes).x));
 }
 
-// Kept as it stands: a name that is never mended.
+// Deliberate: a name that is never mended.
 TEST_F(GroupTest, KeepsTheSpellingOfGetEnityIDs)
 {
     EXPECT_TRUE((std::is_same<std::vector<unsigned long>,
@@ -130,12 +137,26 @@ TEST_F(GroupTest, GivesTheOneWithTheLowestIdFirst)
     Entities all;
     for (int i = 0; i < 30; ++i)
         all.push_back(Add("Scene.addCircle { }"));
+    EXPECT_EQ(std::numeric_limits<unsigned long>::max(), group->GetLowestID());
     for (size_t i = all.size(); i-- > 0;)
     {
         group->Add(all[i]);
         EXPECT_EQ(all[i], group->GetFirst());
+        EXPECT_EQ(all[i]->GetID(), group->GetLowestID());
     }
     EXPECT_EQ(all, group->GetSorted());
+    for (const EntityPtr& entity : all)
+    {
+        EXPECT_EQ(entity->GetID(), group->GetLowestID());
+        group->Remove(entity);
+    }
+    EXPECT_EQ(std::numeric_limits<unsigned long>::max(), group->GetLowestID());
+    EntityMap map;
+    map[all[5]] = all[3];
+    group->Set(GroupOf({all[5], all[9]}));
+    EXPECT_EQ(all[5]->GetID(), group->GetLowestID());
+    group->Update(map);
+    EXPECT_EQ(all[3]->GetID(), group->GetLowestID());
 }
 
 TEST_F(GroupTest, AddsAndRemovesSets)
@@ -270,7 +291,7 @@ TEST_F(GroupTest, WeighsItsMiddleByAreaAndNotByMass)
     EXPECT_NEAR(6, center.y, 1e-5f);
 }
 
-// Kept as it stands.
+// Deliberate.
 TEST_F(GroupTest, WeighsAPlaneByAMillionthAtTheMouse)
 {
     const auto plane = Add("Scene.addPlane { pos = [50.0, 50.0]; angle = 0.5 }");

@@ -171,7 +171,8 @@ TEST_F(SceneEditingTest, RefusesScalesThatLeaveNothing)
 {
     const auto box = Add("Scene.addBox { }");
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    for (const Vec2& scale : {Vec2(0, 1), Vec2(1, 0), Vec2(nan, 1), Vec2(INFINITY, 1)})
+    for (const Vec2& scale :
+         {Vec2(0, 1), Vec2(1, 0), Vec2(nan, 1), Vec2(INFINITY, 1), Vec2(1e20f, 1e20f)})
     {
         test::LogCapture log(logging::LogWarning);
         TheScene()->Transform(GroupOf({box}), Mat3::Scale2D(scale));
@@ -265,6 +266,19 @@ TEST_F(SceneEditingTest, TakesAPinOnTheBackgroundAlongWithItsBody)
     ExpectNear(Vec2(2, 0), pin->GetWorldPoint(0));
     ExpectNear(Vec2(2, 0), pin->GetWorldPoint(1));
     EXPECT_TRUE(pin->IsAttachedToWorld());
+}
+
+// By the matrix the end would lie beside the other box, and be fastened to the background.
+TEST_F(SceneEditingTest, LeavesTheEndsOnBodiesThatAreNotScaled)
+{
+    Add("Scene.addBox { size = [4.0, 2.0] }");
+    const auto outside = Add("Scene.addBox { size = [1.0, 1.0]; pos = [1.5, 0.0] }");
+    const auto hinge = Join<HingeEntity>(Vec2(1.5f, 0), Vec2(1.5f, 0));
+    TheScene()->Transform(GroupOf({TheScene()->GetEntities()[0]}), Mat3::Scale2D(Vec2(2, 2)));
+    EXPECT_EQ(outside->GetGeom(), hinge->GetGeom(0));
+    EXPECT_EQ(At<BoxEntity>(0)->GetGeom(), hinge->GetGeom(1));
+    ExpectNear(Vec2(1.5f, 0), hinge->GetWorldPoint(0));
+    ExpectNear(Vec2(3, 0), hinge->GetWorldPoint(1));
 }
 
 TEST_F(SceneEditingTest, ScalesSpringsAndTheirLength)
@@ -590,6 +604,43 @@ TEST_F(SceneEditingTest, ClonesTheSameInEveryRun)
         EXPECT_EQ(clone->GetGeom()->GetID() + 1, next->GetGeom()->GetID());
         EXPECT_EQ(clone->GetBody()->GetID() + 1, next->GetBody()->GetID());
     }
+}
+
+TEST_F(SceneEditingTest, SurvivesFormulasThatChangeTheSceneWhileItIsCloned)
+{
+    // Run whenever the setting is handed over: the list of entities grows under the copying.
+    for (int i = 0; i < 5; ++i)
+        Run("Scene.addPen { pos = [0.0, 0.0]; fadeTime = { Scene.addBox { pos = [9.0, 9.0] }; 3.0 "
+            "} }");
+    const size_t before = TheScene()->GetEntities().size();
+    EXPECT_LE(10u, before);
+    TheScene()->CreateClone(Everything());
+    EXPECT_LE(before + 5 + 5 + 5, TheScene()->GetEntities().size());
+}
+
+TEST_F(SceneEditingTest, ClonesAndScalesManyPlanesInNoTime)
+{
+    for (int i = 0; i < 1500; ++i)
+        TheScene()->AddEntity(
+            QUIB_NEW PlaneEntity(QUIB_NEW physics::Plane(math::Plane2D(Vec2(0, 1), 10.0f + i))));
+    ASSERT_EQ(1501u, Sim()->GetWorldBody()->GetGeoms().size());
+    TheScene()->CreateClone(Everything());
+    EXPECT_EQ(3001u, Sim()->GetWorldBody()->GetGeoms().size());
+    TheScene()->Transform(Everything(), Mat3::Scale2D(Vec2(2, 2)));
+    EXPECT_EQ(3001u, Sim()->GetWorldBody()->GetGeoms().size());
+    TheScene()->Update(0.01f);
+    EXPECT_EQ(3000u, TheScene()->GetEntities().size());
+    EXPECT_NEAR(-20, GeomAt(0).GetCenter().y, 1e-4f);
+    TheScene()->RemoveEntities(TheScene()->GetEntities());
+    EXPECT_EQ(1u, Sim()->GetWorldBody()->GetGeoms().size());
+}
+
+TEST_F(SceneEditingTest, ClonesJoinWhatTheCameraFollows)
+{
+    const auto box = Add("Scene.addBox { entityID = 1 }");
+    Run("Scene.addGroup { name = \"tracked\"; entityIDs = [1] }");
+    TheScene()->CreateClone(GroupOf({box}));
+    EXPECT_EQ(TheScene()->GetEntities(), TheCamera()->GetTrackedGroup()->GetSorted());
 }
 
 TEST_F(SceneEditingTest, LeaksNothing)

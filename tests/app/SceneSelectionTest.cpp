@@ -129,6 +129,17 @@ TEST_F(SceneSelectionTest, PicksALinkWithItsChain)
     EXPECT_EQ(Entities{e[2]}, TheScene()->GetSelectionAt(Vec2(6, 0))->GetSorted());
 }
 
+TEST_F(SceneSelectionTest, PicksNoEndOfAChainThatWasErased)
+{
+    const Entities e = AddCircles(5);
+    const ChainPtr chain = QUIB_NEW Chain;
+    for (const EntityPtr& link : e)
+        chain->AddEntity(link);
+    TheScene()->RemoveEntity(e[0]); // and kept here, as an undo would
+    EXPECT_TRUE(TheScene()->SelectAt(Vec2(3, 0)));
+    EXPECT_EQ(Entities{e[1]}, Selected());
+}
+
 TEST_F(SceneSelectionTest, PicksGroupsOfTheEntityOnlyAndNotOfItsChain)
 {
     const Entities e = AddCircles(7);
@@ -188,7 +199,7 @@ TEST_F(SceneSelectionTest, HoldsSelectedBodiesStill)
     EXPECT_EQ(3, bodyOf(e[1])->GetAngVel());
 }
 
-// Kept as it stands.
+// Deliberate.
 TEST_F(SceneSelectionTest, ReleasesEveryBodyWhetherSelectedOrNot)
 {
     const Entities e = AddCircles(3);

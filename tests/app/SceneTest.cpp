@@ -10,6 +10,11 @@
 
 using math::Vec2;
 
+namespace test
+{
+extern size_t g_allocations; // the counter stands with the tests of pens
+}
+
 namespace app
 {
 namespace
@@ -152,6 +157,34 @@ TEST_F(SceneTest, TakesARemovedEntityOutOfGroupsAndWorld)
     EXPECT_FALSE(TheScene()->IsSelected(a));
     EXPECT_FALSE(a->IsAlive());
     EXPECT_EQ(1u, BodyCount());
+}
+
+TEST_F(SceneTest, AsksForNoMemoryInAFrame)
+{
+    for (int i = 0; i < 100; ++i)
+        Add("Scene.addBox { pos = [" + util::ToString(i) + ".0, 0.0]; entityID = " +
+            util::ToString(i + 1) + "; geomID = " + util::ToString(i + 1) + " }");
+    Run("Scene.addPlane { }; Scene.addCircle { pos = [0.0, 9.0] }");
+    Run("Scene.addHinge { size = 0.2; geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; "
+        "geom1pos = [0.0, 0.0] }");
+    Run("Scene.addSpring { size = 0.2; geom0 = 2; geom0pos = [0.0, 0.0]; geom1 = 0; "
+        "geom1pos = [5.0, 5.0] }");
+    Run("Scene.addFixjoint { size = 0.2; geom0 = 3; geom0pos = [0.0, 0.0]; geom1 = 4; "
+        "geom1pos = [0.0, 0.0] }");
+    Run("Scene.addGroup { name = \"g\"; entityIDs = [1, 2, 3] }");
+    Run("Scene.addGroup { name = \"tracked\"; entityIDs = [1, 2, 3] }");
+    ASSERT_EQ(105u, TheScene()->GetEntities().size());
+    const auto frame = []
+    {
+        TheScene()->Update(0.01f);
+        TheCamera()->Update(0.01f);
+    };
+    frame();
+    const size_t before = test::g_allocations;
+    for (int i = 0; i < 10; ++i)
+        frame();
+    EXPECT_EQ(before, test::g_allocations);
+    EXPECT_EQ(105u, TheScene()->GetEntities().size());
 }
 
 TEST_F(SceneTest, RemovesManyAsItRemovesThemOneByOne)
@@ -509,7 +542,7 @@ TEST_F(SceneTest, IsTitledByTheShortNameOfItsFile)
     EXPECT_FALSE(log.Has("Wuut?")) << log.Text();
 }
 
-// Kept as it stands, word and all.
+// Deliberate, word and all.
 TEST_F(SceneTest, WondersAboutTitlesThatAreNoShortNames)
 {
     for (const char* name : {"Door.qib", "Door.QIB"})

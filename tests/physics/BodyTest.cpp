@@ -341,6 +341,30 @@ TEST_F(BodyTest, OfTheWorldKeepsItsWorldGeometry)
     EXPECT_EQ(1u, world->GetParts().size());
 }
 
+TEST_F(BodyTest, OfTheWorldIsTheSameHoweverItsGeometriesCame)
+{
+    const BodyPtr world = sim.GetWorldBody();
+    std::vector<GeomPtr> geoms;
+    for (int i = 0; i < 6; ++i)
+        geoms.push_back(QUIB_NEW Box(Vec2(1, 0.1f * (i + 1)), Vec2(3.3f * i, 0.7f)));
+    // The third comes late: the parts stand in order of id all the same.
+    for (int i : {0, 1, 3, 4, 2, 5})
+        world->AddGeom(geoms[i]);
+    ASSERT_EQ(7u, world->GetParts().size());
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(geoms[i], world->GetParts()[i + 1].geom);
+    const float area = world->GetArea();
+    const math::Mat2D pose = geoms[5]->GetPose();
+    world->OnGeomChange();
+    EXPECT_EQ(area, world->GetArea());
+    EXPECT_EQ(pose, geoms[5]->GetPose());
+    for (const GeomPtr& geom : geoms)
+    {
+        EXPECT_EQ(world.get(), geom->GetBodyPtr());
+        world->RemoveGeom(geom);
+    }
+}
+
 TEST_F(BodyTest, CopyHasItsOwnIdAndNoGeometries)
 {
     const BodyPtr body = AddBox(Vec2(2, 1), Vec2(0, 5));

@@ -172,6 +172,9 @@ bool JointEntity::IsAlive() const
 
 void JointEntity::StartTransform()
 {
+    // Its geometries may have moved since the last frame.
+    if (!m_isTransforming)
+        UpdateWorldPoints();
     m_isTransforming = true;
 }
 
