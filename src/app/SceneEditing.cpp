@@ -299,7 +299,9 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
 {
     DepthTagEntities();
     const EntitySet members = group->GetEntities();
-    // A formula among the settings that are copied is run, and may do anything to the scene.
+    const GroupPtr clones = QUIB_NEW Group(group->GetName());
+    // A formula among the settings that are copied is run, and may do anything to the scene, and to the
+    // handle on the group.
     const std::vector<EntityPtr> originals = m_entities;
 
     // Everything new is made before anything is changed. Geometries come first, then joints and pens,
@@ -327,7 +329,6 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
 
     CloneBodies(ClonePairs(pairs.begin(), pairs.begin() + geomCount));
     CloneChains(pairs);
-    const GroupPtr clones = QUIB_NEW Group(group->GetName());
     WeldBatch welding;
     for (const auto& [original, clone] : pairs)
     {

@@ -25,9 +25,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ctime>
+#include <vector>
 
 namespace app
 {
+using Entities = std::vector<EntityPtr>;
+
 class AppFixture : public testing::Test
 {
 public:
@@ -54,6 +58,22 @@ public:
             return nullptr;
         return util::DynamicCast<GeomEntity>(TheScene()->GetEntities().back());
     }
+
+    static GroupPtr GroupOf(const Entities& entities)
+    {
+        const GroupPtr group = QUIB_NEW Group;
+        for (const EntityPtr& entity : entities)
+            group->Add(entity);
+        return group;
+    }
+
+    static util::String Save() { return Serializer::GetInstancePtr()->SerializeScene(); }
+
+    /// Without the world's.
+    static size_t BodyCount() { return Sim()->GetBodies().size() - 1; }
+
+    /// Processor time.
+    static double Seconds() { return double(clock()) / CLOCKS_PER_SEC; }
 
     static const physics::Geom& GeomOf(const util::SharedPtr<GeomEntity>& entity)
     {

@@ -271,6 +271,19 @@ TEST_F(CameraTest, StopsFollowingAGroupWithoutANameOnceItsEntitiesAreGone)
     EXPECT_FALSE(TheCamera()->GetTrackedGroup());
 }
 
+TEST_F(CameraTest, StopsFollowingWhatHasItsMiddleNowhere)
+{
+    // The box of both is finite, and the sum of its corners is not.
+    const GroupPtr group = GroupOf(
+        {Add("Scene.addBox { pos = [2.0e38, 0.0] }"), Add("Scene.addBox { pos = [3.0e38, 0.0] }")});
+    ASSERT_TRUE(group->CalcFiniteAABB().IsFinite());
+    TheCamera()->SetPan(Vec2(4, 5));
+    TheCamera()->SetTrackedGroup(group);
+    TheCamera()->Update(0.01f);
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup());
+    EXPECT_EQ(Vec2(4, 5), TheCamera()->GetPan());
+}
+
 TEST_F(CameraTest, TakesAReplacedTrackedGroupOutOfTheScene)
 {
     const GroupPtr first = QUIB_NEW Group(TrackedName), second = QUIB_NEW Group(TrackedName);

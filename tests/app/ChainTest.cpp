@@ -143,6 +143,16 @@ TEST_F(ChainTest, HasNoNeighborsForItsEnds)
     EXPECT_EQ(Places{}, Neighbors(MakeChain(2), 1, true));
 }
 
+// Deliberate: also when it is erased and somebody holds it. Who picks asks the scene for it.
+TEST_F(ChainTest, GivesAnErasedEndToWhoIsBesideIt)
+{
+    const ChainPtr chain = MakeChain(5);
+    TheScene()->RemoveEntity(m_links[0]);
+    TheScene()->RemoveEntity(m_links[4]);
+    EXPECT_EQ(Places{0}, Neighbors(chain, 1, false));
+    EXPECT_EQ(Places{4}, Neighbors(chain, 3, true));
+}
+
 TEST_F(ChainTest, StopsAtTheGapWhereALinkWasErased)
 {
     const ChainPtr chain = MakeChain(9);

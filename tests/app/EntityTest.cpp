@@ -18,11 +18,6 @@ namespace
 {
 using EntityTest = AppFixture;
 
-size_t BodyCount()
-{
-    return physics::Simulation::GetInstancePtr()->GetBodies().size() - 1;
-}
-
 TEST_F(EntityTest, HaveIdsThatRise)
 {
     const auto a = Add("Scene.addBox { entityID = 77 }");

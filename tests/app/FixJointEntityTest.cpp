@@ -6,7 +6,6 @@
 
 #include "../Dice.h"
 
-#include <ctime>
 #include <memory>
 
 namespace app
@@ -35,8 +34,6 @@ protected:
             row.push_back(Box(Vec2(float(i), 0)));
         return row;
     }
-    /// Processor time.
-    static double Seconds() { return double(clock()) / CLOCKS_PER_SEC; }
 };
 
 TEST_F(FixJointEntityTest, MergesTwoBodiesIntoTheOlder)

@@ -1,14 +1,7 @@
-#include "AppFixture.h"
 #include "HeldKeys.h"
+#include "JointFixture.h"
 
-#include "app/EntitySerializer.h"
-#include "app/entities/BoxEntity.h"
 #include "app/entities/CircleEntity.h"
-#include "app/entities/FixJointEntity.h"
-#include "app/entities/HingeEntity.h"
-#include "app/entities/PenEntity.h"
-#include "app/entities/PlaneEntity.h"
-#include "app/entities/SpringEntity.h"
 
 #include <cmath>
 
@@ -16,40 +9,11 @@ namespace app
 {
 namespace
 {
-using math::Vec2;
-
-class GroupTest : public AppFixture
+class GroupTest : public JointFixture
 {
 protected:
-    using Entities = std::vector<EntityPtr>;
-
-    static GroupPtr GroupOf(const Entities& entities)
-    {
-        const GroupPtr group = QUIB_NEW Group;
-        for (const EntityPtr& entity : entities)
-            group->Add(entity);
-        return group;
-    }
-
-    /// In the scene, fastened to what lies under the points.
-    template<typename Joint>
-    static EntityPtr Join(const Vec2& a, const Vec2& b)
-    {
-        const util::SharedPtr<Joint> joint = QUIB_NEW Joint(0.2f);
-        const Vec2 points[2] = {a, b};
-        joint->AttachAt(points);
-        TheScene()->AddEntity(joint);
-        return joint;
-    }
     static EntityPtr Pin(const Vec2& pos) { return Join<HingeEntity>(pos, pos); }
     static EntityPtr Weld(const Vec2& pos) { return Join<FixJointEntity>(pos, pos); }
-    static EntityPtr AddPen(const Vec2& pos)
-    {
-        const PenEntityPtr pen = QUIB_NEW PenEntity(0.2f);
-        pen->AttachAt(pos);
-        TheScene()->AddEntity(pen);
-        return pen;
-    }
 
     static Vec2 Mouse() { return App::GetInstancePtr()->GetMousePos(); }
 };

@@ -299,13 +299,7 @@ TEST_F(HingeEntityTest, ChangesNothingWhenAButtonHasNoSuchKey)
 
 TEST_F(HingeEntityTest, RefusesSettingsThatAreNoNumbers)
 {
-    for (const char* name : {"motorSpeed", "motorTorque", "impulseLimit", "distanceLimit"})
-    {
-        EntitySerializer bag;
-        bag.Set(name, std::numeric_limits<float>::quiet_NaN());
-        HingeEntity hinge(1);
-        EXPECT_THROW(hinge.Deserialize(bag), BadDataException) << name;
-    }
+    ExpectRefusesNaN<HingeEntity>({"motorSpeed", "motorTorque", "impulseLimit", "distanceLimit"});
 }
 
 TEST_F(HingeEntityTest, IsGoneFromTheSimulationWithTheScene)

@@ -3,6 +3,7 @@
 
 #include "AppFixture.h"
 
+#include "app/EntitySerializer.h"
 #include "app/entities/BoxEntity.h"
 #include "app/entities/FixJointEntity.h"
 #include "app/entities/HingeEntity.h"
@@ -15,6 +16,9 @@
 #include "physics/Polygon.h"
 #include "physics/SpringJoint.h"
 #include "physics/WorldGeom.h"
+
+#include <initializer_list>
+#include <limits>
 
 namespace app
 {
@@ -59,8 +63,6 @@ protected:
 
     static GeomPtr WorldGeom() { return Sim()->GetWorldGeom(); }
     static BodyPtr WorldBody() { return Sim()->GetWorldBody(); }
-    /// Without the world's.
-    static size_t BodyCount() { return Sim()->GetBodies().size() - 1; }
 
     /// In the scene, fastened at one point of the world.
     template<typename T>
@@ -77,6 +79,37 @@ protected:
                                    const Vec2& point = Vec2())
     {
         return Join<T>(a->GetGeom(), b->GetGeom(), point);
+    }
+
+    /// In the scene, fastened to what lies under the points.
+    template<typename T>
+    static util::SharedPtr<T> Join(const Vec2& a, const Vec2& b)
+    {
+        const util::SharedPtr<T> joint = QUIB_NEW T(0.2f);
+        const Vec2 points[2] = {a, b};
+        joint->AttachAt(points);
+        TheScene()->AddEntity(joint);
+        return joint;
+    }
+    static PenEntityPtr AddPen(const Vec2& pos)
+    {
+        const PenEntityPtr pen = QUIB_NEW PenEntity(0.2f);
+        pen->AttachAt(pos);
+        TheScene()->AddEntity(pen);
+        return pen;
+    }
+
+    /// Each of the settings costs the entity, if it is not a number.
+    template<typename T>
+    static void ExpectRefusesNaN(std::initializer_list<const char*> settings)
+    {
+        for (const char* name : settings)
+        {
+            EntitySerializer bag;
+            bag.Set(name, std::numeric_limits<float>::quiet_NaN());
+            T entity(1);
+            EXPECT_THROW(entity.Deserialize(bag), BadDataException) << name;
+        }
     }
 
     static bool IsThere(const EntityPtr& entity) { return TheScene()->HasEntity(entity); }

@@ -13,7 +13,6 @@ class SceneLoaderTest : public AppFixture
 protected:
     static Undoer* TheUndoer() { return Undoer::GetInstancePtr(); }
     static AppGUI* TheGUI() { return App::GetInstancePtr()->GetAppGUI().get(); }
-    static util::String Save() { return Serializer::GetInstancePtr()->SerializeScene(); }
 
     static void Write(const util::String& name, const util::String& text)
     {

@@ -15,32 +15,22 @@ class SceneSelectionTest : public AppFixture
 {
 protected:
     /// Circles of radius 1 at x = 0, 3, 6, ..., in the scene.
-    static std::vector<EntityPtr> AddCircles(int count)
+    static Entities AddCircles(int count)
     {
-        std::vector<EntityPtr> circles;
+        Entities circles;
         for (int i = 0; i < count; ++i)
             circles.push_back(
                 Add("Scene.addCircle { pos = [" + util::ToString(3 * i) + ".0, 0.0] }"));
         return circles;
     }
 
-    static GroupPtr GroupOf(const std::vector<EntityPtr>& entities)
-    {
-        const GroupPtr group = QUIB_NEW Group;
-        for (const EntityPtr& entity : entities)
-            group->Add(entity);
-        return group;
-    }
-
-    static std::vector<EntityPtr> Selected() { return TheScene()->GetSelection()->GetSorted(); }
+    static Entities Selected() { return TheScene()->GetSelection()->GetSorted(); }
 
     static physics::PolygonPtr Lasso(float x0, float y0, float x1, float y1)
     {
         return physics::Polygon::CreateBox(Vec2(x0, y0), Vec2(x1, y1), 1);
     }
 };
-
-using Entities = std::vector<EntityPtr>;
 
 TEST_F(SceneSelectionTest, TakesWhatIsPickedAsCtrlAndShiftSay)
 {

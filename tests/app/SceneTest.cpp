@@ -1,5 +1,6 @@
 #include "AppFixture.h"
 #include "HeldKeys.h"
+#include "PlainEntity.h"
 
 #include "app/Undoer.h"
 #include "physics/Particle.h"
@@ -20,11 +21,6 @@ namespace app
 namespace
 {
 using SceneTest = AppFixture;
-
-size_t BodyCount()
-{
-    return physics::Simulation::GetInstancePtr()->GetBodies().size() - 1;
-}
 
 TEST_F(SceneTest, PicksTheEntityOnTop)
 {
@@ -250,7 +246,7 @@ TEST_F(SceneTest, RemovesWhatFellOutOfTheWorld)
 }
 
 // Fails in its update, as long as it is told to.
-class FailingEntity final : public Entity
+class FailingEntity final : public test::PlainEntity
 {
 public:
     void Update(float) override
@@ -259,11 +255,6 @@ public:
         if (fails)
             QUIB_THROW(BadDataException("no more"));
     }
-    void Draw() const override {}
-    bool IsOnEntity(const Vec2&) const override { return false; }
-    bool ErasedBy(const physics::LinesegmentList&) const override { return false; }
-    bool IsContainedBy(const physics::Polygon&) const override { return false; }
-    void Transform(const math::Mat2D&) override {}
     void AddToSimulation() override
     {
         if (failsToAdd)
@@ -274,7 +265,6 @@ public:
         if (failsToGo)
             QUIB_THROW(BadDataException("not gone"));
     }
-    math::BoundingBox GetAABB() const override { return math::BoundingBox::Empty(); }
 
     bool fails = false, failsToAdd = false, failsToGo = false;
     int updates = 0;
@@ -403,6 +393,23 @@ TEST_F(SceneTest, GivesOfGroupsOfOneNameTheSameInEveryRun)
     EXPECT_EQ(groups[0], TheScene()->GetGroupByName("b"));
     const std::vector<GroupPtr> all = TheScene()->GetGroups();
     EXPECT_TRUE(std::equal(groups.begin(), groups.end(), all.begin() + 30));
+}
+
+TEST_F(SceneTest, FindsLargeGroupsOfOneNameInNoTime)
+{
+    Entities boxes;
+    for (int i = 0; i < 300; ++i)
+        boxes.push_back(Add("Scene.addBox { pos = [" + util::ToString(2 * i) + ".0, 0.0] }"));
+    for (int i = 0; i < 200; ++i)
+    {
+        const GroupPtr group = QUIB_NEW Group("a");
+        group->AddAll(GroupOf(boxes));
+        TheScene()->AddGroup(group);
+    }
+    const double start = Seconds();
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_TRUE(TheScene()->GetGroupByName("a"));
+    EXPECT_LT(Seconds() - start, 1);
 }
 
 TEST_F(SceneTest, SortsByDepthAndKeepsTheOrderOfEqualDepths)

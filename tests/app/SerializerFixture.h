@@ -14,7 +14,6 @@ protected:
         TheScene()->ClearScene();
         return TheSerializer()->Deserialize(text);
     }
-    static util::String Save() { return TheSerializer()->SerializeScene(); }
 
     /// The block of the n-th statement that begins with the words.
     static util::String Block(const util::String& text, const util::String& words, int n = 0)

@@ -1,6 +1,7 @@
 #include "app/Snapshot.h"
 
 #include "AppFixture.h"
+#include "PlainEntity.h"
 #include "app/Chain.h"
 #include "app/entities/FixJointEntity.h"
 #include "app/entities/HingeEntity.h"
@@ -22,17 +23,9 @@ using math::Vec4;
 namespace
 {
 // Counts how often it is read.
-class Reader final : public Entity
+class Reader final : public test::PlainEntity
 {
 public:
-    void Draw() const override {}
-    bool IsOnEntity(const Vec2&) const override { return false; }
-    bool ErasedBy(const physics::LinesegmentList&) const override { return false; }
-    bool IsContainedBy(const physics::Polygon&) const override { return false; }
-    void AddToSimulation() override {}
-    void RemoveFromSimulation() override {}
-    void Transform(const Mat2D&) override {}
-    math::BoundingBox GetAABB() const override { return math::BoundingBox(); }
     void Deserialize(const EntitySerializer& serializer) override
     {
         Entity::Deserialize(serializer);
@@ -48,8 +41,6 @@ public:
 class SnapshotTest : public AppFixture
 {
 protected:
-    static util::String Save() { return Serializer::GetInstancePtr()->SerializeScene(); }
-
     template<typename T>
     static util::SharedPtr<T> AddEntity(const util::String& code)
     {

@@ -172,13 +172,7 @@ TEST_F(SpringEntityTest, WritesAndReadsItsLength)
 
 TEST_F(SpringEntityTest, RefusesSettingsThatAreNoNumbers)
 {
-    for (const char* name : {"length", "strengthFactor", "dampingFactor"})
-    {
-        EntitySerializer bag;
-        bag.Set(name, std::numeric_limits<float>::quiet_NaN());
-        SpringEntity spring(1);
-        EXPECT_THROW(spring.Deserialize(bag), BadDataException) << name;
-    }
+    ExpectRefusesNaN<SpringEntity>({"length", "strengthFactor", "dampingFactor"});
 }
 
 TEST_F(SpringEntityTest, ClonesKeepTheTargetLength)
