@@ -3,6 +3,8 @@
 #include "physics/Geom.h"
 #include "util/Failures.h"
 
+#include <algorithm>
+
 namespace physics
 {
 using math::Cross;
@@ -80,15 +82,11 @@ bool Hinge::SolveInit()
     const Vec2 r0 = m_r[0] = p[0] - a.GetPos();
     const Vec2 r1 = m_r[1] = p[1] - b.GetPos();
 
-    // What velocity a unit impulse gives the anchors, and the softness that keeps it invertible where
-    // bodies are heavy.
     const float mass = a.GetSolverMassInv() + b.GetSolverMassInv();
     const float i0 = a.GetSolverInertiaInv();
     const float i1 = b.GetSolverInertiaInv();
-    const float k01 = -i0 * (r0.x * r0.y) - i1 * (r1.x * r1.y);
-    m_invK = Inverted(
-        math::TMatrix2<float>(mass + i0 * (r0.y * r0.y) + i1 * (r1.y * r1.y) + s_params.reg, k01,
-                              k01, mass + i0 * (r0.x * r0.x) + i1 * (r1.x * r1.x) + s_params.reg));
+    if (!CalcInverseMass(mass, i0, i1))
+        return false;
 
     const Vec2 relAcc = CalcAcceleration(b, r1) - CalcAcceleration(a, r0);
     const Vec2 relVel = b.GetVelAtWorld(p[1]) - a.GetVelAtWorld(p[0]);
@@ -120,6 +118,33 @@ bool Hinge::SolveInit()
         m_motorTotal *= factor;
         ApplyAngularImpulse(m_motorTotal);
     }
+    return true;
+}
+
+// Inverts K: the velocity that a unit impulse gives the anchors, and the softness that keeps it invertible
+// where bodies are heavy.
+//
+// In single precision long levers, whose squares stand in all elements, leave nothing of the masses in the
+// determinant: of its terms those that cancel are left out here. And in no more digits than the solver has,
+// what resists along a lever is lost beside what resists across it, and the body is thrown out of the world:
+// the softness is never less than such digits can tell.
+/// @return false when there is no inverse; the old one is kept then
+bool Hinge::CalcInverseMass(double massInv, double i0, double i1)
+{
+    const double x0 = m_r[0].x, y0 = m_r[0].y, x1 = m_r[1].x, y1 = m_r[1].y;
+    const double levers = i0 * (x0 * x0 + y0 * y0) + i1 * (x1 * x1 + y1 * y1);
+    const double soft = std::max(massInv + s_params.reg, 1e-7 * levers); // a NaN stays
+    const double cross = x0 * y1 - y0 * x1;
+    const double det = soft * soft + soft * levers + i0 * i1 * (cross * cross);
+    const math::TMatrix2<float> inverse(
+        static_cast<float>((soft + i0 * (x0 * x0) + i1 * (x1 * x1)) / det),
+        static_cast<float>((i0 * (x0 * y0) + i1 * (x1 * y1)) / det),
+        static_cast<float>((i0 * (x0 * y0) + i1 * (x1 * y1)) / det),
+        static_cast<float>((soft + i0 * (y0 * y0) + i1 * (y1 * y1)) / det));
+    if (!math::IsFinite(inverse.m00) || !math::IsFinite(inverse.m01) ||
+        !math::IsFinite(inverse.m11))
+        return false;
+    m_invK = inverse;
     return true;
 }
 

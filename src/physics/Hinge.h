@@ -74,6 +74,8 @@ public:
 private:
     friend class RowSolver;
 
+    bool CalcInverseMass(double massInv, double i0, double i1);
+
     GeomPtr m_geoms[2];
     math::Vec2 m_local[2];
     bool m_motor = false;
