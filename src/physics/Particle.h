@@ -47,8 +47,8 @@ public:
     float GetPressure() const { return m_pressure; }
     /// Force of the surface tension, of the last SPH::CalcForces.
     const math::Vec2& GetSurfaceForce() const { return m_surfaceForce; }
-    /// Of the last SPH::Update, itself as the first entry. Collected anew with each call. The pointers
-    /// hold for as long as no particle goes.
+    /// Of the last SPH::Update, itself as the first entry. For inspection: each call walks all particles of
+    /// the fluid. The pointers hold for as long as no particle goes.
     std::vector<Neighbor> GetNeighbors() const;
     /// Their number, itself included.
     size_t GetNeighborCount() const { return m_neighborCount; }

@@ -1,5 +1,6 @@
 #include "physics/SPH.h"
 
+#include "physics/CellCounts.h"
 #include "physics/ForEachAhead.h"
 #include "physics/SPHGrid.h"
 #include "util/Random.h"
@@ -46,9 +47,11 @@ struct SPH::Flat
     SPHGrid grid;
     SPHArrays arrays;
     util::VectorPOD<Particle*> particles;
-    // The cells that the settings ask for, when they are so small that neighbors are missed.
+    // The cells that the settings ask for, with room for eight more. They are counted; and where they are
+    // so small that neighbors are missed, these are.
+    util::VectorPOD<int32_t> cellX, cellY;
     bool hasSmallCells = false;
-    util::VectorPOD<int32_t> smallCellX, smallCellY;
+    CellCounts cellCounts;
 
     SPHPairs pairs;
     size_t pairCount = 0;                          // of the whole update
@@ -158,10 +161,9 @@ void SPH::FindNeighbors()
     Flat& f = *m_flat;
     const size_t n = m_particles.size();
     const float h = f.params.influenceRad;
-    SPHGrid::Statistics statistics;
     {
         util::ScopeProfiler profileHashing("Hashing particles");
-        statistics = f.grid.Sort(*f.kernels, f.x.data(), f.y.data(), n, GridCell * std::fabs(h));
+        f.grid.Sort(*f.kernels, f.x.data(), f.y.data(), n, GridCell * std::fabs(h));
 
         f.arrays.Resize(n);
         f.particles.resize(n);
@@ -177,21 +179,19 @@ void SPH::FindNeighbors()
         }
         f.grid.FindRanges(f.arrays);
 
-        // Cells of the size that is asked for part no neighbors, unless they are smaller than the
-        // influence distance: then whoever is more than a cell away is not seen.
+        // These part no neighbors, unless they are smaller than the influence distance: then whoever is
+        // more than a cell away is not seen.
         const float bucketSize = m_bucketSize;
+        const float cellSizeInv = 1 / (h * bucketSize);
+        int32_t range[2];
+        f.cellX.resize(n + 8);
+        f.cellY.resize(n + 8);
+        f.kernels->calcCells(f.arrays.x.data(), n, cellSizeInv, f.cellX.data(), range);
+        f.kernels->calcCells(f.arrays.y.data(), n, cellSizeInv, f.cellY.data(), range);
         f.hasSmallCells = !(std::fabs(bucketSize) >= 1);
-        if (f.hasSmallCells)
-        {
-            const float cellSizeInv = 1 / (h * bucketSize);
-            f.smallCellX.resize(n);
-            f.smallCellY.resize(n);
-            for (size_t i = 0; i < n; ++i)
-            {
-                f.smallCellX.data()[i] = SPHGrid::Cellify(f.arrays.x.data()[i], cellSizeInv);
-                f.smallCellY.data()[i] = SPHGrid::Cellify(f.arrays.y.data()[i], cellSizeInv);
-            }
-        }
+        f.cellCounts.Clear();
+        for (size_t i = 0; i < n; ++i)
+            f.cellCounts.Add(f.cellX.data()[i], f.cellY.data()[i]);
     }
     {
         util::ScopeProfiler profileLists("Building neighbor lists");
@@ -203,7 +203,8 @@ void SPH::FindNeighbors()
     char text[160];
     std::snprintf(text, sizeof(text),
                   "Number of elements:  %zu\nAverage bucket size: %g\nMaximum bucket size: %zu\n",
-                  statistics.occupied, double(n) / statistics.occupied, statistics.fullest);
+                  f.cellCounts.GetOccupied(), double(n) / f.cellCounts.GetOccupied(),
+                  f.cellCounts.GetFullest());
     f.hashInfo.assign(text);
     Report("hashInfo", f.hashInfo);
 }
@@ -245,8 +246,8 @@ void SPH::DropDistantCells()
     for (size_t k = 0; k < pairs.count; ++k)
     {
         const uint32_t a = pairs.first.data()[k], b = pairs.second.data()[k];
-        if (!touch(f.smallCellX.data()[a], f.smallCellX.data()[b]) ||
-            !touch(f.smallCellY.data()[a], f.smallCellY.data()[b]))
+        if (!touch(f.cellX.data()[a], f.cellX.data()[b]) ||
+            !touch(f.cellY.data()[a], f.cellY.data()[b]))
             continue;
         pairs.first.data()[kept] = a;
         pairs.second.data()[kept] = b;
@@ -405,7 +406,7 @@ std::vector<Particle::Neighbor> SPH::GetNeighbors(const Particle& particle) cons
         const float dx = f.arrays.x[i] - f.arrays.x[place], dy = f.arrays.y[i] - f.arrays.y[place];
         const float distSq = dx * dx + dy * dy;
         if (i == place || !(distSq < maxDistSq) ||
-            (f.hasSmallCells && (isFar(f.smallCellX, i) || isFar(f.smallCellY, i))))
+            (f.hasSmallCells && (isFar(f.cellX, i) || isFar(f.cellY, i))))
             continue;
         neighbors.push_back({f.particles[i], std::sqrt(distSq), dx, dy});
     }

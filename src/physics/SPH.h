@@ -21,7 +21,7 @@ public:
     SPH();
     ~SPH() override;
 
-    /// Which instructions the next updates use. The results are the same.
+    /// For tests: which instructions the next updates use. The results are the same.
     void SetInstructions(SPHKernels::Instructions instructions);
 
     /// Adds the forces that the particles exert on each other, ages the lonely ones, and brings all to
@@ -35,7 +35,8 @@ public:
     /// How far particles feel each other.
     float InfluenceDistance() const { return m_radius * m_influence; }
 
-    /// Of the last Update, in its order; empty for a particle that had no part in it.
+    /// Of the last Update, in its order; empty for a particle that had no part in it. For inspection: walks
+    /// all particles.
     std::vector<Particle::Neighbor> GetNeighbors(const Particle& particle) const;
 
     script::AttribWrapper<float> m_radius;         // particle radius

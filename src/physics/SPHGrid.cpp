@@ -1,6 +1,5 @@
 #include "physics/SPHGrid.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace physics
@@ -13,8 +12,8 @@ int32_t SPHGrid::Cellify(float x, float cellSizeInv)
     return out[0];
 }
 
-SPHGrid::Statistics SPHGrid::Sort(const SPHKernels& kernels, const float* x, const float* y,
-                                  size_t n, float cellSize)
+void SPHGrid::Sort(const SPHKernels& kernels, const float* x, const float* y, size_t n,
+                   float cellSize)
 {
     m_places.resize(n);
     m_keys.resize(n);
@@ -28,10 +27,13 @@ SPHGrid::Statistics SPHGrid::Sort(const SPHKernels& kernels, const float* x, con
     m_width = uint64_t(int64_t(rangeX[1]) - rangeX[0]) + 1;
     m_height = uint64_t(int64_t(rangeY[1]) - rangeY[0]) + 2;
     m_isDense = m_width * m_height <= 8 * n + 1024;
-    return m_isDense ? SortByCounting() : SortByRadix();
+    if (m_isDense)
+        SortByCounting();
+    else
+        SortByRadix();
 }
 
-SPHGrid::Statistics SPHGrid::SortByCounting()
+void SPHGrid::SortByCounting()
 {
     const size_t n = m_places.size();
     // Behind the last column lies another one, of which the last column asks the rows beside its own.
@@ -47,17 +49,13 @@ SPHGrid::Statistics SPHGrid::SortByCounting()
                   static_cast<uint32_t>(m_cellY.data()[i] - m_minY);
         ++starts[keys[i]];
     }
-    Statistics statistics;
-    uint32_t sum = 0, fullest = 0;
+    uint32_t sum = 0;
     for (size_t k = 0; k < size; ++k)
     {
         const uint32_t count = starts[k];
         starts[k] = sum;
         sum += count;
-        statistics.occupied += count != 0;
-        fullest = count > fullest ? count : fullest;
     }
-    statistics.fullest = fullest;
     for (size_t i = 0; i < n; ++i)
     {
         const uint32_t place = starts[keys[i]]++;
@@ -66,11 +64,10 @@ SPHGrid::Statistics SPHGrid::SortByCounting()
     }
     // Every start has moved on to the next one's, which makes the table one of ends; with the zero in
     // front it is one of starts again.
-    return statistics;
 }
 
 // From the low digit up, which is stable: Knuth 1998, "The art of computer programming", volume 3, 5.2.5.
-SPHGrid::Statistics SPHGrid::SortByRadix()
+void SPHGrid::SortByRadix()
 {
     const size_t n = m_places.size();
     m_records.resize(n);
@@ -98,21 +95,12 @@ SPHGrid::Statistics SPHGrid::SortByRadix()
             m_recordsBuffer.data()[starts[r.key >> shift & mask]++] = r;
         m_records.swap(m_recordsBuffer);
     }
-    Statistics statistics;
-    size_t start = 0; // of the cell
     for (size_t place = 0; place < n; ++place)
     {
         const Record& r = m_records.data()[place];
         m_places.data()[r.particle] = static_cast<uint32_t>(place);
         m_keys.data()[place] = r.key;
-        if (place == 0 || r.key != m_records.data()[place - 1].key)
-        {
-            start = place;
-            ++statistics.occupied;
-        }
-        statistics.fullest = std::max(statistics.fullest, place + 1 - start);
     }
-    return statistics;
 }
 
 void SPHGrid::FindRanges(SPHArrays& arrays) const

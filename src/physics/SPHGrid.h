@@ -15,21 +15,13 @@ namespace physics
 class SPHGrid
 {
 public:
-    // How full the cells are.
-    struct Statistics
-    {
-        size_t occupied = 0;
-        size_t fullest = 0; // particles in the fullest one
-    };
-
     /// The cell along one axis, truncated toward zero: the cells around the origin are twice as wide as
     /// the others. Held to +-1e9; -1e9 for what is not a number.
     static int32_t Cellify(float x, float cellSizeInv);
 
     /// @param x, y  positions, with seven elements more, which repeat the last
     /// @param cellSize  particles less than that apart are in cells that touch
-    Statistics Sort(const SPHKernels& kernels, const float* x, const float* y, size_t n,
-                    float cellSize);
+    void Sort(const SPHKernels& kernels, const float* x, const float* y, size_t n, float cellSize);
 
     /// The place of each particle in grid order.
     const util::VectorPOD<uint32_t>& GetPlaces() const { return m_places; }
@@ -43,8 +35,8 @@ private:
         uint32_t particle;
     };
 
-    Statistics SortByCounting();
-    Statistics SortByRadix();
+    void SortByCounting();
+    void SortByRadix();
 
     util::VectorPOD<int32_t> m_cellX, m_cellY;
     int32_t m_minX = 0, m_minY = 0;

@@ -5,6 +5,7 @@
 #include "SimulationFixture.h"
 #include "physics/SPHGrid.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -132,7 +133,7 @@ void SPHTest::ExpectSameNeighborsAsPlain(float bucketSize)
 // The size of the cells that SPH makes of its own, so that both have the same order.
 const float OwnCells = 1.0625f;
 
-TEST_F(SPHTest, HasItsSettingsUnderItsName)
+TEST_F(SPHTest, HasItsSettingsUnderItsNameInOrder)
 {
     EXPECT_EQ("SPH", sph.ToText());
     const struct
@@ -160,10 +161,24 @@ TEST_F(SPHTest, HasItsSettingsUnderItsName)
         ASSERT_TRUE(attrib) << name;
         EXPECT_TRUE(attrib->Get()) << name;
     }
-    size_t settings = 0;
+    // Statistics are constants. The order is that in which formulas are calculated.
+    std::vector<script::VariablePtr> settings;
     for (const script::VariablePtr& variable : sph.GetVariables())
-        settings += !variable->IsConstant(); // statistics are constants
-    EXPECT_EQ(15u, settings);
+        if (!variable->IsConstant())
+            settings.push_back(variable);
+    std::sort(settings.begin(), settings.end(),
+              [](const script::VariablePtr& a, const script::VariablePtr& b)
+              { return a->GetPointeeID() < b->GetPointeeID(); });
+    std::vector<std::string> names;
+    for (const script::VariablePtr& variable : settings)
+        names.push_back(variable->GetName());
+    const std::vector<std::string> inOrder = {
+        "radius",         "influence", "specialPressure", "velocitySmoothing",
+        "vaporizeTime",   "friction",  "restitution",     "soundSpeed",
+        "density",        "viscosity", "pressMultiplier", "viscMultiplier",
+        "surfaceTension", "jitter",    "bucketSize",
+    };
+    EXPECT_EQ(inOrder, names);
 }
 
 TEST_F(SPHTest, IsThePlainFormToTheBit)
@@ -423,6 +438,41 @@ TEST_F(SPHTest, ReportsAverages)
     UpdateFluid();
     EXPECT_NE(1.5f, report("AVG_neighCount"));
     EXPECT_EQ(1.5f, script::ObjectToValue<float>(kept));
+}
+
+TEST_F(SPHTest, ReportsTheCellsThatItsSettingsAskFor)
+{
+    const auto expect = [&](const char* elements, const char* average, const char* maximum)
+    {
+        UpdateFluid();
+        EXPECT_EQ(util::String("Number of elements:  ") + elements + "\nAverage bucket size: " +
+                      average + "\nMaximum bucket size: " + maximum + "\n",
+                  script::ObjectToValue<util::String>(sph.GetObject("hashInfo")))
+            << sph.m_bucketSize;
+    };
+    // Cells of 0.2: those around the origin are twice as wide. Three and one.
+    for (float x : {-0.15f, 0.05f, 0.15f, 0.25f})
+        AddDrop(Vec2(x, 0));
+    expect("2", "2", "3");
+    sph.m_bucketSize = 1.0f; // -1, 0, 1, 2
+    expect("4", "1", "1");
+    sph.m_bucketSize = -1.0f; // the same seen from the other side
+    expect("4", "1", "1");
+    sph.m_bucketSize = 3.0f;
+    expect("1", "4", "4");
+    sph.m_bucketSize = 0.1f;
+    expect("4", "1", "1");
+    // All that is right of the origin, all that is left of it.
+    sph.m_bucketSize = 0.0f;
+    expect("2", "2", "3");
+
+    // The counts of an update are its own.
+    sph.m_bucketSize = 2.0f;
+    sim.EraseWater();
+    AddDrop(Vec2(100, -100));
+    expect("1", "1", "1");
+    AddBlock(Vec2(0.5f, -40.5f), 1, 300, 1);
+    expect("301", "1", "1");
 }
 
 TEST_F(SPHTest, NewAttributesReachLivingParticlesInTheNextStep)
