@@ -18,6 +18,9 @@ namespace
 {
 // Beyond this many iterations nothing changes but the time that they take, without end.
 const int MaxIterations = 10000;
+// Nor would one step of the prioritised solver come to an end with more applications than that: seconds as
+// it is, where constraints have many neighbors.
+const int64_t MaxApplications = 2000000;
 }
 
 int Simulation::CalcIterations() const
@@ -140,7 +143,8 @@ void Simulation::PrioritizedSolver(const ConstraintList& constraints)
     }
 
     std::pmr::set<Constraint*, ConstraintCreationComparer> touched(&m_queueMemory);
-    const int64_t count = int64_t(CalcIterations()) * int64_t(constraints.size());
+    const int64_t count =
+        std::min(int64_t(CalcIterations()) * int64_t(constraints.size()), MaxApplications);
     for (int64_t i = 0; i < count; ++i)
     {
         Constraint* const largest = *queue.begin();

@@ -458,6 +458,19 @@ TEST_F(PrioritizedSolverTest, IteratesTenThousandTimesAtMost)
     EXPECT_TRUE(log.empty());
 }
 
+TEST_F(PrioritizedSolverTest, AppliesTwoMillionTimesAtMost)
+{
+    for (int i = 0; i < 250; ++i)
+    {
+        bodies.push_back(AddBox(Vec2(1, 1), Vec2(3 * i, 50)));
+        Add(static_cast<int>(bodies.size()) - 1, -1, i + 1.0f);
+    }
+    sim.Step(false);
+    sim.m_solveIter = 10000;
+    sim.PrioritizedSolver(list);
+    EXPECT_EQ(2000000u, log.size());
+}
+
 TEST_F(PrioritizedSolverTest, PutsWhatIsNotANumberLast)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
