@@ -150,6 +150,58 @@ TEST_F(SpringEntityTest, HasTheEnergyOfItsJoint)
     EXPECT_EQ(0, SpringEntity(1).CalcEnergy());
 }
 
+TEST_F(SpringEntityTest, HasNoEnergyBetweenEndsThatDoNotMove)
+{
+    const SpringPtr spring = Spring();
+    const auto suspend = [&](int i, bool suspended)
+    { spring->GetGeom(i)->GetBodyPtr()->SetSuspended(suspended); };
+    for (const float length : {4.0f, 3.0f}) // at rest and stretched
+    {
+        spring->SetTargetLength(length);
+        suspend(0, true);
+        EXPECT_EQ(JointOf(spring).CalcEnergy(), spring->CalcEnergy());
+        EXPECT_EQ(length == 3, spring->CalcEnergy() > 0);
+        suspend(1, true);
+        EXPECT_EQ(0, spring->CalcEnergy());
+        suspend(0, false);
+        EXPECT_EQ(JointOf(spring).CalcEnergy(), spring->CalcEnergy());
+        suspend(1, false);
+    }
+
+    const auto box = Box(Vec2(0, 3));
+    const SpringPtr toWorld = QUIB_NEW SpringEntity(0.2f);
+    toWorld->AttachToWorld(WorldGeom(), Vec2(0, 6), box->GetGeom(), Vec2(0, 3));
+    TheScene()->AddEntity(toWorld);
+    toWorld->SetTargetLength(1);
+    EXPECT_GT(toWorld->CalcEnergy(), 0);
+    box->GetGeom()->GetBodyPtr()->SetSuspended(true);
+    EXPECT_EQ(0, toWorld->CalcEnergy());
+}
+
+TEST_F(SpringEntityTest, PullsNothingWhileItsEndsAreHeldAndGoesOnWhenTheyAreReleased)
+{
+    const SpringPtr spring = Spring();
+    spring->SetTargetLength(3);
+    const auto suspend = [&](bool suspended)
+    {
+        for (int i = 0; i < 2; ++i)
+            spring->GetGeom(i)->GetBodyPtr()->SetSuspended(suspended);
+    };
+    suspend(true);
+    Frame(50);
+    for (int i = 0; i < 2; ++i)
+    {
+        const physics::AbstractBody& body = *spring->GetGeom(i)->GetBodyPtr();
+        EXPECT_EQ(Vec2(4.0f * i, 0), body.GetPos());
+        EXPECT_EQ(Vec2(), body.GetVel());
+        EXPECT_EQ(0, body.GetAngVel());
+    }
+    suspend(false);
+    Frame(50);
+    EXPECT_LT(spring->GetLine().Length(), 3.9f);
+    EXPECT_GT(spring->GetLine().Length(), 2.0f);
+}
+
 TEST_F(SpringEntityTest, WritesAndReadsItsLength)
 {
     const SpringPtr spring = Spring();

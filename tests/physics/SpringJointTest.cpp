@@ -103,6 +103,58 @@ TEST_F(SpringJointTest, TurnsBodiesByItsArms)
     EXPECT_FLOAT_EQ(-0.5f * a->GetForce().x, a->GetTorque());
 }
 
+TEST_F(SpringJointTest, DampsTheVelocitiesOfItsEndsNotOfTheirBodies)
+{
+    for (const bool first : {false, true})
+    {
+        const BodyPtr box = AddBox(Vec2(1, 1), Vec2(0, 5)); // inverse mass 1/2, inverse inertia 3
+        const BodyPtr world = sim.GetWorldBody();
+        const Vec2 end(0, 5.5f), fixed(3, 5.5f);
+        const SpringJointPtr spring =
+            first ? AddSpring(box, end, world, fixed) : AddSpring(world, fixed, box, end);
+        spring->SetDampingFactor(0.5f);
+        // The end half a unit above the center moves at -0.5 * 2 + 4 along the spring, toward the other one.
+        box->SetAngVel(2);
+        box->SetVel(Vec2(4, 7));
+        spring->ApplyForce();
+        const float mass = 1 / (0.5f + 3 * 0.25f);
+        const float damping = 2 * std::sqrt(mass * mass * 1000) * 0.5f;
+        EXPECT_NEAR(-3 * damping, box->GetForce().x, 1e-3f);
+        EXPECT_NEAR(0, box->GetForce().y, 1e-3f);
+        EXPECT_NEAR(-0.5f * -3 * damping, box->GetTorque(), 1e-3f);
+        // Turning alone, at the rate that has the end standing still, is not damped.
+        box->ClearForces();
+        box->SetAngVel(8);
+        spring->ApplyForce();
+        EXPECT_NEAR(0, box->GetForce().x, 1e-3f);
+        sim.Clear();
+    }
+}
+
+TEST_F(SpringJointTest, MovesNoSuspendedBody)
+{
+    const BodyPtr a = AddBox(Vec2(1, 1), Vec2(0, 5));
+    const BodyPtr b = AddBox(Vec2(1, 1), Vec2(4, 5));
+    const SpringJointPtr spring = AddSpring(a, Vec2(0, 5), b, Vec2(4, 5));
+    const SpringJointPtr toWorld = AddSpring(a, Vec2(0, 5), sim.GetWorldBody(), Vec2(0, 9));
+    spring->SetRestLength(3);
+    a->SetSuspended(true);
+    b->SetSuspended(true);
+    Steps(20);
+    for (const BodyPtr& body : {a, b})
+    {
+        EXPECT_EQ(Vec2(), body->GetForce());
+        EXPECT_EQ(0, body->GetTorque());
+        EXPECT_EQ(Vec2(), body->GetVel());
+    }
+    EXPECT_TRUE(sim.HasJoint(spring));
+    EXPECT_TRUE(sim.HasJoint(toWorld));
+    b->SetSuspended(false);
+    Steps(1);
+    EXPECT_LT(b->GetVel().x, 0);
+    EXPECT_TRUE(math::IsFinite(b->GetVel()));
+}
+
 TEST_F(SpringJointTest, TakesTheOtherBodysMassWhenHeldByTheWorld)
 {
     const BodyPtr a = AddBox(Vec2(1, 1), Vec2(0, 5));

@@ -129,7 +129,16 @@ math::BoundingBox SpringEntity::GetAABB() const
 
 float SpringEntity::CalcEnergy() const
 {
-    return m_joint ? m_joint->CalcEnergy() : 0;
+    if (!m_joint)
+        return 0;
+    // Infinitely stiff between ends neither of which moves: that says nothing, and would spoil every sum.
+    bool isMovable = false;
+    for (int i = 0; i < 2; ++i)
+    {
+        const physics::AbstractBody* body = m_joint->GetGeom(i)->GetBodyPtr();
+        isMovable |= body && !body->IsImmovable();
+    }
+    return isMovable ? m_joint->CalcEnergy() : 0;
 }
 
 void SpringEntity::Draw() const
