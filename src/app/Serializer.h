@@ -103,7 +103,7 @@ private:
     };
     static const std::vector<Kind>& GetKinds();
 
-    // The commands (SceneCommands.cpp).
+    // The commands (SerializerCommands.cpp).
     script::ObjectPtr Helper(const Kind& kind, const script::ObjectPtr& argument);
     void AddPlane(const EntitySerializer& serializer);
     void AddCircle(const EntitySerializer& serializer);
