@@ -5,6 +5,7 @@
 #include "app/FileInfo.h"
 #include "app/Serializer.h"
 #include "script/Parser.h"
+#include "script/Recursion.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,15 +48,24 @@ bool PolygonAsBox(EntitySerializer& serializer)
     serializer.Set("size", half * 2.0f);
     return true;
 }
-}
 
-void Serializer::DeserializeOld(const script::CodeBlock& program)
+// In the order in which they are made: joints name geometries and groups name entities, which must be
+// there by then.
+struct OldBlocks
 {
-    FileInfo::GetInstancePtr()->SetVersion(0);
-    const script::ClosurePtr closure = QUIB_NEW script::Closure(
-        "Deserialize_closure", script::Parser::GetInstancePtr()->GetRootClosure());
-    // Joints name geometries and groups name entities, which must be there by then.
     std::vector<EntitySerializer> geoms, joints, others;
+};
+
+/// Calls the blocks. What is none is logged.
+OldBlocks ReadOldBlocks(const script::CodeBlock& program)
+{
+    // Formulas look names up by way of it for as long as they live, and keep alive only the closure of
+    // their block. Nothing is ever assigned in it.
+    static const auto* const s_closure = new script::ClosurePtr(QUIB_NEW script::Closure(
+        "Deserialize_closure", script::Parser::GetInstancePtr()->GetRootClosure()));
+    // One for all of them.
+    const script::Allowance reading(script::MaxRunCost);
+    OldBlocks blocks;
     for (const script::ExpressionPtr& statement : program.GetElements())
     {
         try
@@ -67,24 +77,31 @@ void Serializer::DeserializeOld(const script::CodeBlock& program)
                     "Unknown garbage found in scene file: " + script::PrintShortened(*statement));
                 continue;
             }
+            const script::Identifier& target = *assignment->GetTarget();
+            const bool isDotted = bool(target.GetOwnerExpression());
             const script::ExpressionPtr& value = assignment->GetValue();
-            const util::String name = assignment->GetTarget()->GetName();
-            if (dynamic_cast<const script::FunctionDeclaration*>(value.get()))
+            if (!isDotted && dynamic_cast<const script::FunctionDeclaration*>(value.get()))
             {
-                const auto function = util::DynamicCast<script::Function>(value->Evaluate(closure));
+                const auto function =
+                    util::DynamicCast<script::Function>(value->Evaluate(*s_closure));
                 const EntitySerializer serializer = CallBlock(*function);
                 const util::String type = OldType(serializer);
-                (IsOneOf(type, {"polygon", "circle", "plane", "box"})    ? geoms
-                 : IsOneOf(type, {"fixjoint", "hinge", "spring", "pen"}) ? joints
-                                                                         : others)
+                (IsOneOf(type, {"polygon", "circle", "plane", "box"})    ? blocks.geoms
+                 : IsOneOf(type, {"fixjoint", "hinge", "spring", "pen"}) ? blocks.joints
+                                                                         : blocks.others)
                     .push_back(serializer);
             }
-            else if (name == "version")
+            else if (!isDotted && target.GetName() == "version")
+            {
+                // The value may be an assignment itself.
+                const script::ClosurePtr ownClosure =
+                    QUIB_NEW script::Closure("version", *s_closure);
                 FileInfo::GetInstancePtr()->SetVersion(
-                    script::ObjectToValue<int>(value->Evaluate(closure)));
+                    script::ObjectToValue<int>(value->Evaluate(ownClosure)));
+            }
             else
                 Log(logging::LogWarning,
-                    "Unknown constant declared in scene file: " + util::Shorten(name));
+                    "Unknown constant declared in scene file: " + script::PrintShortened(target));
         }
         catch (std::exception& e)
         {
@@ -93,7 +110,17 @@ void Serializer::DeserializeOld(const script::CodeBlock& program)
                 util::String("An error occurred while deserializing: ") + e.what());
         }
     }
-    for (auto* list : {&geoms, &joints, &others})
+    return blocks;
+}
+}
+
+void Serializer::DeserializeOld(const script::CodeBlock& program)
+{
+    FileInfo::GetInstancePtr()->SetVersion(0);
+    OldBlocks blocks = ReadOldBlocks(program);
+    // One of its own: what was read before that of the blocks ran out is still made.
+    const script::Allowance making(script::MaxRunCost);
+    for (auto* list : {&blocks.geoms, &blocks.joints, &blocks.others})
         for (EntitySerializer& serializer : *list)
             DeserializeOldEntity(serializer);
 }

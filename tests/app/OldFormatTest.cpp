@@ -252,6 +252,60 @@ TEST_F(OldFormatTest, NeverRunsATextThatStartsLikeAnEarlierFormat)
     }
 }
 
+// A text of blocks that multiply ran for hours: each had the time of a whole run.
+TEST_F(OldFormatTest, GivesAllBlocksTogetherTheTimeOfOneRun)
+{
+    // Strings cost much, and take little time.
+    util::String doubling = "s = \"0123456789abcdef\"; ";
+    for (int i = 0; i < 15; ++i)
+        doubling += "s = s + s; ";
+    util::String sums;
+    for (int i = 0; i < 1100; ++i)
+        sums += "s + s; ";
+    test::LogCapture log(logging::LogWarning);
+    Load("version = 1; a = { type = \"box\"; size = [2.0, 2.0] }; "
+         "hog = { " +
+         doubling + sums +
+         "type = \"circle\" }; "
+         "b = { type = \"box\"; size = [1.0, 1.0] }");
+    EXPECT_TRUE(log.Has("An error occurred while deserializing: Script runs too long"))
+        << log.Text();
+    // What was read before is there; for what comes behind nothing was left.
+    ASSERT_EQ(1u, TheScene()->GetEntities().size());
+    EXPECT_TRUE(Has(Save(), "size = [2.0, 2.0]"));
+    // The next text has all of its own.
+    Load("version = 1; a = { type = \"box\"; size = [2.0, 2.0] }");
+    EXPECT_EQ(1u, TheScene()->GetEntities().size());
+}
+
+TEST_F(OldFormatTest, FormulasGoOnAfterTheLoading)
+{
+    Load("version = 1; a = { type = \"box\"; half = 0.5; friction = { Sim.airDensity + half } }");
+    ASSERT_EQ(1u, TheScene()->GetEntities().size());
+    Sim()->m_airDensity = 0.25f;
+    test::LogCapture log(logging::LogWarning);
+    for (int i = 0; i < 2; ++i)
+        Parser()->Update();
+    EXPECT_EQ("", log.Text());
+    EXPECT_EQ(0.75f, EntityAt(0)->AsGeomEntity()->GetGeom()->GetFriction());
+    Sim()->m_airDensity = 0.01f;
+    EXPECT_TRUE(Has(Save(), "Sim.airDensity + half"));
+}
+
+TEST_F(OldFormatTest, TakesNoDottedNameForOneOfItsOwn)
+{
+    test::LogCapture log(logging::LogWarning);
+    Load("version = 1; FileInfo.version = 3; Scene.Camera.version = 7; Sim.gravity = [0.0, 0.0]; "
+         "Scene.box = { type = \"box\" }");
+    for (const char* name :
+         {"FileInfo.version", "Scene.Camera.version", "Sim.gravity", "Scene.box"})
+        EXPECT_TRUE(log.Has(util::String("Unknown constant declared in scene file: ") + name))
+            << log.Text();
+    EXPECT_EQ(1, FileInfo::GetInstancePtr()->GetVersion());
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    EXPECT_NE(Vec2(), Sim()->GetGravity());
+}
+
 TEST_F(OldFormatTest, MakesABoxOfAnEarlierRoundedBox)
 {
     const util::String rounded =
