@@ -134,7 +134,18 @@ void Group::RemoveAll(const EntitySet& entities)
 {
     if (&entities == &m_entities)
         return Clear();
-    for (const EntityPtr& entity : entities)
+    // The smaller one is walked: many entities may leave many groups.
+    if (entities.size() <= m_entities.size())
+    {
+        for (const EntityPtr& entity : entities)
+            Remove(entity);
+        return;
+    }
+    std::vector<EntityPtr> removed;
+    for (const EntityPtr& entity : m_entities)
+        if (entities.count(entity))
+            removed.push_back(entity);
+    for (const EntityPtr& entity : removed)
         Remove(entity);
 }
 

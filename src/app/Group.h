@@ -94,6 +94,7 @@ public:
     std::vector<EntityPtr> GetTransformEntities() const;
 
     void SerializeTo(EntitySerializer& serializer) const;
+    /// Before the group is in the scene, which finds it by its name.
     void Deserialize(const EntitySerializer& serializer);
 
 private:

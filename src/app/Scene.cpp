@@ -75,12 +75,18 @@ std::vector<GroupPtr> Scene::GetGroups() const
 
 GroupPtr Scene::GetGroupByName(const util::String& name) const
 {
-    // The set has no order that two runs would share.
-    GroupPtr first;
-    for (const GroupPtr& group : m_groups)
-        if (group->GetName() == name && (!first || IsBefore(group, first)))
-            first = group;
-    return first;
+    const auto namesakes = m_groupsByName.find(name);
+    if (namesakes == m_groupsByName.end())
+        return nullptr;
+    return *std::min_element(namesakes->second.begin(), namesakes->second.end(), IsBefore);
+}
+
+bool Scene::IsNameShared(const GroupPtr& group) const
+{
+    const auto namesakes = m_groupsByName.find(group->GetName());
+    return namesakes != m_groupsByName.end() &&
+           std::any_of(namesakes->second.begin(), namesakes->second.end(),
+                       [&group](const GroupPtr& other) { return other != group; });
 }
 
 GroupPtr Scene::GetOrCreateGroupByName(const util::String& name)
@@ -185,6 +191,7 @@ void Scene::RemoveEntity(const EntityPtr& entity)
     if (it != m_entities.end())
         m_entities.erase(it);
     Forget(keep);
+    RemoveFromGroups(keep);
     keep->RemoveFromSimulation();
 }
 
@@ -193,8 +200,13 @@ void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
     if (entities.empty())
         return;
     const std::vector<EntityPtr> keep = entities; // it may be our own list
+    EntitySet leaving(keep.size());
     for (const EntityPtr& entity : keep)
-        entity->m_isInScene = false;
+    {
+        Forget(entity);
+        leaving.insert(entity);
+    }
+    RemoveFromGroups(leaving);
     m_entities.erase(std::remove_if(m_entities.begin(), m_entities.end(),
                                     [](const EntityPtr& entity) { return !entity->m_isInScene; }),
                      m_entities.end());
@@ -218,7 +230,6 @@ void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
         const WeldBatch unwelding;
         for (const EntityPtr& entity : keep)
         {
-            Forget(entity);
             if (const GeomEntity* geomEntity = entity->AsGeomEntity())
                 geomEntities.push_back(geomEntity);
             else
@@ -233,7 +244,6 @@ void Scene::RemoveEntities(const std::vector<EntityPtr>& entities)
 void Scene::Forget(const EntityPtr& entity)
 {
     entity->m_isInScene = false;
-    RemoveFromGroups(entity);
     if (Serializer::Exists())
         Serializer::GetInstancePtr()->ForgetEntity(entity);
 }
@@ -245,6 +255,14 @@ void Scene::RemoveFromGroups(const EntityPtr& entity)
     // It need not be one of the scene's.
     if (const GroupPtr& tracked = m_camera->GetTrackedGroup())
         tracked->Remove(entity);
+}
+
+void Scene::RemoveFromGroups(const EntitySet& entities)
+{
+    for (const GroupPtr& group : m_groups)
+        group->RemoveAll(entities);
+    if (const GroupPtr& tracked = m_camera->GetTrackedGroup())
+        tracked->RemoveAll(entities);
 }
 
 void Scene::AddGroup(const GroupPtr& group)
@@ -264,12 +282,20 @@ void Scene::AddGroup(const GroupPtr& group)
             return;
     }
     m_groups.insert(group);
+    m_groupsByName[group->GetName()].push_back(group);
 }
 
 void Scene::RemoveGroup(const GroupPtr& group)
 {
-    if (group != m_selection)
-        m_groups.erase(group);
+    const GroupPtr removed = group; // it may lie in the set
+    if (removed == m_selection || !m_groups.count(removed))
+        return;
+    m_groups.erase(removed);
+    const auto namesakes = m_groupsByName.find(removed->GetName());
+    std::vector<GroupPtr>& list = namesakes->second;
+    list.erase(std::find(list.begin(), list.end(), removed));
+    if (list.empty())
+        m_groupsByName.erase(namesakes);
 }
 
 void Scene::DepthTagEntities()
@@ -338,7 +364,7 @@ void Scene::FlushBodies()
         std::sort(m_heldBodies.begin(), m_heldBodies.end());
 
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
-    std::vector<physics::BodyPtr> stray;
+    physics::BodyList stray;
     auto next = m_heldBodies.begin();
     for (const physics::BodyPtr& body : simulation->GetBodies())
     {
@@ -354,8 +380,7 @@ void Scene::FlushBodies()
             continue;
         stray.push_back(body);
     }
-    for (const physics::BodyPtr& body : stray)
-        simulation->RemoveBody(body);
+    simulation->RemoveBodies(stray);
 }
 
 void Scene::ZoomToScene()
@@ -418,6 +443,7 @@ void Scene::ClearScene()
             pen->RemoveFromSimulation();
     }
     m_groups.clear();
+    m_groupsByName.clear();
     m_selection->Clear();
     AddGroup(m_selection);
     m_title = "";

@@ -11,6 +11,7 @@
 #include "script/Reflected.h"
 #include "util/Singleton.h"
 
+#include <unordered_map>
 #include <vector>
 
 namespace physics
@@ -38,6 +39,8 @@ public:
     /// The first of them in the order of GetGroups; null when there is none.
     GroupPtr GetGroupByName(const util::String& name) const;
     GroupPtr GetOrCreateGroupByName(const util::String& name);
+    /// Whether the scene has another group of the same name.
+    bool IsNameShared(const GroupPtr& group) const;
     /// @param entity  null is never there
     bool HasEntity(const EntityPtr& entity) const;
     bool IsSelected(const EntityPtr& entity) const { return m_selection->Contains(entity); }
@@ -101,6 +104,7 @@ public:
 
     /// Takes the entity out of all groups, and out of what the camera follows.
     void RemoveFromGroups(const EntityPtr& entity);
+    void RemoveFromGroups(const EntitySet& entities);
 
     /// Writes each entity's place in the list to its zDepth.
     void DepthTagEntities();
@@ -133,7 +137,7 @@ public:
 private:
     void OnTitleChange();
     void RemoveEmptyGroups();
-    /// All that removing an entity is, but for the list of entities and the simulation.
+    /// All that removing an entity is, but for the list of entities, the groups and the simulation.
     void Forget(const EntityPtr& entity);
     /// In the list, the groups, the chains and the simulation.
     void ReplaceEntities(const EntityMap& map);
@@ -143,6 +147,8 @@ private:
     script::AttribWrapper<util::String> m_description;
     std::vector<EntityPtr> m_entities; // back to front: draw order, and the last is picked first
     util::HashSet<GroupPtr> m_groups;  // holds the selection at all times
+    // The same. A text can make thousands, and ask for one by name for each of thousands of entities.
+    std::unordered_map<util::String, std::vector<GroupPtr>> m_groupsByName;
     GroupPtr m_selection;
     util::SharedPtr<Camera> m_camera;
     std::vector<unsigned> m_heldBodies; // during FlushBodies

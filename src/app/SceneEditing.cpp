@@ -288,7 +288,7 @@ void Scene::ReplaceEntities(const EntityMap& map)
             place = clone;
             clone->m_isInScene = true;
             clone->AddToSimulation();
-            Forget(old);
+            Forget(old); // the groups know it no more
             leaving.push_back(old->AsGeomEntity());
             replaced.push_back(old);
         }
@@ -329,13 +329,18 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
 
     CloneBodies(ClonePairs(pairs.begin(), pairs.begin() + geomCount));
     CloneChains(pairs);
+    // Asking each group for each entity would take the product of both numbers.
+    std::unordered_map<const Entity*, std::vector<GroupPtr>> groupsOf;
+    for (const GroupPtr& other : m_groups)
+        for (const EntityPtr& member : other->GetEntities())
+            if (members.count(member))
+                groupsOf[member.get()].push_back(other);
     WeldBatch welding;
     for (const auto& [original, clone] : pairs)
     {
         clone->SetZDepth(original->GetZDepth());
-        for (const GroupPtr& other : m_groups)
-            if (other->Contains(original))
-                other->Add(clone);
+        for (const GroupPtr& other : groupsOf[original.get()])
+            other->Add(clone);
         AddEntity(clone);
         clones->Add(clone);
     }

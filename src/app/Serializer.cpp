@@ -411,11 +411,7 @@ void Serializer::SerializeWidget(script::CodeBlock& block, const Widget& widget,
     serializer.Set("widgetID", widget.GetID());
     // A name that another group bears tells nothing: the members alone tell which one it is.
     const GroupPtr& group = widget.GetGroup();
-    const std::vector<GroupPtr> groups = Scene::GetInstancePtr()->GetGroups();
-    const bool isAmbiguous =
-        std::any_of(groups.begin(), groups.end(),
-                    [&group](const GroupPtr& other)
-                    { return other != group && other->GetName() == group->GetName(); });
+    const bool isAmbiguous = Scene::GetInstancePtr()->IsNameShared(group);
     serializer.Set("groupID", isAmbiguous ? util::String() : group->GetName());
     serializer.Set("entityIDs", GetMemberIDs(*group, ids));
     serializer.Set("minimized", widget.IsMinimized());

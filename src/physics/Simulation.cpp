@@ -154,13 +154,21 @@ void Simulation::AddBody(BodyPtr body)
     body->m_isInSimulation = true;
 }
 
-void Simulation::RemoveBody(BodyPtr body)
+void Simulation::RemoveBodies(const BodyList& bodies)
 {
-    if (!body || body == m_worldBody || !body->m_isInSimulation)
-        return;
-    body->SetGeoms(GeomSet());
-    m_bodies.erase(std::find(m_bodies.begin(), m_bodies.end(), body));
-    body->m_isInSimulation = false;
+    bool isAnyHere = false;
+    for (const BodyPtr& body : bodies)
+    {
+        if (!body || body == m_worldBody || !body->m_isInSimulation)
+            continue;
+        body->SetGeoms(GeomSet());
+        body->m_isInSimulation = false;
+        isAnyHere = true;
+    }
+    if (isAnyHere)
+        m_bodies.erase(std::remove_if(m_bodies.begin(), m_bodies.end(),
+                                      [](const BodyPtr& body) { return !body->m_isInSimulation; }),
+                       m_bodies.end());
 }
 
 bool Simulation::HasBody(const util::SharedPtr<AbstractBody>& body) const

@@ -58,8 +58,10 @@ public:
     /// Does nothing when the body is there already. Constant time.
     /// @throws BadCoderException  when null
     void AddBody(BodyPtr body);
-    /// Detaches the body's geometries. Does nothing for the world body.
-    void RemoveBody(BodyPtr body);
+    /// Detaches the body's geometries. Does nothing for the world body, nor for one that is not here.
+    /// Takes the time of a walk over all bodies, however many are removed.
+    void RemoveBodies(const BodyList& bodies);
+    void RemoveBody(const BodyPtr& body) { RemoveBodies({body}); }
     bool HasBody(const util::SharedPtr<AbstractBody>& body) const;
     /// In order of addition, the world body first.
     const BodyList& GetBodies() const { return m_bodies; }

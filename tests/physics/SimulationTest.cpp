@@ -578,6 +578,39 @@ TEST_F(SimulationTest, DetachesTheGeometriesOfABodyThatIsRemoved)
     EXPECT_TRUE(sim.HasBody(body));
 }
 
+TEST_F(SimulationTest, RemovesManyBodiesAndKeepsTheOrderOfTheRest)
+{
+    std::vector<BodyPtr> bodies;
+    for (int i = 0; i < 6; ++i)
+        bodies.push_back(AddBox(Vec2(1, 1), Vec2(3.0f * i, 0)));
+    const BodyPtr stranger = QUIB_NEW Body;
+    sim.RemoveBodies({bodies[4], nullptr, bodies[1], stranger, bodies[1], sim.GetWorldBody()});
+    const BodyList rest = {sim.GetWorldBody(), bodies[0], bodies[2], bodies[3], bodies[5]};
+    EXPECT_EQ(rest, sim.GetBodies());
+    EXPECT_FALSE(sim.HasBody(bodies[1]));
+    EXPECT_FALSE(sim.HasBody(bodies[4]));
+    EXPECT_TRUE(bodies[4]->GetGeoms().empty());
+    EXPECT_TRUE(sim.HasBody(bodies[5]));
+    sim.RemoveBodies({});
+    sim.RemoveBodies(sim.GetBodies());
+    EXPECT_EQ(BodyList{sim.GetWorldBody()}, sim.GetBodies());
+}
+
+TEST_F(SimulationTest, RemovesManyBodiesInLinearTime)
+{
+    // The first ones: taken out one by one, each would move all behind it.
+    BodyList bodies;
+    for (int i = 0; i < 40000; ++i)
+    {
+        bodies.push_back(QUIB_NEW Body);
+        sim.AddBody(bodies.back());
+    }
+    const std::clock_t start = std::clock();
+    sim.RemoveBodies(bodies);
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
+    EXPECT_EQ(1u, sim.GetBodies().size());
+}
+
 TEST_F(SimulationTest, NeverRemovesTheWorldBody)
 {
     sim.RemoveBody(sim.GetWorldBody());

@@ -127,12 +127,14 @@ void GeomEntity::RemoveFromSimulation(const std::vector<const GeomEntity*>& enti
         CODE_ASSERT(rest.second.count(entity->m_geom));
         rest.second.erase(entity->m_geom);
     }
+    physics::BodyList empty;
     for (const auto& [id, rest] : rests)
     {
         rest.first->SetGeoms(rest.second);
         if (rest.second.empty())
-            physics::Simulation::GetInstancePtr()->RemoveBody(rest.first);
+            empty.push_back(rest.first);
     }
+    physics::Simulation::GetInstancePtr()->RemoveBodies(empty);
 }
 
 bool GeomEntity::IsAlive() const

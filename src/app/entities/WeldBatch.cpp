@@ -84,8 +84,9 @@ GeomSet Intersection(const GeomSet& a, const GeomSet& b)
 
 // --- welding ---
 
-// One body that takes over all others of its heap.
-void MergeBodies(std::vector<BodyPtr>& bodies)
+/// One body takes over all others of its heap.
+/// @param merged  gets those that are left without anything
+void MergeBodies(std::vector<BodyPtr>& bodies, physics::BodyList& merged)
 {
     std::sort(bodies.begin(), bodies.end(),
               [](const BodyPtr& a, const BodyPtr& b) { return a->GetID() < b->GetID(); });
@@ -94,8 +95,7 @@ void MergeBodies(std::vector<BodyPtr>& bodies)
         for (const GeomPtr& geom : body->GetGeoms())
             geoms.insert(geom);
     bodies[0]->SetGeoms(geoms);
-    for (size_t i = 1; i < bodies.size(); ++i)
-        Simulation::GetInstancePtr()->RemoveBody(bodies[i]);
+    merged.insert(merged.end(), bodies.begin() + 1, bodies.end());
 }
 
 void MakeWelds(const GeomPairs& welds)
@@ -123,9 +123,11 @@ void MakeWelds(const GeomPairs& welds)
     std::vector<std::vector<BodyPtr>> heaps(bodies.size());
     for (size_t i = 0; i < bodies.size(); ++i)
         heaps[sets.Find(static_cast<int>(i))].push_back(bodies[i]);
+    physics::BodyList merged;
     for (std::vector<BodyPtr>& heap : heaps)
         if (!heap.empty())
-            MergeBodies(heap);
+            MergeBodies(heap, merged);
+    Simulation::GetInstancePtr()->RemoveBodies(merged);
 }
 
 // --- unwelding ---
@@ -281,8 +283,14 @@ private:
                 leaving[newBody.from->GetID()].push_back(&newBody);
         // All of them leave before any is put on a body: to take a geometry from another body is to look
         // at all others there.
+        physics::BodyList empty;
         for (const auto& [id, newBodies] : leaving)
+        {
             Leave(newBodies[0]->from, newBodies);
+            if (newBodies[0]->from->GetGeoms().empty())
+                empty.push_back(newBodies[0]->from);
+        }
+        Simulation::GetInstancePtr()->RemoveBodies(empty);
         for (const NewBody& newBody : m_newBodies)
             if (!newBody.geoms.empty())
                 EnterNewBody(newBody);
@@ -306,10 +314,7 @@ private:
         }
         body0->SetGeoms(geomSets[0]);
         if (geomSets[0].empty())
-        {
             CODE_ASSERT(body0->GetID() != 0);
-            Simulation::GetInstancePtr()->RemoveBody(body0);
-        }
     }
 
     static void EnterNewBody(const NewBody& newBody)
