@@ -33,6 +33,7 @@ void SceneLoader::Do()
 {
     m_snapshot = Snapshot::TakeSnapshot();
     m_isLoaded = false;
+    m_settings = nullptr;
     try
     {
         m_isLoaded = Load();
@@ -73,7 +74,7 @@ bool SceneLoader::Load()
     const util::String text = files->ReadWholeFile(m_path);
     // What a file sets and no snapshot holds.
     m_settings = QUIB_NEW script::CodeBlock;
-    Serializer::GetInstancePtr()->SerializeSettings(*m_settings);
+    Serializer::GetInstancePtr()->SerializeSettings(*m_settings, Serializer::FadeSettings::Always);
     const FileInfo* info = FileInfo::GetInstancePtr();
     m_title = info->GetTitle();
     m_author = info->GetAuthor();

@@ -294,7 +294,7 @@ script::ExpressionList Serializer::GetMetaVarList()
     return list;
 }
 
-void Serializer::SerializeSettings(script::CodeBlock& block)
+void Serializer::SerializeSettings(script::CodeBlock& block, FadeSettings fadeSettings)
 {
     const physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
     const App* app = App::GetInstancePtr();
@@ -312,7 +312,7 @@ void Serializer::SerializeSettings(script::CodeBlock& block)
     AddSetting(block, *background, "drawClouds");
     AddSetting(block, *background, "skyColor");
     AddSetting(block, *app, "fadeColor");
-    if (app->GetFadeColor() != Vec3(0, 0, 0))
+    if (fadeSettings == FadeSettings::Always || app->GetFadeColor() != Vec3(0, 0, 0))
         for (const char* name : {"fadeScale", "fadeTranslate", "fadeRotate"})
             AddSetting(block, *app, name);
 }

@@ -71,8 +71,16 @@ public:
     /// @param ids  members that it does not know are left out; with null these are the ids of this run
     void SerializeGroup(script::CodeBlock& block, const GroupPtr& group,
                         const FileIDs* ids = nullptr);
+    // The course of the trail behind what is drawn. A file tells it only when there is a trail; who wants
+    // all settings back as they were needs it always.
+    enum class FadeSettings
+    {
+        WhenShown,
+        Always
+    };
     /// All that a scene sets but does not consist of: the world's, the look, and the view.
-    void SerializeSettings(script::CodeBlock& block);
+    void SerializeSettings(script::CodeBlock& block,
+                           FadeSettings fadeSettings = FadeSettings::WhenShown);
     /// @param widget  one that has a group
     /// @param ids     as with groups
     void SerializeWidget(script::CodeBlock& block, const Widget& widget,

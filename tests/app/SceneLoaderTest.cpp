@@ -3,6 +3,7 @@
 #include "AppFixture.h"
 #include "app/Action.h"
 #include "math/Vector.h"
+#include "script/ValueConversions.h"
 
 namespace app
 {
@@ -71,8 +72,48 @@ TEST_F(SceneLoaderTest, UndoBringsBackTheWholeSceneBefore)
     EXPECT_EQ("second.qib", FileInfo::GetInstancePtr()->GetFileName());
     TheUndoer()->Undo();
     EXPECT_EQ(first, Save());
-    Run("App.borders = true; App.fadeColor = [0.0, 0.0, 0.0]; App.fadeRotate = 0.0; Sim.airSwitch "
-        "= true");
+    // No file tells of a trail that is not shown.
+    EXPECT_EQ("0", Run("App.fadeRotate"));
+}
+
+TEST_F(SceneLoaderTest, UndoBringsBackTheTrailThoughNoneWasShown)
+{
+    Run("App.fadeScale = [0.5, 0.5]; App.fadeTranslate = [3.0, 4.0]; App.fadeRotate = 7.0");
+    Write("trail.qib", "FileInfo.version = 2; App.fadeColor = [1, 0, 0]; App.fadeScale = [2, 2];"
+                       "App.fadeTranslate = [1, 1]; App.fadeRotate = 5; Scene.addBox {}");
+    for (bool isImport : {false, true})
+    {
+        TheUndoer()->Do(QUIB_NEW SceneLoader(isImport, "trail.qib"));
+        ASSERT_EQ("5", Run("App.fadeRotate"));
+        TheUndoer()->Undo();
+        EXPECT_EQ("[0, 0, 0]", Run("App.fadeColor"));
+        EXPECT_EQ("[0.5, 0.5]", Run("App.fadeScale"));
+        EXPECT_EQ("[3, 4]", Run("App.fadeTranslate"));
+        EXPECT_EQ("7", Run("App.fadeRotate"));
+    }
+    // Files say nothing of it, still.
+    EXPECT_EQ(util::String::npos, Save().find("fade", Save().find("fadeColor") + 9));
+    Run("App.fadeTranslate = [0.0, 0.0]; App.fadeRotate = 0.0");
+    // As a number of a script it would be another.
+    App::GetInstancePtr()
+        ->FindVariable("fadeScale")
+        ->SetObject(script::ValueToObject(Vec2(0.95f, 0.95f)));
+}
+
+TEST_F(SceneLoaderTest, UndoOfALoadThatFailedKeepsWhatWasSetInstead)
+{
+    Write("gone.qib", "FileInfo.version = 2; FileInfo.title = \"Gone\"; Scene.addBox {}");
+    Run("Sim.gravity = [0.0, -1.0]");
+    TheUndoer()->Do(QUIB_NEW SceneLoader(false, "gone.qib"));
+    TheUndoer()->Undo();
+    Run("Sim.gravity = [0.0, -2.0]; FileInfo.author = \"Me\"");
+    boost::filesystem::remove(Dir() / "scenes/gone.qib");
+    test::LogCapture log;
+    TheUndoer()->Redo();
+    EXPECT_TRUE(log.Has("Tried to load non-existing file: ")) << log.Text();
+    TheUndoer()->Undo();
+    EXPECT_EQ(Vec2(0, -2), Sim()->GetGravity());
+    EXPECT_EQ("Me", FileInfo::GetInstancePtr()->GetAuthor());
 }
 
 TEST_F(SceneLoaderTest, RedoReadsTheFileAgain)
@@ -173,6 +214,46 @@ TEST_F(SceneLoaderTest, UndoOfAnImportTakesBackTextsAndSettings)
     ASSERT_NE(before, Save());
     TheUndoer()->Undo();
     EXPECT_EQ(before, Save());
+}
+
+TEST_F(SceneLoaderTest, AnImportLeavesTheFileOfTheSceneAlone)
+{
+    Write("home.qib", "FileInfo.version = 2; Scene.addBox {}");
+    Write("wheel.qib", "FileInfo.version = 2; Scene.addCircle {}");
+    TheGUI()->LoadScene("home.qib", false);
+    const auto fileName = [] { return FileInfo::GetInstancePtr()->GetFileName(); };
+    TheUndoer()->Do(QUIB_NEW SceneLoader(true, "wheel.qib"));
+    EXPECT_EQ("home.qib", fileName());
+    TheUndoer()->Undo();
+    EXPECT_EQ("home.qib", fileName());
+    TheUndoer()->Redo();
+    EXPECT_EQ("home.qib", fileName());
+}
+
+// Deliberate: it is done again, to what has become of the scene since.
+TEST_F(SceneLoaderTest, RedoOfAnImportBringsItIntoTheSceneAsItIsThen)
+{
+    Write("wheel.qib", "FileInfo.version = 2; Scene.addCircle {}");
+    const auto old = Add("Scene.addBox {}");
+    TheUndoer()->Do(QUIB_NEW SceneLoader(true, "wheel.qib"));
+    TheUndoer()->Undo();
+    old->Transform(math::Mat2D::Translation(Vec2(5, 0)));
+    const util::String moved = Save();
+    TheUndoer()->Redo();
+    EXPECT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_EQ(Vec2(5, 0), old->GetGeom()->GetCenter());
+    TheUndoer()->Undo();
+    EXPECT_EQ(moved, Save());
+}
+
+TEST_F(SceneLoaderTest, TellsWhichSceneItHasLoaded)
+{
+    Write("told.qib", "FileInfo.version = 2; Scene.addBox {}");
+    test::LogCapture progress(logging::LogVerbose);
+    TheUndoer()->Do(QUIB_NEW SceneLoader(false, "told.qib"));
+    EXPECT_TRUE(
+        progress.Has("Loaded scene " + util::FileSystem::GetInstancePtr()->SceneDir() + "told.qib"))
+        << progress.Text();
 }
 
 TEST_F(SceneLoaderTest, AFileCanNotUndoItsOwnLoading)
