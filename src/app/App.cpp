@@ -26,6 +26,7 @@
 #include <GL/gl.h>
 #include <SDL_keysym.h>
 
+#include <algorithm>
 #include <cmath>
 
 using math::IsFinite;
@@ -106,6 +107,12 @@ App::~App() = default;
 void App::CreateGUI()
 {
     m_appGUI->Rebuild();
+}
+
+unsigned long App::GetMaxUndo() const
+{
+    // A script's integer below 0 arrives as a huge number: it would be no limit.
+    return static_cast<unsigned long>(std::max(0, static_cast<int>(m_maxUndo.Get())));
 }
 
 void App::AddOnMaxUndoChange(const util::CallbackPtr& callback)

@@ -65,7 +65,7 @@ public:
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
     int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
     /// How much can be undone, and redone.
-    unsigned long GetMaxUndo() const { return m_maxUndo; }
+    unsigned long GetMaxUndo() const;
     void AddOnMaxUndoChange(const util::CallbackPtr& callback);
     bool GetBorders() const { return m_borders; }
     bool GetDrawOBBs() const { return m_drawOBBs; }

@@ -199,6 +199,15 @@ TEST_F(UndoerTest, RemembersNothingAtALimitOfNothing)
     EXPECT_FALSE(TheUndoer()->GetNextUndo());
 }
 
+TEST_F(UndoerTest, TakesALimitBelowNothingForNothing)
+{
+    TheUndoer()->Do(MakeNote());
+    Run("App.maxUndo = -1");
+    EXPECT_FALSE(TheUndoer()->GetNextUndo());
+    TheUndoer()->Do(MakeNote());
+    EXPECT_FALSE(TheUndoer()->GetNextUndo());
+}
+
 TEST_F(UndoerTest, ObeysScripts)
 {
     TheUndoer()->Do(MakeNote());
