@@ -58,10 +58,11 @@ struct Anchor
     void WriteTo(EntitySerializer& serializer, const physics::GeomPtr& at, const Vec2& point,
                  const Serializer::FileIDs& ids) const
     {
-        const auto id = ids.geoms.find(at->GetID());
-        const bool isInText = id != ids.geoms.end();
-        serializer.Set(geom, isInText ? id->second : -1);
-        if (isInText)
+        // Every text knows the world's.
+        const auto found = ids.geoms.find(at->GetID());
+        const int id = at->GetID() == 0 ? 0 : found != ids.geoms.end() ? found->second : -1;
+        serializer.Set(geom, id);
+        if (id >= 0)
             serializer.Set(local, point);
         else
             serializer.Set(world, math::TransformCoordinate(at->GetPose(), point));
@@ -320,16 +321,17 @@ void Serializer::SerializeSettings(script::CodeBlock& block, FadeSettings fadeSe
 Serializer::FileIDs Serializer::SerializeEntities(script::CodeBlock& block,
                                                   const std::vector<EntityPtr>& entities)
 {
-    Scene* scene = Scene::GetInstancePtr();
-    scene->DepthTagEntities();
-    // As they will stand once the dead are gone: a text read and written again is the same.
+    // As they will stand once the dead are gone: a text read and written again is the same. A dead one
+    // shares its depth with the next, behind which it lies.
     float depth = 0;
-    for (const EntityPtr& entity : scene->GetEntities())
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+    {
+        entity->SetZDepth(depth);
         if (entity->IsAlive())
-            entity->SetZDepth(depth++);
+            ++depth;
+    }
     FileIDs ids;
     ids.chainPlaces = FindChainPlaces(entities);
-    ids.geoms[physics::Simulation::GetInstancePtr()->GetWorldGeom()->GetID()] = 0;
     // Whoever reads knows a geometry before anything refers to it.
     std::vector<const Entity*> others;
     for (const EntityPtr& entity : entities)
@@ -338,7 +340,7 @@ Serializer::FileIDs Serializer::SerializeEntities(script::CodeBlock& block,
             continue;
         if (const GeomEntity* geomEntity = entity->AsGeomEntity())
         {
-            ids.geoms.emplace(geomEntity->GetGeom()->GetID(), static_cast<int>(ids.geoms.size()));
+            NumberOf(ids.geoms, geomEntity->GetGeom()->GetID());
             SerializeEntity(block, *entity, ids);
         }
         else

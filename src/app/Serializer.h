@@ -38,7 +38,7 @@ public:
     struct FileIDs
     {
         std::unordered_map<unsigned long, unsigned long> entities; // of this run -> in the text
-        std::unordered_map<unsigned, int> geoms;                   // the world's is 0 in every text
+        std::unordered_map<unsigned, int> geoms; // not the world's, which is 0 in every text
         std::unordered_map<unsigned long, unsigned long> chains;
         std::unordered_map<unsigned long, ChainPlace> chainPlaces; // by the entity's id of this run
     };

@@ -26,7 +26,6 @@
 #include "script/Recursion.h"
 #include "script/Tokenizer.h"
 
-#include <algorithm>
 #include <limits>
 #include <unordered_set>
 
@@ -134,10 +133,8 @@ void Serializer::AddCircle(const EntitySerializer& serializer)
 
 void Serializer::AddPolygon(const EntitySerializer& serializer)
 {
-    const math::Vec2List vecs = serializer.Get<math::Vec2List>("vecs");
-    if (!std::all_of(vecs.begin(), vecs.end(), [](const Vec2& v) { return math::IsFinite(v); }))
-        QUIB_THROW(BadDataException("Bad polygon"));
-    const physics::PolygonPtr geom = QUIB_NEW physics::Polygon(vecs);
+    const physics::PolygonPtr geom =
+        QUIB_NEW physics::Polygon(serializer.Get<math::Vec2List>("vecs"));
     AddGeomEntity(serializer, QUIB_NEW PolyEntity(geom));
 }
 

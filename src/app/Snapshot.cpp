@@ -4,7 +4,7 @@
 #include "app/AppGUI.h"
 #include "app/Camera.h"
 #include "app/Chain.h"
-#include "app/EntitySerializer.h"
+#include "app/EntityState.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -21,11 +21,9 @@
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/Failures.h"
+#include "util/SameBits.h"
 #include "util/ScopeProfiler.h"
 
-#include <algorithm>
-#include <cstring>
-#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -47,102 +45,7 @@ GroupPtr CopyMembersInScene(const Group& group)
             copy->Add(entity);
     return copy;
 }
-
-/// The one copy of the key, for keys are few and their uses many.
-const util::String* Intern(const util::String& key)
-{
-    static auto* keys = new std::unordered_set<util::String>;
-    return &*keys->insert(key).first;
 }
-
-/// 0 and -0 are two values.
-template<typename T>
-bool HasSameBits(const T& a, const T& b)
-{
-    static_assert(std::is_trivially_copyable_v<T>);
-    return std::memcmp(&a, &b, sizeof(T)) == 0;
-}
-
-template<typename List>
-bool HaveSameBits(const List& a, const List& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      HasSameBits<typename List::value_type>);
-}
-
-template<typename T>
-const T& ValueOf(const script::ObjectPtr& object)
-{
-    return static_cast<const script::Value<T>&>(*object).GetValue();
-}
-
-bool IsSameValue(const script::ObjectPtr& a, const script::ObjectPtr& b)
-{
-    if (a == b)
-        return true;
-    if (!a || !b || a->GetKind() != b->GetKind())
-        return false;
-    switch (a->GetKind())
-    {
-    case script::ObjectKind::Bool:
-        return ValueOf<bool>(a) == ValueOf<bool>(b);
-    case script::ObjectKind::Int:
-        return ValueOf<script::Int>(a) == ValueOf<script::Int>(b);
-    case script::ObjectKind::Float:
-        return HasSameBits(ValueOf<script::Float>(a), ValueOf<script::Float>(b));
-    case script::ObjectKind::String:
-        return ValueOf<util::String>(a) == ValueOf<util::String>(b);
-    case script::ObjectKind::List:
-    {
-        const script::ObjectList& listA = static_cast<const script::List&>(*a).GetElements();
-        const script::ObjectList& listB = static_cast<const script::List&>(*b).GetElements();
-        return std::equal(listA.begin(), listA.end(), listB.begin(), listB.end(), IsSameValue);
-    }
-    default:
-        return false;
-    }
-}
-}
-
-// What an EntitySerializer holds, in little room.
-class Snapshot::EntityState : public util::Pointee
-{
-public:
-    /// The older state itself, when the entity says the same as it did then.
-    /// @param older  of the same entity, may be null; equal values are shared with it
-    static EntityStatePtr Make(const Entity& entity, const EntityStatePtr& older)
-    {
-        EntitySerializer serializer(EntitySerializer::Defaults::Keep);
-        entity.SerializeTo(serializer);
-        util::SharedPtr<EntityState> state = QUIB_NEW EntityState;
-        state->m_values.reserve(serializer.GetValues().size());
-        bool isSame = older && older->m_values.size() == serializer.GetValues().size();
-        for (const auto& value : serializer.GetValues())
-        {
-            const util::String* key = Intern(value.first);
-            const size_t i = state->m_values.size();
-            state->m_values.emplace_back(key, value.second);
-            const bool isEqual = older && i < older->m_values.size() &&
-                                 older->m_values[i].first == key &&
-                                 IsSameValue(older->m_values[i].second, value.second);
-            if (isEqual)
-                state->m_values[i].second = older->m_values[i].second;
-            isSame = isSame && isEqual;
-        }
-        return isSame ? older : EntityStatePtr(state.get());
-    }
-
-    void Deserialize(Entity& entity) const
-    {
-        EntitySerializer serializer(EntitySerializer::Defaults::Keep);
-        for (const auto& value : m_values)
-            serializer.SetObject(*value.first, value.second);
-        entity.Deserialize(serializer);
-    }
-
-private:
-    std::vector<std::pair<const util::String*, script::ObjectPtr>> m_values;
-};
 
 // The helpers of an older snapshot by what they are about. Mostly they stand where they stood.
 class Snapshot::HelperFinder
@@ -207,13 +110,13 @@ public:
     bool IsSame(const RestoreHelper& other) const override
     {
         const auto& o = static_cast<const BodyInfo&>(other);
-        return m_geoms == o.m_geoms && HasSameBits(m_placement.pos, o.m_placement.pos) &&
-               HasSameBits(m_placement.rot, o.m_placement.rot) &&
-               HasSameBits(m_placement.mass, o.m_placement.mass) &&
-               HasSameBits(m_placement.inertia, o.m_placement.inertia) &&
-               HasSameBits(m_placement.area, o.m_placement.area) &&
-               HaveSameBits(m_placement.geomsToBody, o.m_placement.geomsToBody) &&
-               HasSameBits(m_vel, o.m_vel) && HasSameBits(m_angVel, o.m_angVel) &&
+        return m_geoms == o.m_geoms && util::HasSameBits(m_placement.pos, o.m_placement.pos) &&
+               util::HasSameBits(m_placement.rot, o.m_placement.rot) &&
+               util::HasSameBits(m_placement.mass, o.m_placement.mass) &&
+               util::HasSameBits(m_placement.inertia, o.m_placement.inertia) &&
+               util::HasSameBits(m_placement.area, o.m_placement.area) &&
+               util::HaveSameBits(m_placement.geomsToBody, o.m_placement.geomsToBody) &&
+               util::HasSameBits(m_vel, o.m_vel) && util::HasSameBits(m_angVel, o.m_angVel) &&
                m_isInSimulation == o.m_isInSimulation;
     }
 
@@ -265,7 +168,7 @@ public:
     void Restore() const override
     {
         // Nothing is in the simulation now, the world apart, to which it may have been welded.
-        if (auto* weld = const_cast<FixJointEntity*>(m_joint->AsFixJointEntity()))
+        if (auto* weld = m_joint->ToFixJointEntity())
             weld->ForgetWeld();
         m_joint->AttachToLocal(m_geoms[0], m_localPoints[0], m_geoms[1], m_localPoints[1]);
     }
@@ -274,8 +177,8 @@ public:
     {
         const auto& o = static_cast<const JointInfo&>(other);
         return m_geoms[0] == o.m_geoms[0] && m_geoms[1] == o.m_geoms[1] &&
-               HasSameBits(m_localPoints[0], o.m_localPoints[0]) &&
-               HasSameBits(m_localPoints[1], o.m_localPoints[1]);
+               util::HasSameBits(m_localPoints[0], o.m_localPoints[0]) &&
+               util::HasSameBits(m_localPoints[1], o.m_localPoints[1]);
     }
 
 private:
@@ -305,8 +208,8 @@ public:
     bool IsSame(const RestoreHelper& other) const override
     {
         const auto& o = static_cast<const PenInfo&>(other);
-        return m_geom == o.m_geom && HasSameBits(m_localPoint, o.m_localPoint) &&
-               HaveSameBits(m_trail, o.m_trail);
+        return m_geom == o.m_geom && util::HasSameBits(m_localPoint, o.m_localPoint) &&
+               util::HaveSameBits(m_trail, o.m_trail);
     }
 
 private:

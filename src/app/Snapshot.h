@@ -18,8 +18,9 @@ class Particle;
 
 namespace app
 {
-class EntitySerializer;
+class EntityState;
 class Snapshot;
+using EntityStatePtr = util::SharedPtr<const EntityState>;
 using SnapshotPtr = util::SharedPtr<Snapshot>;
 
 class Snapshot : public util::Pointee
@@ -32,8 +33,8 @@ public:
     static SnapshotPtr TakeSnapshot();
 
     /// Any number of times. Brings back the entity objects themselves, in their order; bodies and
-    /// particles to the bit, with their velocities; the view; and groups and widgets, as new objects. Whether the
-    /// simulation runs is not part of it, nor are its settings.
+    /// particles to the bit, with their velocities; the view; and groups and widgets, as new objects.
+    /// Whether the simulation runs is not part of it, nor are its settings.
     ///
     /// Entities that were dead by then, and which the next update of the scene would have removed, are no
     /// part of it. One that can't be brought back is logged and left out.
@@ -65,8 +66,6 @@ private:
     class JointInfo;
     class PenInfo;
     class EntChainInfo;
-    class EntityState;
-    using EntityStatePtr = util::SharedPtr<const EntityState>;
 
     Snapshot();
 

@@ -26,6 +26,7 @@ public:
 
     const JointEntity* AsJointEntity() const override { return this; }
     virtual const FixJointEntity* AsFixJointEntity() const { return nullptr; }
+    FixJointEntity* ToFixJointEntity() { return const_cast<FixJointEntity*>(AsFixJointEntity()); }
 
     /// A joint of the same kind, size, geometries and points, which is in neither scene nor simulation.
     /// Attributes, colour and buttons have their defaults.
