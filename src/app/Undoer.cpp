@@ -136,13 +136,6 @@ void Undoer::AddOnChangeCallback(const util::CallbackPtr& callback)
     m_onChange.Add(callback);
 }
 
-void Undoer::Clear()
-{
-    m_undo.clear();
-    m_redo.clear();
-    m_onChange.CallAll();
-}
-
 void Undoer::AddUndoPrivate(const ActionPtr& action)
 {
     m_undo.push_back(action);

@@ -1,5 +1,8 @@
 // What was done and can be undone, and what was undone and can be redone. Made by the App, never
 // destroyed; both stacks outlive the loading of scenes, which is an action itself.
+//
+// While an action is under way, as when a scene is loaded or brought back, all calls that would change the
+// stacks are refused with a line in the log: a script in that scene could call for them.
 #pragma once
 
 #include "app/Action.h"
@@ -10,9 +13,6 @@
 
 namespace app
 {
-//
-// While an action is under way, as when a scene is loaded or brought back, all calls that would change the
-// stacks are refused with a line in the log: a script in that scene could call for them.
 class Undoer : public util::Pointee, public util::Singleton<Undoer>
 {
 public:
@@ -38,9 +38,6 @@ public:
 
     /// Called after each change of what can be undone and redone.
     void AddOnChangeCallback(const util::CallbackPtr& callback);
-
-    /// Forgets everything.
-    void Clear();
 
 private:
     bool IsBusy() const;

@@ -86,6 +86,9 @@ public:
         return entity->GetObject(name)->ToText();
     }
 
+    /// Empties both stacks. The limit is then the usual one.
+    static void ForgetUndo() { Run("App.maxUndo = 0; App.maxUndo = 25"); }
+
     static void StartServices()
     {
         static bool isStarted = false;
@@ -121,7 +124,7 @@ protected:
         Sim()->m_gravity = math::Vec2(0, -9.8f);
         Sim()->m_gravitySwitch = true;
         Sim()->m_running = true;
-        Undoer::GetInstancePtr()->Clear();
+        ForgetUndo();
         App::GetInstancePtr()->GetAppGUI()->PostponeAutosave();
     }
 };

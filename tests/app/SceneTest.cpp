@@ -490,7 +490,7 @@ TEST_F(SceneTest, CanBeClearedForATime)
     EXPECT_EQ(1u, TheScene()->GetEntities().size());
     Undoer::GetInstancePtr()->Redo();
     EXPECT_TRUE(TheScene()->GetEntities().empty());
-    Undoer::GetInstancePtr()->Clear();
+    ForgetUndo();
 }
 
 TEST_F(SceneTest, LeavesNothingWhenCleared)

@@ -610,7 +610,7 @@ TEST_F(SnapshotTest, FreesEverythingWithTheLastOfThem)
         for (int i = 0; i < 3; ++i)
             Undoer::GetInstancePtr()->Redo();
         TheScene()->ClearScene();
-        Undoer::GetInstancePtr()->Clear();
+        ForgetUndo();
         Step(1);
         Sim()->Clear();
         util::AbstractCallbackSet::FlushCallbackSets();
