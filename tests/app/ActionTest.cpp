@@ -144,6 +144,21 @@ TEST_F(ActionTest, ErasesJointsBeforeWhatTheyHold)
     EXPECT_EQ(0u, TheScene()->GetEntities().size());
 }
 
+// Deliberate: it is done again, to what has become of the scene since.
+TEST_F(ActionTest, RedoErasesFromTheSceneAsItIsThen)
+{
+    const auto a = Add("Scene.addBox {}"), b = Add("Scene.addBox { pos = [3, 0] }");
+    TheUndoer()->Do(QUIB_NEW EraseEntities(QUIB_NEW Group(EntityPtr(a))));
+    TheUndoer()->Undo();
+    b->Transform(math::Mat2D::Translation(Vec2(0, 5)));
+    TheUndoer()->Redo();
+    EXPECT_FALSE(TheScene()->HasEntity(a));
+    EXPECT_EQ(Vec2(3, 5), b->GetGeom()->GetCenter());
+    TheUndoer()->Undo();
+    EXPECT_TRUE(TheScene()->HasEntity(a));
+    EXPECT_EQ(Vec2(3, 5), b->GetGeom()->GetCenter());
+}
+
 TEST_F(ActionTest, ClearingTheSceneCanBeUndone)
 {
     const auto box = Add("Scene.addBox {}");

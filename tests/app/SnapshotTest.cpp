@@ -3,15 +3,21 @@
 #include "AppFixture.h"
 #include "PlainEntity.h"
 #include "app/Chain.h"
+#include "app/entities/FiniteGeomEntity.h"
 #include "app/entities/FixJointEntity.h"
 #include "app/entities/HingeEntity.h"
 #include "app/entities/PenEntity.h"
 #include "app/entities/SpringEntity.h"
 #include "app/widgets/Widget.h"
+#include "input/DirInput.h"
+#include "physics/Joint.h"
 #include "physics/Particle.h"
+#include "physics/WorldGeom.h"
 #include "script/Parser.h"
 
 #include <malloc.h>
+
+#include <limits>
 
 namespace app
 {
@@ -35,6 +41,21 @@ public:
 
     int m_readCount = 0;
     util::String m_versions;
+};
+
+// Does not leave at once.
+class StubbornJoint final : public physics::Joint
+{
+public:
+    using Joint::Joint;
+    void Deactivate() override
+    {
+        if (m_tries++ == 0)
+            QUIB_THROW(BadDataException("no way"));
+    }
+
+private:
+    int m_tries = 0;
 };
 }
 
@@ -148,6 +169,39 @@ TEST_F(SnapshotTest, BringsBackMotionToTheBit)
     EXPECT_EQ(age, drop->GetAge());
 }
 
+// Deliberate: what nothing can move is not moved back either.
+TEST_F(SnapshotTest, LeavesADropThatNothingMovesWhereItIs)
+{
+    Run("Scene.addWater { vecs = [[3, 1], [4, 1]] }");
+    const physics::ParticleList drops = Sim()->GetParticles();
+    ASSERT_EQ(2u, drops.size());
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    for (const physics::ParticlePtr& drop : drops)
+        drop->SetPos(Vec2(7, 7));
+    drops[0]->SetAttribs(0.05f, std::numeric_limits<float>::infinity(), 0, 0);
+    ASSERT_EQ(0, drops[0]->GetMassInv());
+    snapshot->Restore();
+    EXPECT_EQ(drops, Sim()->GetParticles());
+    EXPECT_EQ(Vec2(7, 7), drops[0]->GetPos());
+    EXPECT_EQ(Vec2(4, 1), drops[1]->GetPos());
+}
+
+TEST_F(SnapshotTest, PassesOnWhatGoesWrongWhileTheWorldIsCleared)
+{
+    const auto box = Add("Scene.addBox {}");
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    Sim()->AddJoint(QUIB_NEW StubbornJoint(box->GetGeom(), Sim()->GetWorldGeom()));
+    {
+        test::LogCapture log;
+        EXPECT_THROW(snapshot->Restore(), BadDataException);
+        EXPECT_TRUE(log.Has("Exception passed on at ")) << log.Text();
+    }
+    // It leaves at the second try.
+    snapshot->Restore();
+    EXPECT_TRUE(TheScene()->HasEntity(box));
+    EXPECT_TRUE(box->IsAlive());
+}
+
 TEST_F(SnapshotTest, RunsTheSameWayAgain)
 {
     AddMachine();
@@ -224,6 +278,22 @@ TEST_F(SnapshotTest, UnbindsWhatWasNotBound)
     EXPECT_FALSE(hinge->GetButtonForward().IsBound());
     bound->Restore();
     EXPECT_TRUE(hinge->GetButtonForward().IsBound());
+}
+
+TEST_F(SnapshotTest, UnbindsAControllerThatWasNotBound)
+{
+    const auto box = AddEntity<FiniteGeomEntity>("Scene.addBox {}");
+    ASSERT_TRUE(box);
+    const SnapshotPtr free = Snapshot::TakeSnapshot();
+    box->SetForceController(input::DirInput::Deserialize("keys up right down left"));
+    const SnapshotPtr bound = Snapshot::TakeSnapshot();
+    test::LogCapture log;
+    free->Restore();
+    EXPECT_FALSE(box->GetForceController());
+    bound->Restore();
+    ASSERT_TRUE(box->GetForceController());
+    EXPECT_EQ("keys up right down left", box->GetForceController()->Serialize());
+    EXPECT_EQ("", log.Text());
 }
 
 TEST_F(SnapshotTest, BringsBackFormulas)
