@@ -31,7 +31,6 @@ public:
 
     void OnKeyEvent(const KeyEvent& event) override
     {
-        InputListener::OnKeyEvent(event);
         if (m_button)
             m_button->OnKeyEvent(event);
     }
@@ -55,37 +54,56 @@ ButtonInput::ButtonInput(const ButtonInput& o)
     : m_keys(o.m_keys)
     , m_toggle(o.m_toggle)
 {
-    Listen();
+    OnKeysChanged();
 }
 
 ButtonInput& ButtonInput::operator=(const ButtonInput& o)
 {
     m_keys = o.m_keys;
     m_toggle = o.m_toggle;
-    m_isOn = false;
-    Listen();
+    OnKeysChanged();
     return *this;
 }
 
-void ButtonInput::Listen()
+void ButtonInput::OnKeysChanged()
 {
-    if (m_relay || m_keys.empty())
+    m_isOn = false;
+    m_downKeys.clear();
+    if (m_keys.empty())
+        return;
+    Input* input = Input::GetInstancePtr();
+    // The repeats of a key that is held while it is bound are no presses.
+    for (int key : m_keys)
+        if (input->IsKeyDown(key))
+            m_downKeys.push_back(key);
+    if (m_relay)
         return;
     m_relay = QUIB_NEW InputRelay(this);
-    Input::GetInstancePtr()->AddListener(util::WeakPtr<InputListener>(m_relay.get()));
+    input->AddListener(util::WeakPtr<InputListener>(m_relay.get()));
+}
+
+void ButtonInput::Bind(const Binding& binding)
+{
+    m_keys.clear();
+    for (int key : binding.keys)
+        if (!HasKey(key))
+            m_keys.push_back(key);
+    m_toggle = binding.toggle;
+    OnKeysChanged();
 }
 
 void ButtonInput::AddKey(int key)
 {
-    if (!HasKey(key))
-        m_keys.push_back(key);
-    Listen();
+    if (HasKey(key))
+        return;
+    m_keys.push_back(key);
+    OnKeysChanged();
 }
 
 void ButtonInput::Assign(int key)
 {
     m_keys.assign(1, key);
-    Listen();
+    OnKeysChanged();
 }
 
 bool ButtonInput::HasKey(int key) const
@@ -100,11 +118,24 @@ bool ButtonInput::AreAllMykeysDown() const
                        [input](int key) { return input->IsKeyDown(key); });
 }
 
+/// @return  false for a press of a key that is down already: one that is held repeats its press
+bool ButtonInput::NoteKey(const KeyEvent& event)
+{
+    const auto it = std::find(m_downKeys.begin(), m_downKeys.end(), event.GetKey());
+    const bool wasDown = it != m_downKeys.end();
+    if (event.IsDown() && !wasDown)
+        m_downKeys.push_back(event.GetKey());
+    else if (!event.IsDown() && wasDown)
+        m_downKeys.erase(it);
+    return !event.IsDown() || !wasDown;
+}
+
 void ButtonInput::OnKeyEvent(const KeyEvent& event)
 {
     const int eventKey = event.GetKey();
     if (!HasKey(eventKey))
         return;
+    const bool isNew = NoteKey(event);
     // A release always counts: one that somebody else has taken must not leave the button stuck.
     if (event.IsDown() && event.IsHandled())
         return;
@@ -114,7 +145,7 @@ void ButtonInput::OnKeyEvent(const KeyEvent& event)
             return;
     if (!m_toggle)
         m_isOn = event.IsDown();
-    else if (event.IsDown())
+    else if (event.IsDown() && isNew)
         m_isOn = !m_isOn;
 }
 
@@ -130,20 +161,14 @@ util::String ButtonInput::AsString() const
     return util::Join(words, " ");
 }
 
-void ButtonInput::Deserialize(const util::String& text)
+ButtonInput::Binding ButtonInput::ParseText(const util::String& text)
 {
-    std::vector<int> keys;
-    bool toggle = false;
+    Binding binding;
     for (const util::String& word : SplitWords(text))
         if (word == ToggleWord)
-            toggle = true;
+            binding.toggle = true;
         else
-            keys.push_back(Key::GetKeyFromName(word));
-
-    m_keys.clear();
-    m_toggle = toggle;
-    m_isOn = false;
-    for (int key : keys)
-        AddKey(key);
+            binding.keys.push_back(Key::GetKeyFromName(word));
+    return binding;
 }
 }

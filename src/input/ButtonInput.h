@@ -21,7 +21,19 @@ public:
     ButtonInput(const ButtonInput& o);
     ButtonInput& operator=(const ButtonInput& o);
 
-    /// One that is there already is not added again.
+    // What a text says.
+    struct Binding
+    {
+        std::vector<int> keys;
+        bool toggle = false;
+    };
+    /// @throws BadDataException  for the name of a key that is none
+    static Binding ParseText(const util::String& text);
+    /// Starts from nothing, and is off.
+    void Bind(const Binding& binding);
+
+    /// One that is there already is not added again. The button is off then, as after Assign: the keys
+    /// that switched it on are not the ones that would switch it off.
     void AddKey(int key);
     /// Replaces all keys with one.
     void Assign(int key);
@@ -42,15 +54,17 @@ public:
     util::String Serialize() const { return AsString(); }
     /// Starts from nothing: "" unbinds.
     /// @throws BadDataException  for the name of a key that is none; nothing has changed then
-    void Deserialize(const util::String& text);
+    void Deserialize(const util::String& text) { Bind(ParseText(text)); }
 
 private:
     class InputRelay;
 
     void OnKeyEvent(const KeyEvent& event);
-    void Listen();
+    bool NoteKey(const KeyEvent& event);
+    void OnKeysChanged();
 
     std::vector<int> m_keys;
+    std::vector<int> m_downKeys; // of those, and whoever has handled their presses
     bool m_toggle = false;
     bool m_isOn = false;
     util::SharedPtr<InputRelay> m_relay; // made with the first key: most buttons are never bound

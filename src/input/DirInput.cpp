@@ -12,7 +12,8 @@ DirInputPtr DirInput::Deserialize(const util::String& text)
     const std::vector<util::String> words = util::Split(text, ' ');
     if (words[0] == "joy")
     {
-        Log(logging::LogWarning, "No joystick connected, cannot find DirInput \"" + text + "\"");
+        Log(logging::LogWarning,
+            "No joystick connected, cannot find DirInput \"" + util::Shorten(text) + "\"");
         return nullptr;
     }
     if (words[0] == "keys" && words.size() == 1 + KeyDirInput::DirectionCount)
@@ -22,7 +23,7 @@ DirInputPtr DirInput::Deserialize(const util::String& text)
             keys[i] = Key::GetKeyFromName(words[1 + i]);
         return QUIB_NEW KeyDirInput(keys);
     }
-    Log(logging::LogWarning, "Failed to find DirInput \"" + text + "\"");
+    Log(logging::LogWarning, "Failed to find DirInput \"" + util::Shorten(text) + "\"");
     return nullptr;
 }
 

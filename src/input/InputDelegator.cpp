@@ -16,19 +16,24 @@ void InputDelegator::AddListener(const util::WeakPtr<InputListener>& listener)
     CODE_ASSERT(!listener.IsNull());
     RemoveListener(listener);
 
+    InputListener* added = listener.GetUnlocked();
     Entry entry;
     entry.listener = listener;
     entry.onPriority = util::MakeCallback(&InputDelegator::Sort, this);
-    listener.GetUnlocked()->AddPriorityCallback(entry.onPriority);
-    // At the front: the sort is stable, so that the latest comes first among equals.
-    m_listeners.push_front(entry);
-    Sort();
+    entry.priority = added->GetPriority();
+    added->AddPriorityCallback(entry.onPriority);
+    // Before its equals: the latest comes first. By bisection, as a scene may bind thousands of buttons.
+    const auto place =
+        std::lower_bound(m_listeners.begin(), m_listeners.end(), entry.priority,
+                         [](const Entry& e, int priority) { return e.priority > priority; });
+    m_listeners.insert(place, entry);
 }
 
 void InputDelegator::RemoveListener(const util::WeakPtr<InputListener>& listener)
 {
     InputListener* wanted = listener.GetUnlocked();
-    if (!wanted)
+    // What hangs in some delegator has a callback of it. A new listener is not searched for.
+    if (!wanted || !wanted->HasPriorityCallbacks())
         return;
     for (auto it = m_listeners.begin(); it != m_listeners.end(); ++it)
         if (it->listener.GetUnlocked() == wanted)
@@ -39,23 +44,20 @@ void InputDelegator::RemoveListener(const util::WeakPtr<InputListener>& listener
         }
 }
 
-void InputDelegator::RemoveDead(const Entry& entry)
+void InputDelegator::RemoveDead()
 {
-    const auto it = std::find_if(m_listeners.begin(), m_listeners.end(),
-                                 [&](const Entry& e) { return e.onPriority == entry.onPriority; });
-    if (it != m_listeners.end())
-        m_listeners.erase(it);
+    m_listeners.erase(std::remove_if(m_listeners.begin(), m_listeners.end(),
+                                     [](const Entry& entry) { return entry.listener.IsNull(); }),
+                      m_listeners.end());
 }
 
 void InputDelegator::Sort()
 {
+    for (Entry& entry : m_listeners)
+        if (const InputListener* listener = entry.listener.GetUnlocked())
+            entry.priority = listener->GetPriority();
     std::stable_sort(m_listeners.begin(), m_listeners.end(),
-                     [](const Entry& a, const Entry& b)
-                     {
-                         const InputListener* la = a.listener.GetUnlocked();
-                         const InputListener* lb = b.listener.GetUnlocked();
-                         return (la ? la->GetPriority() : -1) > (lb ? lb->GetPriority() : -1);
-                     });
+                     [](const Entry& a, const Entry& b) { return a.priority > b.priority; });
 }
 
 void InputDelegator::OnMouseMove(const MouseEvent& event)

@@ -30,26 +30,30 @@ protected:
     void FireEvent(const E& event, void (InputListener::*handler)(const E&))
     {
         const std::deque<Entry> copy = m_listeners;
+        bool isAnyDead = false;
         for (const Entry& entry : copy)
         {
             util::LockPtr<InputListener> listener(entry.listener);
             if (listener)
                 (listener.get()->*handler)(event);
             else
-                RemoveDead(entry);
+                isAnyDead = true;
         }
+        if (isAnyDead)
+            RemoveDead();
     }
 
 private:
     struct Entry
     {
         util::WeakPtr<InputListener> listener;
-        util::CallbackPtr onPriority; // its registration at the listener; tells entries apart
+        util::CallbackPtr onPriority; // its registration at the listener
+        int priority;                 // as of the last Sort; stays when the listener dies
     };
 
     void Sort();
-    void RemoveDead(const Entry& entry);
+    void RemoveDead();
 
-    std::deque<Entry> m_listeners; // sorted
+    std::deque<Entry> m_listeners; // sorted, the dead included
 };
 }

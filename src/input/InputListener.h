@@ -31,6 +31,7 @@ public:
     /// Delegators that hold this listener sort it anew.
     void SetPriority(int priority);
     void AddPriorityCallback(const util::CallbackPtr& callback) { m_onPriority.Add(callback); }
+    bool HasPriorityCallbacks() const { return m_onPriority.size() != 0; }
     void RemovePriorityCallback(const util::CallbackPtr& callback)
     {
         m_onPriority.Remove(callback);

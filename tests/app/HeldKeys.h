@@ -1,7 +1,7 @@
 // Keys that are held down for its life, as SDL and the program see them.
 #pragma once
 
-#include "input/Input.h"
+#include "../KeyEvents.h"
 
 #include <SDL_keyboard.h>
 
@@ -20,7 +20,7 @@ public:
         int mask = m_before;
         for (int key : m_keys)
         {
-            Press(key, true);
+            SendKey(key, true);
             mask |= MaskOf(key);
         }
         SDL_SetModState(static_cast<SDLMod>(mask));
@@ -28,7 +28,7 @@ public:
     ~HeldKeys()
     {
         for (int key : m_keys)
-            Press(key, false);
+            SendKey(key, false);
         SDL_SetModState(m_before);
     }
     HeldKeys(const HeldKeys&) = delete;
@@ -54,10 +54,6 @@ private:
         default:
             return 0;
         }
-    }
-    static void Press(int key, bool down)
-    {
-        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, math::Vec2()));
     }
 
     std::vector<int> m_keys;

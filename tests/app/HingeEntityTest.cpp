@@ -2,7 +2,8 @@
 
 #include "app/EntitySerializer.h"
 #include "app/Snapshot.h"
-#include "input/Input.h"
+
+#include "../KeyEvents.h"
 
 #include <SDL_keysym.h>
 
@@ -18,13 +19,8 @@ protected:
     void TearDown() override
     {
         for (int key : {SDLK_RIGHT, SDLK_LEFT, SDLK_DOWN})
-            Key(key, false);
+            test::SendKey(key, false);
         JointFixture::TearDown();
-    }
-
-    static void Key(int key, bool down)
-    {
-        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, Vec2()));
     }
 
     /// A box on a pin through its middle.
@@ -125,16 +121,16 @@ TEST_F(HingeEntityTest, ButtonsSwitchTheMotorOnWhileTheyAreHeld)
     for (const auto& c : cases)
     {
         SCOPED_TRACE(testing::Message() << c.right << c.left << c.down);
-        Key(SDLK_RIGHT, c.right);
-        Key(SDLK_LEFT, c.left);
-        Key(SDLK_DOWN, c.down);
+        test::SendKey(SDLK_RIGHT, c.right);
+        test::SendKey(SDLK_LEFT, c.left);
+        test::SendKey(SDLK_DOWN, c.down);
         TheScene()->Update(0.01f);
         EXPECT_EQ(c.motor, hinge->GetHinge()->IsMotor());
         EXPECT_EQ(c.speed, hinge->GetHinge()->GetMotorSpeed());
     }
     Set(hinge, "ccw", true);
-    Key(SDLK_DOWN, false);
-    Key(SDLK_LEFT, false);
+    test::SendKey(SDLK_DOWN, false);
+    test::SendKey(SDLK_LEFT, false);
     TheScene()->Update(0.01f);
     EXPECT_EQ(-2, hinge->GetHinge()->GetMotorSpeed());
 }

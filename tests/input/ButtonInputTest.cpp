@@ -3,10 +3,13 @@
 #include "input/Input.h"
 #include "util/Failures.h"
 
+#include "../KeyEvents.h"
+
 #include <SDL_keysym.h>
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <memory>
 
 namespace input
@@ -19,16 +22,10 @@ protected:
     void TearDown() override
     {
         for (int key : {SDLK_a, SDLK_b, SDLK_LCTRL})
-            Fire(key, false);
+            Release(key);
     }
-    static void Fire(int key, bool down, bool handled = false)
-    {
-        const KeyEvent event(key, down, math::Vec2());
-        event.SetHandled(handled);
-        Input::GetInstancePtr()->OnKeyEvent(event);
-    }
-    static void Press(int key) { Fire(key, true); }
-    static void Release(int key) { Fire(key, false); }
+    static void Press(int key) { test::SendKey(key, true); }
+    static void Release(int key) { test::SendKey(key, false); }
 };
 
 TEST_F(ButtonInputTest, IsOnWhileItsKeyIsDown)
@@ -68,11 +65,11 @@ TEST_F(ButtonInputTest, AHandledPressDoesNotCountButItsReleaseDoes)
 {
     ButtonInput button;
     button.Assign(SDLK_a);
-    Fire(SDLK_a, true, true);
+    test::SendKey(SDLK_a, true, true);
     EXPECT_FALSE(button.IsOn());
     Press(SDLK_a);
     ASSERT_TRUE(button.IsOn());
-    Fire(SDLK_a, false, true);
+    test::SendKey(SDLK_a, false, true);
     EXPECT_FALSE(button.IsOn());
 }
 
@@ -90,6 +87,125 @@ TEST_F(ButtonInputTest, AToggleChangesWithEachPress)
     EXPECT_FALSE(button.IsOn());
     button.SetOn(true);
     EXPECT_TRUE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, AHeldKeyInvertsAToggleOnce)
+{
+    ButtonInput button;
+    button.Deserialize("toggle a");
+    // A key that is held repeats its press.
+    for (int i = 0; i < 4; ++i)
+    {
+        Press(SDLK_a);
+        EXPECT_TRUE(button.IsOn());
+    }
+    Release(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    for (int i = 0; i < 4; ++i)
+    {
+        Press(SDLK_a);
+        EXPECT_FALSE(button.IsOn());
+    }
+}
+
+TEST_F(ButtonInputTest, TheRepeatsOfAHandledPressInvertNothing)
+{
+    ButtonInput button;
+    button.Deserialize("toggle a");
+    test::SendKey(SDLK_a, true, true);
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+    test::SendKey(SDLK_a, false, true);
+    Press(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, TheRepeatsOfAKeyThatIsHeldWhileItIsBoundInvertNothing)
+{
+    ButtonInput read, assigned, copied;
+    assigned.SetToggle(true);
+    Press(SDLK_a);
+    read.Deserialize("toggle a");
+    assigned.Assign(SDLK_a);
+    copied = read;
+    Press(SDLK_a);
+    for (const ButtonInput* button : {&read, &assigned, &copied})
+        EXPECT_FALSE(button->IsOn());
+    Release(SDLK_a);
+    Press(SDLK_a);
+    for (const ButtonInput* button : {&read, &assigned, &copied})
+        EXPECT_TRUE(button->IsOn());
+}
+
+TEST_F(ButtonInputTest, AToggledChordIsInvertedByItsLastKey)
+{
+    ButtonInput button;
+    button.Deserialize("toggle left_ctrl a");
+    Press(SDLK_LCTRL);
+    EXPECT_FALSE(button.IsOn());
+    Press(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Release(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+    Release(SDLK_LCTRL);
+    Release(SDLK_a);
+    Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn()) << "half of the chord";
+}
+
+TEST_F(ButtonInputTest, AReleaseDoesNotCountWhileAnotherKeyOfTheChordIsUp)
+{
+    ButtonInput button;
+    button.Deserialize("left_ctrl a");
+    button.SetOn(true);
+    Press(SDLK_a);
+    Release(SDLK_a);
+    EXPECT_TRUE(button.IsOn());
+    Press(SDLK_LCTRL);
+    Press(SDLK_a);
+    Release(SDLK_a);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, NewKeysSwitchItOff)
+{
+    // Nothing else would: the release of the old key is none of its own, or not of the whole chord.
+    ButtonInput assigned, added;
+    assigned.Assign(SDLK_a);
+    added.AddKey(SDLK_a);
+    Press(SDLK_a);
+    ASSERT_TRUE(assigned.IsOn());
+    added.AddKey(SDLK_a);
+    EXPECT_TRUE(added.IsOn()) << "it had that key";
+    assigned.Assign(SDLK_b);
+    added.AddKey(SDLK_b);
+    EXPECT_FALSE(assigned.IsOn());
+    EXPECT_FALSE(added.IsOn());
+    Release(SDLK_a);
+    Press(SDLK_b);
+    EXPECT_TRUE(assigned.IsOn());
+    EXPECT_FALSE(added.IsOn());
+}
+
+TEST_F(ButtonInputTest, ThousandsAreBoundAndGoInNoTime)
+{
+    // A large machine with keys; an undo makes as many again. By a search or a sort for each button it
+    // would be half a minute.
+    const std::clock_t start = std::clock();
+    for (int round = 0; round < 2; ++round)
+    {
+        std::vector<ButtonInput> buttons(20000);
+        for (ButtonInput& button : buttons)
+            button.Assign(SDLK_a);
+        Press(SDLK_a);
+        for (const ButtonInput& button : buttons)
+            ASSERT_TRUE(button.IsOn());
+        Release(SDLK_a);
+    }
+    Press(SDLK_b);
+    EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, 5);
 }
 
 TEST_F(ButtonInputTest, KeysAreAddedOnceAndReplacedByAssign)
@@ -145,6 +261,20 @@ TEST_F(ButtonInputTest, KeepsWhatItHadWhenATextNamesNoKey)
     button.Deserialize("toggle a");
     EXPECT_THROW(button.Deserialize("b nokey"), BadDataException);
     EXPECT_EQ("toggle a", button.AsString());
+}
+
+TEST_F(ButtonInputTest, IsBoundToATextThatHasBeenParsedBefore)
+{
+    const ButtonInput::Binding binding = ButtonInput::ParseText(" toggle  b a a");
+    EXPECT_TRUE(binding.toggle);
+    EXPECT_EQ((std::vector<int>{SDLK_b, SDLK_a, SDLK_a}), binding.keys);
+    ButtonInput button;
+    button.Deserialize("left_ctrl");
+    button.SetOn(true);
+    button.Bind(binding);
+    EXPECT_EQ("toggle b a", button.AsString());
+    EXPECT_FALSE(button.IsOn());
+    EXPECT_THROW(ButtonInput::ParseText("b nokey"), BadDataException);
 }
 
 TEST_F(ButtonInputTest, CopiesAreBoundAndWorkOnTheirOwn)

@@ -1,8 +1,10 @@
 #include "input/DirInput.h"
 
-#include "TestSupport.h"
 #include "input/Input.h"
 #include "util/Failures.h"
+
+#include "../KeyEvents.h"
+#include "../TestSupport.h"
 
 #include <SDL_keysym.h>
 
@@ -20,11 +22,7 @@ protected:
     void TearDown() override
     {
         for (int key : {SDLK_UP, SDLK_RIGHT, SDLK_DOWN, SDLK_LEFT})
-            Set(key, false);
-    }
-    static void Set(int key, bool down)
-    {
-        Input::GetInstancePtr()->OnKeyEvent(KeyEvent(key, down, math::Vec2()));
+            test::SendKey(key, false);
     }
 };
 
@@ -49,20 +47,20 @@ TEST_F(DirInputTest, KeysPointUpRightDownAndLeft)
                  {SDLK_LEFT, math::Vec2(-1, 0)}};
     for (const auto& c : cases)
     {
-        Set(c.key, true);
+        test::SendKey(c.key, true);
         EXPECT_EQ(c.dir, dir->GetDir());
-        Set(c.key, false);
+        test::SendKey(c.key, false);
     }
-    Set(SDLK_UP, true);
-    Set(SDLK_DOWN, true);
+    test::SendKey(SDLK_UP, true);
+    test::SendKey(SDLK_DOWN, true);
     EXPECT_EQ(math::Vec2(0, 0), dir->GetDir());
 }
 
 TEST_F(DirInputTest, ADiagonalOfKeysHasLengthOne)
 {
     const DirInputPtr dir = DirInput::Deserialize("keys up right down left");
-    Set(SDLK_UP, true);
-    Set(SDLK_LEFT, true);
+    test::SendKey(SDLK_UP, true);
+    test::SendKey(SDLK_LEFT, true);
     EXPECT_NEAR(1, dir->GetDir().Length(), 1e-6f);
     EXPECT_NEAR(-std::sqrt(0.5f), dir->GetDir().x, 1e-6f);
 }
@@ -81,6 +79,18 @@ TEST_F(DirInputTest, AnythingElseIsRefusedWithAWarning)
         test::LogCapture log;
         EXPECT_FALSE(DirInput::Deserialize(text));
         EXPECT_TRUE(log.Has(std::string("Failed to find DirInput \"") + text + "\"")) << log.Text();
+    }
+}
+
+TEST_F(DirInputTest, SaysNoMoreThanTheBeginningOfALongText)
+{
+    for (const std::string word : {"joy ", "x "})
+    {
+        test::LogCapture log;
+        EXPECT_FALSE(DirInput::Deserialize(word + std::string(100000, '1')));
+        ASSERT_EQ(1u, log.Lines().size());
+        EXPECT_LT(log.Lines()[0].size(), 2000u);
+        EXPECT_TRUE(log.Has(" \"" + word + "111")) << log.Text();
     }
 }
 

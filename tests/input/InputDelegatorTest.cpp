@@ -94,6 +94,33 @@ TEST_F(InputDelegatorTest, ADestroyedListenerIsDroppedAtTheNextEvent)
     EXPECT_EQ((Notes{"b"}), Fire());
 }
 
+TEST_F(InputDelegatorTest, TheDeadDoNotDisturbTheOrderOfThoseAddedLater)
+{
+    std::vector<util::SharedPtr<NotingListener>> doomed;
+    for (int priority : {90, 60, 50, 50, 40, 10, -5})
+        doomed.push_back(Add(priority, "doomed"));
+    const auto low = Add(10, "low"), middle = Add(50, "middle"), negative = Add(-3, "negative");
+    doomed.clear();
+    const auto high = Add(90, "high"), latest = Add(50, "latest"), last = Add(-4, "last");
+    EXPECT_EQ((Notes{"high", "latest", "middle", "low", "negative", "last"}), Fire());
+    low->SetPriority(70);
+    EXPECT_EQ((Notes{"high", "low", "latest", "middle", "negative", "last"}), Fire());
+}
+
+TEST_F(InputDelegatorTest, AListenerOfTwoDelegatorsHangsInBoth)
+{
+    util::SharedPtr<InputDelegator> other = QUIB_NEW InputDelegator(50);
+    const auto a = Add(50, "a"), b = Add(50, "b");
+    other->AddListener(Weak(a.get()));
+    delegator->AddListener(Weak(a.get()));
+    EXPECT_EQ((Notes{"a", "b"}), Fire());
+    other->RemoveListener(Weak(a.get()));
+    EXPECT_EQ((Notes{"a", "b"}), Fire());
+    b->SetPriority(60);
+    a->SetPriority(70);
+    EXPECT_EQ((Notes{"a", "b"}), Fire());
+}
+
 TEST_F(InputDelegatorTest, AListenerDestroyedDuringDeliveryByAnotherIsLeftOut)
 {
     auto victim = Add(10, "victim");

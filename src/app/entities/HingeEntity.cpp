@@ -35,14 +35,14 @@ void SerializeButton(EntitySerializer& serializer, const char* key,
         serializer.Set(key, button.Serialize());
 }
 
-using OptionalButton = std::optional<input::ButtonInput>;
+// Not a button, which would listen to the input: a scene may have thousands, and an undo reads them all.
+using OptionalBinding = std::optional<input::ButtonInput::Binding>;
 
-OptionalButton ReadButton(const EntitySerializer& serializer, const char* key)
+OptionalBinding ReadButton(const EntitySerializer& serializer, const char* key)
 {
-    OptionalButton button;
-    if (serializer.Has(key))
-        button.emplace().Deserialize(serializer.Get<util::String>(key));
-    return button;
+    if (!serializer.Has(key))
+        return std::nullopt;
+    return input::ButtonInput::ParseText(serializer.Get<util::String>(key));
 }
 }
 
@@ -170,9 +170,9 @@ void HingeEntity::SerializeTo(EntitySerializer& serializer) const
 void HingeEntity::Deserialize(const EntitySerializer& serializer)
 {
     // All is read before anything changes.
-    OptionalButton forward = ReadButton(serializer, "buttonForward");
-    OptionalButton back = ReadButton(serializer, "buttonBack");
-    OptionalButton brake = ReadButton(serializer, "buttonBreak");
+    OptionalBinding forward = ReadButton(serializer, "buttonForward");
+    OptionalBinding back = ReadButton(serializer, "buttonBack");
+    OptionalBinding brake = ReadButton(serializer, "buttonBreak");
     const util::String controller =
         serializer.Has("controller") ? serializer.Get<util::String>("controller") : "";
     const bool hasArrowKeys = controller == ArrowKeys;
@@ -180,17 +180,17 @@ void HingeEntity::Deserialize(const EntitySerializer& serializer)
         Log(logging::LogWarning, "Unknown controller of a hinge: " + util::Shorten(controller));
     if (hasArrowKeys)
     {
-        forward.emplace().Assign(SDLK_RIGHT);
-        back.emplace().Assign(SDLK_LEFT);
-        brake.emplace().Assign(SDLK_DOWN);
+        forward.emplace().keys.push_back(SDLK_RIGHT);
+        back.emplace().keys.push_back(SDLK_LEFT);
+        brake.emplace().keys.push_back(SDLK_DOWN);
     }
     JointEntity::Deserialize(serializer);
     if (forward)
-        m_buttonForward = *forward;
+        m_buttonForward.Bind(*forward);
     if (back)
-        m_buttonBack = *back;
+        m_buttonBack.Bind(*back);
     if (brake)
-        m_buttonBreak = *brake;
+        m_buttonBreak.Bind(*brake);
     if (hasArrowKeys)
         m_motor = true;
 }
