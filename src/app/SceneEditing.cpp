@@ -94,6 +94,8 @@ void CloneBodies(const ClonePairs& pairs)
     std::map<unsigned, std::pair<BodyPtr, physics::GeomSet>> copies; // by id of the original
     for (const auto& [original, clone] : pairs)
     {
+        if (!original->AsGeomEntity())
+            continue;
         const GeomPtr& geom = original->AsGeomEntity()->GetGeom();
         const BodyPtr body = geom->GetBodyBody();
         // A plane goes to the world body itself as soon as it enters the world. What was welded to that
@@ -201,23 +203,32 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
         Log(logging::LogWarning, "Bad scale: it must be finite, and not 0 along an axis");
         return;
     }
-    DepthTagEntities();
     const EntitySet members = group->GetEntities();
+    // A formula among the settings that are copied is run, and may do anything to the scene.
+    const std::vector<EntityPtr> originals = m_entities;
 
     // Everything new is made before anything is changed.
+    ClonePairs pairs;
+    for (const EntityPtr& entity : originals)
+        if (const GeomEntity* old = entity->AsGeomEntity())
+            if (members.count(entity))
+                if (const GeomEntityPtr clone = old->ScaledClone(scale))
+                    pairs.emplace_back(entity, clone);
+    // From here on no formula runs. What they have taken out of the scene has no place any more.
+    pairs.erase(std::remove_if(pairs.begin(), pairs.end(),
+                               [this](const auto& pair) { return !HasEntity(pair.first); }),
+                pairs.end());
+    DepthTagEntities();
     EntityMap newEntities(members.size());
     GeomMap newGeoms;
-    for (const EntityPtr& entity : m_entities)
+    for (const auto& [original, clone] : pairs)
     {
-        const GeomEntity* old = entity->AsGeomEntity();
-        if (!old || !members.count(entity))
-            continue;
-        const GeomEntityPtr clone = old->ScaledClone(scale);
-        if (!clone)
-            continue;
-        clone->GetGeom()->SetPos(TransformCoordinate(matrix, old->GetGeom()->GetCenter()));
-        newEntities[entity] = clone;
-        newGeoms[old->GetGeom().get()] = clone->GetGeom();
+        clone->SetZDepth(original->GetZDepth());
+        const GeomPtr& oldGeom = original->AsGeomEntity()->GetGeom();
+        const GeomPtr& newGeom = clone->AsGeomEntity()->GetGeom();
+        newGeom->SetPos(TransformCoordinate(matrix, oldGeom->GetCenter()));
+        newEntities[original] = clone;
+        newGeoms[oldGeom.get()] = newGeom;
     }
     std::vector<ScaledJoint> joints;
     std::vector<std::pair<PenEntity*, Vec2>> pens; // and where they come to lie in the world
@@ -297,7 +308,6 @@ void Scene::ReplaceEntities(const EntityMap& map)
 
 GroupPtr Scene::CreateClone(const GroupPtr& group)
 {
-    DepthTagEntities();
     const EntitySet members = group->GetEntities();
     const GroupPtr clones = QUIB_NEW Group(group->GetName());
     // A formula among the settings that are copied is run, and may do anything to the scene, and to the
@@ -317,7 +327,6 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
                 newGeoms[original->GetGeom().get()] = clone->GetGeom();
                 pairs.emplace_back(entity, clone);
             }
-    const size_t geomCount = pairs.size();
     for (const EntityPtr& entity : originals)
         if (const JointEntity* original = entity->AsJointEntity())
             if (members.count(entity))
@@ -327,7 +336,9 @@ GroupPtr Scene::CreateClone(const GroupPtr& group)
             if (members.count(entity))
                 pairs.emplace_back(entity, ClonePen(*original, newGeoms));
 
-    CloneBodies(ClonePairs(pairs.begin(), pairs.begin() + geomCount));
+    // From here on no formula runs.
+    DepthTagEntities();
+    CloneBodies(pairs);
     CloneChains(pairs);
     // Asking each group for each entity would take the product of both numbers.
     std::unordered_map<const Entity*, std::vector<GroupPtr>> groupsOf;

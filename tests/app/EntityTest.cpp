@@ -96,6 +96,10 @@ TEST_F(EntityTest, PlanesTakeANormalAndADistance)
                            "angle = 1.5707964 }");
     EXPECT_NEAR(-1, GeomOf(posed).DistanceWorld(Vec2(3, 0)), 1e-5f);
     EXPECT_TRUE(posed->GetBody()->IsImmovable());
+    // Deliberate: a place without an angle means the angle 0, and the normal then points to +x whatever
+    // it was.
+    const auto placed = Add("Scene.addPlane { normal = [0.0, 1.0]; pos = [0.0, 1.0] }");
+    EXPECT_NEAR(3, GeomOf(placed).DistanceWorld(Vec2(3, 7)), 1e-5f);
     // The normal has any length. What it multiplies is the plane's foot, -dist times the normal.
     const auto slope = Add("Scene.addPlane { normal = [3.0, 4.0]; dist = 0.5 }");
     EXPECT_EQ(Vec2(-1.5f, -2), GeomOf(slope).GetCenter());
@@ -160,6 +164,36 @@ TEST_F(EntityTest, AreSuspendedNoMoreOnceTheyEnterTheWorld)
     EXPECT_FALSE(box->GetBody()->IsSuspended());
 }
 
+TEST_F(EntityTest, LeaveTheSceneOnceTheirBodyHasFallenOutOfTheWorld)
+{
+    Run("Sim.fallLimit = 50.0; Sim.gravity = [0.0, -10.0]");
+    const auto falling = Add("Scene.addBox { pos = [0.0, -49.99] }");
+    const auto staying = Add("Scene.addBox { pos = [0.0, -30.0] }");
+    const auto floor = Add("Scene.addPlane { pos = [0.0, -90.0]; angle = 1.5707964 }");
+    falling->GetBody()->SetVel(Vec2(0, -10));
+    Sim()->ClearTimeDebt();
+    Sim()->Update(2 * Sim()->m_timeDelta);
+    EXPECT_FALSE(falling->IsAlive());
+    EXPECT_TRUE(TheScene()->HasEntity(falling)) << "until the next update";
+    TheScene()->Update(0.01f);
+    EXPECT_FALSE(TheScene()->HasEntity(falling));
+    EXPECT_TRUE(TheScene()->HasEntity(staying));
+    EXPECT_TRUE(TheScene()->HasEntity(floor));
+    Run("Sim.fallLimit = 1000.0");
+}
+
+TEST_F(EntityTest, AreInViewWhenTheirBoxOverlapsIt)
+{
+    const auto box = Add("Scene.addBox { pos = [10.0, 0.0]; size = [2.0, 2.0] }");
+    EXPECT_TRUE(box->IsInView(math::BoundingBox(Vec2(-5, -5), Vec2(9.5f, 5))));
+    EXPECT_TRUE(box->IsInView(math::BoundingBox(Vec2(9.5f, -0.5f), Vec2(10.5f, 0.5f))));
+    EXPECT_TRUE(box->IsInView(math::BoundingBox(Vec2(-50, -50), Vec2(50, 50))));
+    EXPECT_FALSE(box->IsInView(math::BoundingBox(Vec2(-5, -5), Vec2(8.5f, 5))));
+    EXPECT_FALSE(box->IsInView(math::BoundingBox(Vec2(-5, 1.5f), Vec2(50, 5))));
+    EXPECT_TRUE(
+        Add("Scene.addPlane { }")->IsInView(math::BoundingBox(Vec2(500, 500), Vec2(501, 501))));
+}
+
 TEST_F(EntityTest, AssertThatTheirBodyKnowsThem)
 {
     const auto box = Add("Scene.addBox { }");
@@ -202,6 +236,8 @@ TEST_F(EntityTest, WithBadValuesCostTheirOwnStatementOnly)
         {"Scene.addBox { friction = +inf }", "Bad friction"},
         {"Scene.addBox { restitution = math.divide(0.0, 0.0) }", "Bad restitution"},
         {"Scene.addBox { airFrictionMult = -inf }", "Bad airFrictionMult"},
+        {"Scene.addBox { controllerAcc = +inf }", "Bad controllerAcc"},
+        {"Scene.addBox { controllerAcc = math.divide(0.0, 0.0) }", "Bad controllerAcc"},
         {"Scene.addBox { entityID = 1.5 }", "Not an integer"},
         {"Scene.addBox { geomID = \"a\" }", "Not an integer"},
         {"Scene.addBox { collide = 1 }", "Not a bool"},

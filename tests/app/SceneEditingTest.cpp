@@ -447,6 +447,7 @@ TEST_F(SceneEditingTest, ClonesWithColorAttributesAndMotion)
                          "color = [0.1, 0.2, 0.3, 0.4]; friction = 0.25; restitution = 0.75; "
                          "density = 7.0; airFrictionMult = 3.0; collideWater = false; "
                          "collideSet = 4; controllerAcc = 5.0; controllerInvertX = true; "
+                         "controllerInvertY = true; controllerReverseXY = true; "
                          "forceController = \"keys up right down left\" }");
     box->GetBody()->SetVel(Vec2(3, 4));
     box->GetBody()->SetAngVel(5);
@@ -455,8 +456,9 @@ TEST_F(SceneEditingTest, ClonesWithColorAttributesAndMotion)
     EXPECT_NE(box->GetID(), clone->GetID());
     EXPECT_NE(box->GetGeom()->GetID(), clone->GetGeom()->GetID());
     EXPECT_NE(box->GetBody()->GetID(), clone->GetBody()->GetID());
-    for (const char* name : {"friction", "restitution", "density", "airFrictionMult",
-                             "collideWater", "collideSet", "controllerAcc", "controllerInvertX"})
+    for (const char* name :
+         {"friction", "restitution", "density", "airFrictionMult", "collideWater", "collideSet",
+          "controllerAcc", "controllerInvertX", "controllerInvertY", "controllerReverseXY"})
         EXPECT_EQ(Attribute(box, name), Attribute(clone, name)) << name;
     EXPECT_EQ(3, clone->GetGeom()->GetAirFrictionMult());
     EXPECT_FALSE(clone->GetGeom()->GetWaterCollide());
@@ -675,6 +677,104 @@ TEST_F(SceneEditingTest, SurvivesAFormulaThatClearsTheSceneWhileItIsCloned)
     EXPECT_EQ(6u, TheScene()->GetEntities().size());
     TheScene()->Update(0.01f);
     EXPECT_EQ(6u, TheScene()->GetEntities().size());
+}
+
+TEST_F(SceneEditingTest, KeepsTheFormulasOfWhatItClonesAndScales)
+{
+    Run("k = 0.5");
+    const char* const names[] = {"friction", "restitution", "density", "airFrictionMult",
+                                 "controllerAcc"};
+    const auto expectAll = [&](float value)
+    {
+        for (const EntityPtr& entity : TheScene()->GetEntities())
+            for (const char* name : names)
+            {
+                const auto* attrib =
+                    dynamic_cast<const script::TAttrib<float>*>(entity->FindVariable(name));
+                ASSERT_TRUE(attrib);
+                EXPECT_EQ(value, attrib->Get()) << name;
+                EXPECT_EQ("{k}", Attribute(entity, name)) << name;
+            }
+    };
+    const util::String settings = "friction = { k }; restitution = { k }; density = { k }; "
+                                  "airFrictionMult = { k }; controllerAcc = { k }";
+    Add("Scene.addBox { angle = 0.5; " + settings + " }");
+    Add("Scene.addCircle { pos = [5.0, 0.0]; " + settings + " }");
+    Add("Scene.addPolygon { pos = [9.0, 0.0]; vecs = [[0.0, 0.0], [3.0, 0.0], [0.0, 1.0]]; " +
+        settings + " }");
+    Run("k = 0.625");
+    TheScene()->CreateClone(Everything());
+    ASSERT_EQ(6u, TheScene()->GetEntities().size());
+    Run("k = 0.75");
+    expectAll(0.75f);
+    EXPECT_EQ(0.75f, GeomAt(1).GetFriction());
+    // To other kinds, too.
+    TheScene()->Transform(Everything(), Mat3::Scale2D(Vec2(2, 3)));
+    ASSERT_TRUE(At<PolyEntity>(0));
+    Run("k = 0.25");
+    expectAll(0.25f);
+    EXPECT_EQ(0.25f, GeomAt(0).GetDensity());
+    const util::String text = Serializer::GetInstancePtr()->SerializeScene();
+    size_t formulas = 0;
+    for (size_t i = text.find("friction = {"); i != util::String::npos;
+         i = text.find("friction = {", i + 1))
+        ++formulas;
+    EXPECT_EQ(6u, formulas) << text;
+}
+
+TEST_F(SceneEditingTest, SurvivesFormulasThatAddAndClearWhileItClonesAndScales)
+{
+    for (const bool isScaled : {false, true})
+        for (const bool isCleared : {false, true})
+        {
+            SCOPED_TRACE(testing::Message() << isScaled << isCleared);
+            TheScene()->ClearScene();
+            std::vector<EntityPtr> boxes;
+            for (int i = 0; i < 20; ++i)
+                boxes.push_back(
+                    Add("Scene.addBox { pos = [" + util::ToString(3 * i) + ".0, 0.0] }"));
+            Join<HingeEntity>(Vec2(0, 0), Vec2(0, 0));
+            Join<FixJointEntity>(Vec2(57, 0), Vec2(57, 0));
+            AddPen(Vec2(3, 0));
+            const GroupPtr all = Everything();
+            int runs = 0;
+            bool isArmed = false;
+            const script::ObjectPtr formula = QUIB_NEW script::IntrinsicCmd(
+                [&]
+                {
+                    if (isArmed && runs++ == 0)
+                    {
+                        if (isCleared)
+                            TheScene()->ClearScene();
+                        for (int i = 0; i < 100; ++i)
+                            Run("Scene.addCircle { pos = [0.0, 9.0] }");
+                    }
+                    return script::ValueToObject(0.5f);
+                });
+            boxes[10]->GetVariable("friction")->SetObject(formula);
+            isArmed = true;
+            if (isScaled)
+                TheScene()->Transform(all, Mat3::Scale2D(Vec2(2, 2)));
+            else
+                TheScene()->CreateClone(all);
+            isArmed = false;
+            EXPECT_LE(1, runs);
+            // What has left has no place where it could be replaced. Its clones are there.
+            const size_t kept = isCleared ? 0 : 23, clones = isScaled ? 0 : 23;
+            const Entities entities = TheScene()->GetEntities();
+            ASSERT_EQ(kept + clones + 100, entities.size());
+            // What came meanwhile lies above all that was there.
+            for (size_t i = 0; i < entities.size() && !isCleared; ++i)
+                EXPECT_EQ(i >= kept + clones, bool(util::DynamicCast<CircleEntity>(entities[i])));
+            TheScene()->Update(0.01f);
+            EXPECT_EQ(entities.size(), TheScene()->GetEntities().size());
+            if (isScaled && !isCleared)
+            {
+                EXPECT_NEAR(60, GeomAt(10).GetCenter().x, 1e-4f);
+            }
+            boxes[10]->GetVariable("friction")->SetObject(script::ValueToObject(0.5f));
+            TheScene()->ClearScene();
+        }
 }
 
 TEST_F(SceneEditingTest, ClonesAndScalesManyPlanesInNoTime)

@@ -87,6 +87,13 @@ TEST_F(SpringEntityTest, KeepsItsTargetLengthWhenFastenedElsewhere)
     spring->Transform(math::Mat2D::Translation(Vec2(0, 0.25f)));
     spring->EndTransform();
     EXPECT_EQ(3, spring->GetTargetLength());
+    // The joint is another one, at the new place.
+    ASSERT_EQ(1u, Sim()->GetJoints().size());
+    EXPECT_EQ(3, JointOf(spring).GetRestLength());
+    JointOf(spring).GetWorldPoints(ends);
+    EXPECT_NEAR(0.25f, ends[0].y, 1e-6f);
+    EXPECT_NEAR(0.25f, ends[1].y, 1e-6f);
+    EXPECT_NEAR(0.25f, spring->GetLocalPoint(0).y, 1e-6f);
 }
 
 TEST_F(SpringEntityTest, OfATurnedBodyIsFastenedWhereItWasPut)

@@ -83,12 +83,12 @@ void FiniteGeomEntity::CopyFrom(const Entity* other)
     const FiniteGeomEntity* o = other->AsFiniteGeomEntity();
     if (!o)
         return;
-    m_density = o->m_density;
-    m_airFrictionMult = o->m_airFrictionMult;
-    m_controllerAcc = o->m_controllerAcc;
-    m_controllerReverseXY = o->m_controllerReverseXY;
-    m_controllerInvertX = o->m_controllerInvertX;
-    m_controllerInvertY = o->m_controllerInvertY;
+    CopyBinding(m_density, o->m_density);
+    CopyBinding(m_airFrictionMult, o->m_airFrictionMult);
+    CopyBinding(m_controllerAcc, o->m_controllerAcc);
+    CopyBinding(m_controllerReverseXY, o->m_controllerReverseXY);
+    CopyBinding(m_controllerInvertX, o->m_controllerInvertX);
+    CopyBinding(m_controllerInvertY, o->m_controllerInvertY);
     m_forceController = o->m_forceController;
     m_unboundController = o->m_unboundController;
 }
@@ -162,3 +162,5 @@ math::Mat2D FiniteGeomEntity::ScaledPose(const math::Mat2D& pose, const Vec2& sc
     return math::Mat2D(axis.x, axis.y, pose.x, pose.y);
 }
 }
+    if (!math::IsFinite(m_controllerAcc))
+        QUIB_THROW(BadDataException("Bad controllerAcc"));

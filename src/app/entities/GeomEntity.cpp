@@ -189,10 +189,10 @@ void GeomEntity::CopyFrom(const Entity* other)
     const GeomEntity* o = other->AsGeomEntity();
     if (!o)
         return;
-    m_friction = o->m_friction;
-    m_restitution = o->m_restitution;
-    m_collideWater = o->m_collideWater;
-    m_collideSet = o->m_collideSet;
+    CopyBinding(m_friction, o->m_friction);
+    CopyBinding(m_restitution, o->m_restitution);
+    CopyBinding(m_collideWater, o->m_collideWater);
+    CopyBinding(m_collideSet, o->m_collideSet);
 }
 
 void GeomEntity::Check() const

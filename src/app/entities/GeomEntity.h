@@ -32,7 +32,7 @@ public:
     /// Null before the entity is in the simulation.
     util::SharedPtr<physics::Body> GetBody() const;
 
-    /// A new entity in no simulation, on a geometry of its own.
+    /// A new entity in no simulation, on a geometry of its own. Formulas of the attributes are run.
     virtual GeomEntityPtr Clone() const = 0;
     /// The same, stretched along the axes of the world and in place. The kind may change: a circle
     /// becomes a polygon.
@@ -51,7 +51,7 @@ public:
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
     math::BoundingBox GetAABB() const override;
-    /// Colour, zDepth and the four attributes.
+    /// Colour, zDepth and the four attributes, formulas as such.
     void CopyFrom(const Entity* other) override;
 
 protected:
@@ -85,6 +85,13 @@ protected:
     math::Vec4 GetBorderColor() const;
     /// World units; 0 when no border is to be drawn.
     float GetBorderWidth() const;
+
+    /// For CopyFrom: a formula stays one. It is run at once, and may do anything.
+    template<typename T>
+    static void CopyBinding(script::AttribWrapper<T>& to, const script::AttribWrapper<T>& from)
+    {
+        to->SetObject(from.GetAttrib()->GetObject());
+    }
 
     /// From now on the geometry follows the attribute.
     template<typename T>
