@@ -2,6 +2,7 @@
 #include "HeldKeys.h"
 
 #include "app/EntitySerializer.h"
+#include "app/Snapshot.h"
 #include "app/entities/BoxEntity.h"
 #include "app/entities/CircleEntity.h"
 #include "app/entities/PlaneEntity.h"
@@ -14,6 +15,8 @@
 #include "physics/SPH.h"
 
 #include <algorithm>
+#include <ctime>
+#include <limits>
 
 using math::Vec2;
 using physics::Linesegment;
@@ -41,6 +44,17 @@ protected:
     {
         return util::DynamicCast<FiniteGeomEntity>(Add(code));
     }
+    /// Above 0 when they go round counter-clockwise.
+    static float SignedArea(const math::Vec2List& points)
+    {
+        float twice = 0;
+        for (size_t i = 0; i < points.size(); ++i)
+        {
+            const Vec2 &a = points[i], &b = points[(i + 1) % points.size()];
+            twice += a.x * b.y - a.y * b.x;
+        }
+        return twice / 2;
+    }
     static void ExpectNear(const Vec2& expected, const Vec2& actual, float tolerance = 1e-5f)
     {
         EXPECT_NEAR(expected.x, actual.x, tolerance);
@@ -50,7 +64,7 @@ protected:
 
 // --- erasing ---
 
-// Deliberate: exactly two crossings.
+// Deliberate: in exactly two places, and not in two or more as the other kinds.
 TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
 {
     const auto box = Add("Scene.addBox { size = [2.0, 2.0] }");
@@ -60,7 +74,18 @@ TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
         std::vector<Vec2> points;
         bool isErased;
     } cases[] = {
-        {"through a corner", {{0.5f, 2}, {2, 0.5f}}, false},
+        {"misses a corner", {{0.5f, 2}, {2, 0.5f}}, false},
+        {"touches a corner", {{0.5f, 1.5f}, {1.5f, 0.5f}}, false},
+        {"touches a corner and turns back", {{0, 2}, {1, 1}, {2, 1.5f}}, false},
+        {"along the diagonal", {{-2, -2}, {2, 2}}, true},
+        {"along the diagonal, in two strokes", {{-2, 2}, {-1, 1}, {2, -2}}, true},
+        {"along the diagonal, and back", {{-2, -2}, {2, 2}, {-2, -2}}, false},
+        {"from a corner to a side", {{-3, -2}, {3, 1}}, true},
+        {"from within a corner to another", {{1, 1}, {-1, -1}}, true},
+        {"touches a side and turns back", {{-2, 0.5f}, {-1, 0.25f}, {-2, 0}}, false},
+        {"turns on a side and leaves", {{-2, 0.5f}, {-1, 0.25f}, {2, 0.5f}}, true},
+        {"turns on a side and ends inside", {{-2, 0.5f}, {-1, 0.25f}, {0, 0.5f}}, false},
+        {"passes and comes back the same way", {{-2, 0.25f}, {2, 0.25f}, {-2, 0.25f}}, false},
         {"across a corner", {{0, 1.5f}, {1.5f, 0}}, true},
         {"through the middle, slanted", {{-2, -1.5f}, {2, 1.7f}}, true},
         {"ends inside", {{-2, 0}, {0, 0.1f}}, false},
@@ -191,7 +216,8 @@ TEST_F(GeomEntityTest, BoxesStayBoxesWhenTheirAxesStayPerpendicular)
         {0, {3, 5}, {6, 5}, true},          {math::PIf / 2, {3, 5}, {10, 3}, true},
         {0.5f, {3, 3}, {6, 3}, true},       {0.5f, {-3, 3}, {6, 3}, true},
         {0, {-3, 5}, {6, 5}, true},         {0.5f, {3, 5}, {}, false},
-        {math::PIf / 4, {2, 1}, {}, false},
+        {math::PIf / 4, {2, 1}, {}, false}, {0.5f, {-3, 5}, {}, false},
+        {0.5f, {3, -5}, {}, false},         {0.5f, {-3, -5}, {}, false},
     };
     for (const auto& c : cases)
     {
@@ -217,20 +243,59 @@ TEST_F(GeomEntityTest, SkewBoxesBecomeThePolygonOfTheirCorners)
 {
     const auto box = Add("Scene.addBox { size = [2.0, 1.0]; pos = [7.0, 1.0]; angle = 0.5; "
                          "friction = 0.125; density = 3.0 }");
-    const Vec2 scale(3, 0.5f);
-    const GeomEntityPtr scaled = box->ScaledClone(scale);
-    ASSERT_TRUE(util::DynamicCast<PolyEntity>(scaled));
-    EXPECT_EQ(0.125f, GeomOf(scaled).GetFriction());
-    EXPECT_EQ(3, GeomOf(scaled).GetDensity());
-    Vec2 corners[4];
-    GeomOf(box).GetOBBWorld().CalcCorners(corners);
-    const auto& vertices = static_cast<const physics::Polygon&>(GeomOf(scaled)).GetWorldVertices();
-    for (const Vec2& corner : corners)
+    // Mirrored, the corners come the other way round.
+    for (const Vec2& scale : {Vec2(3, 0.5f), Vec2(-3, 0.5f), Vec2(3, -0.5f), Vec2(-3, -0.5f)})
     {
-        const Vec2 wanted = Vec2(7, 1) + Vec2::Mul(scale, corner - Vec2(7, 1));
-        EXPECT_TRUE(std::any_of(vertices.begin(), vertices.end(),
-                                [&](const Vec2& v) { return Distance(v, wanted) < 1e-4f; }));
+        SCOPED_TRACE(testing::Message() << scale.x << ", " << scale.y);
+        const GeomEntityPtr scaled = box->ScaledClone(scale);
+        ASSERT_TRUE(util::DynamicCast<PolyEntity>(scaled));
+        EXPECT_EQ(0.125f, GeomOf(scaled).GetFriction());
+        EXPECT_EQ(3, GeomOf(scaled).GetDensity());
+        EXPECT_LT(GeomOf(scaled).DistanceWorld(Vec2(7, 1)), 0);
+        EXPECT_GT(GeomOf(scaled).DistanceWorld(Vec2(7, 3)), 0);
+        Vec2 corners[4];
+        GeomOf(box).GetOBBWorld().CalcCorners(corners);
+        const auto& polygon = static_cast<const physics::Polygon&>(GeomOf(scaled));
+        const auto& vertices = polygon.GetWorldVertices();
+        for (const Vec2& corner : corners)
+        {
+            const Vec2 wanted = Vec2(7, 1) + Vec2::Mul(scale, corner - Vec2(7, 1));
+            EXPECT_TRUE(std::any_of(vertices.begin(), vertices.end(),
+                                    [&](const Vec2& v) { return Distance(v, wanted) < 1e-4f; }));
+        }
+        EXPECT_GT(SignedArea(vertices), 0);
     }
+}
+
+TEST_F(GeomEntityTest, MirroredPolygonsKeepTheirWinding)
+{
+    const auto poly = Add("Scene.addPolygon { pos = [7.0, 1.0]; angle = 0.5; "
+                          "vecs = [[-1.0, -1.0], [2.0, -1.0], [-1.0, 1.0]] }");
+    const float area = GeomOf(poly).Area();
+    for (const Vec2& scale : {Vec2(-1, 1), Vec2(1, -1), Vec2(-2, 0.5f), Vec2(-1, -1)})
+    {
+        SCOPED_TRACE(testing::Message() << scale.x << ", " << scale.y);
+        const GeomEntityPtr scaled = poly->ScaledClone(scale);
+        ASSERT_TRUE(scaled);
+        const auto& polygon = static_cast<const physics::Polygon&>(GeomOf(scaled));
+        EXPECT_GT(SignedArea(polygon.GetWorldVertices()), 0);
+        EXPECT_NEAR(area, polygon.Area(), area * 1e-4f);
+        EXPECT_LT(polygon.DistanceWorld(polygon.GetCenter()), 0);
+    }
+}
+
+TEST_F(GeomEntityTest, TheRatioOfACircleRisesAndFalls)
+{
+    const struct
+    {
+        float x, y, expected;
+    } cases[] = {{0, 4, 0}, {1, 4, 0.5f}, {2, 4, 1}, {3, 4, 0.5f}, {4, 4, 0}, {-1, -4, 0.5f}};
+    for (const auto& c : cases)
+        EXPECT_FLOAT_EQ(c.expected, CircConverter(c.x, c.y)) << c.x;
+    test::LogCapture log;
+    for (const Vec2& bad : {Vec2(5, 4), Vec2(-1, 4), Vec2(0, 0)})
+        EXPECT_THROW(CircConverter(bad.x, bad.y), BadCoderException);
+    EXPECT_TRUE(log.Has("0 <= c && c <= 2")) << log.Text();
 }
 
 TEST_F(GeomEntityTest, CirclesBecomeEllipses)
@@ -387,11 +452,79 @@ TEST_F(GeomEntityTest, LiquifiesToAsManyParticlesAsFit)
 
 TEST_F(GeomEntityTest, SpreadsTheWaterWhenThereWouldBeTooMuch)
 {
-    const auto box = AddFinite("Scene.addBox { size = [20.0, 20.0]; angle = 0.5 }");
     const auto limit = static_cast<size_t>(App::GetInstancePtr()->GetMaxSPHSpawn());
-    const std::vector<Vec2> points = box->GetEquidistantPoints();
-    EXPECT_LE(points.size(), limit + limit / 10);
-    EXPECT_GE(points.size(), limit - limit / 10);
+    // Whole rows of thin ones would be too many, or none at all.
+    for (const char* settings :
+         {"size = [20.0, 20.0]; angle = 0.5", "size = [1000.0, 0.7]; angle = 0.5",
+          "size = [0.7, 1000.0]; angle = 0.5", "size = [10000.0, 0.102]; angle = 0.5",
+          "size = [1.0e6, 0.001]", "size = [1.0e8, 1.0e-5]"})
+    {
+        SCOPED_TRACE(settings);
+        const auto box =
+            AddFinite(util::String("Scene.addBox { density = 1.0e-10; ") + settings + " }");
+        ASSERT_TRUE(box);
+        const std::vector<Vec2> points = box->GetEquidistantPoints();
+        EXPECT_LE(points.size(), limit);
+        EXPECT_GE(points.size(), limit - limit / 10);
+        // As much in each tenth of its length, to the end.
+        const math::OBB2D obb = GeomOf(box).GetOBBWorld();
+        const int axis = obb.GetHalf(0) > obb.GetHalf(1) ? 0 : 1;
+        std::vector<size_t> tenths(10);
+        for (const Vec2& p : points)
+        {
+            const float part = Dot(p - obb.GetCenter(), obb.GetAxis(axis)) / obb.GetHalf(axis);
+            ++tenths[std::clamp(int((part + 1) * 5), 0, 9)];
+        }
+        for (const size_t tenth : tenths)
+            EXPECT_NEAR(0.1, double(tenth) / double(points.size()), 0.02);
+    }
+}
+
+TEST_F(GeomEntityTest, MakesWaterOfWhateverHoldsAParticle)
+{
+    // One particle of half a radius squared: too thin for any square grid, or an L around its box's
+    // empty middle.
+    for (const char* code : {"Scene.addBox { size = [1.3, 0.001] }",
+                             "Scene.addBox { size = [0.001, 1.3]; angle = 1.0 }",
+                             "Scene.addPolygon { vecs = [[0.0, 0.0], [0.5, 0.0], [0.5, 0.01], "
+                             "[0.01, 0.01], [0.01, 0.5], "
+                             "[0.0, 0.5]] }"})
+    {
+        const auto entity = AddFinite(code);
+        ASSERT_TRUE(entity) << code;
+        const std::vector<Vec2> points = entity->GetEquidistantPoints();
+        EXPECT_FALSE(points.empty()) << code;
+        for (const Vec2& p : points)
+            EXPECT_LT(GeomOf(entity).DistanceWorld(p), 0) << code;
+    }
+}
+
+TEST_F(GeomEntityTest, LooksForPlacesOfWaterWithinReason)
+{
+    // Long arms around an empty box: the full grid would have up to 1e13 points.
+    for (const char* length : {"1.0e3", "1.0e6", "1.0e7"})
+    {
+        SCOPED_TRACE(length);
+        const util::String l = length;
+        const auto entity = AddFinite(
+            "Scene.addPolygon { density = 1.0e-10; vecs = [[0.0, 0.0], [" + l + ", 0.0], [" + l +
+            ", 1.0], [1.0, 1.0], [1.0, " + l + "], [0.0, " + l + "]] }");
+        ASSERT_TRUE(entity);
+        const std::clock_t start = std::clock();
+        const std::vector<Vec2> points = entity->GetEquidistantPoints();
+        EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, 3);
+        EXPECT_FALSE(points.empty());
+    }
+}
+
+TEST_F(GeomEntityTest, TellsOfAShapeWithoutAPlaceForWater)
+{
+    // It has an area, but nothing lies inside.
+    const auto box = AddFinite("Scene.addBox { }");
+    box->GetGeom()->SetPos(Vec2(std::numeric_limits<float>::quiet_NaN(), 0));
+    test::LogCapture log(logging::LogWarning);
+    EXPECT_TRUE(box->GetEquidistantPoints().empty());
+    EXPECT_TRUE(log.Has("Found no place for water in the shape")) << log.Text();
 }
 
 TEST_F(GeomEntityTest, LeavesOutWhatLiesOutsideTheShape)
@@ -481,6 +614,43 @@ TEST_F(GeomEntityTest, KeepsAControllerThatCannotBeBoundHere)
     box->SetForceController(nullptr);
     EXPECT_EQ(util::String::npos,
               Serializer::GetInstancePtr()->SerializeScene().find("forceController"));
+}
+
+TEST_F(GeomEntityTest, SaysOnceOnlyThatAControllerCannotBeBoundHere)
+{
+    test::LogCapture log(logging::LogWarning);
+    const auto box = AddFinite("Scene.addBox { forceController = \"joy 0 axis 0 1\" }");
+    EXPECT_EQ(1u, log.Count("No joystick connected"));
+    TheScene()->CreateClone(QUIB_NEW Group(EntityPtr(box)));
+    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    for (int i = 0; i < 3; ++i)
+    {
+        box->SetForceController(input::DirInput::Deserialize("keys up right down left"));
+        box->SetForceController(nullptr);
+        TheScene()->RemoveEntity(box);
+        before->Restore();
+        // Not to be taken for a repetition, which is left out.
+        logging::Logger::GetInstancePtr()->Update();
+        logging::Logger::GetInstancePtr()->Update();
+    }
+    log.Clear();
+    before->Restore();
+    EXPECT_EQ(0u, log.Lines().size()) << log.Text();
+    EXPECT_NE(util::String::npos, Serializer::GetInstancePtr()->SerializeScene().find(
+                                      "forceController = \"joy 0 axis 0 1\""));
+}
+
+TEST_F(GeomEntityTest, KeepsTheControllerThatItHas)
+{
+    const auto box = AddFinite("Scene.addBox { forceController = \"keys up right down left\" }");
+    const input::DirInputPtr controller = box->GetForceController();
+    EntitySerializer bag;
+    box->SerializeTo(bag);
+    box->Deserialize(bag);
+    EXPECT_EQ(controller, box->GetForceController());
+    bag.Set("forceController", util::String("keys a right down left"));
+    box->Deserialize(bag);
+    EXPECT_EQ("keys a right down left", box->GetForceController()->Serialize());
 }
 
 TEST_F(GeomEntityTest, IsUnboundByAnEmptyTextWithoutAWord)

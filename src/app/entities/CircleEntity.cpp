@@ -98,6 +98,13 @@ void DrawCircle(float r, bool cake)
 }
 }
 
+float CircConverter(float x, float y)
+{
+    const float c = 2 * x / y;
+    CODE_ASSERT(0 <= c && c <= 2);
+    return c < 1 ? c : 2 - c;
+}
+
 CircleEntity::CircleEntity(const util::SharedPtr<physics::Circle>& geom)
     : FiniteGeomEntity(geom)
 {

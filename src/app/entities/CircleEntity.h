@@ -10,6 +10,11 @@ class Circle;
 
 namespace app
 {
+/// The ratio 2 x / y as a triangle wave: from 0 up to 1 at the middle, and down to 0 again.
+/// @param x  from 0 to y
+/// @throws BadCoderException  when it is not
+float CircConverter(float x, float y);
+
 class CircleEntity final : public FiniteGeomEntity
 {
 public:

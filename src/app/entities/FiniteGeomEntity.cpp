@@ -3,6 +3,7 @@
 #include "app/App.h"
 #include "app/EntitySerializer.h"
 #include "input/DirInput.h"
+#include "logging/Log.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/SPH.h"
@@ -22,6 +23,65 @@ float DefaultControllerAcc()
 {
     return physics::Simulation::GetInstancePtr()->GetGravity().Length() + 1.0f;
 }
+
+// How many points of a grid are looked at for one that is wanted.
+const double MaxGridPerPoint = 100;
+
+// The points of a square grid over a box, from half a spacing inside. Counted, not added up: a step may
+// be less than a rounding of the place.
+class PointGrid
+{
+public:
+    /// @param most  what is too thin for the grid has a single row of at most that many points
+    PointGrid(const math::OBB2D& box, double spacing, size_t most)
+        : m_box(box)
+    {
+        for (int i = 0; i < 2; ++i)
+        {
+            m_axes[i].length = 2 * double(box.GetHalf(i));
+            m_axes[i].step = spacing;
+            m_axes[i].count = std::max(0.0, std::ceil(m_axes[i].length / spacing - 0.5));
+        }
+        for (int i = 0; i < 2; ++i)
+            if (m_axes[i].count == 0)
+            {
+                m_axes[i].Spread(1);
+                m_axes[1 - i].Spread(std::min(m_axes[1 - i].count, double(most)));
+            }
+    }
+
+    double Size() const { return m_axes[0].count * m_axes[1].count; }
+
+    std::vector<Vec2> FindInside(const physics::Geom& geom) const
+    {
+        std::vector<Vec2> points;
+        for (size_t row = 0; row < m_axes[1].count; ++row)
+            for (size_t column = 0; column < m_axes[0].count; ++column)
+            {
+                const Vec2 p = m_box.GetCenter() + m_axes[0].At(column) * m_box.GetAxis(0) +
+                               m_axes[1].At(row) * m_box.GetAxis(1);
+                if (geom.DistanceWorld(p) < 0)
+                    points.push_back(p);
+            }
+        return points;
+    }
+
+private:
+    struct Axis
+    {
+        double length, step, count; // the count is whole, and may be beyond all integers
+
+        float At(size_t i) const { return float((double(i) + 0.5) * step - length / 2); }
+        void Spread(double n)
+        {
+            count = n;
+            step = length / n;
+        }
+    };
+
+    math::OBB2D m_box;
+    Axis m_axes[2];
+};
 }
 
 FiniteGeomEntity::FiniteGeomEntity(const util::SharedPtr<physics::Geom>& geom)
@@ -51,16 +111,37 @@ std::vector<Vec2> FiniteGeomEntity::GetEquidistantPoints() const
     // Written so that a NaN makes no water either.
     if (!(n >= 1))
         return points;
-    const float spacing = std::sqrt(area / n);
+    const size_t count = static_cast<size_t>(n);
     const math::OBB2D box = GetGeom()->GetOBBWorld();
-    const Vec2 half = box.GetHalfSize();
-    for (float y = -half.y + spacing / 2; y < half.y; y += spacing)
-        for (float x = -half.x + spacing / 2; x < half.x; x += spacing)
+    const double most = double(n) * MaxGridPerPoint;
+    double spacing = std::sqrt(double(area) / n);
+    PointGrid grid(box, spacing, count);
+    // A shape that fills little of its box has a wider grid instead of one that takes forever.
+    if (grid.Size() > most)
+    {
+        spacing *= std::sqrt(grid.Size() / most);
+        grid = PointGrid(box, spacing, count);
+    }
+    points = grid.FindInside(*GetGeom());
+    // And one with thin arms a narrower one, when they lie between the points.
+    while (points.empty())
+    {
+        spacing /= 2;
+        grid = PointGrid(box, spacing, count);
+        if (!(grid.Size() <= most) || !(spacing > 0))
         {
-            const Vec2 p = box.GetCenter() + x * box.GetAxis(0) + y * box.GetAxis(1);
-            if (GetGeom()->DistanceWorld(p) < 0)
-                points.push_back(p);
+            Log(logging::LogWarning, "Found no place for water in the shape");
+            return points;
         }
+        points = grid.FindInside(*GetGeom());
+    }
+    // Rows and columns are whole numbers, so that there may be too many.
+    if (points.size() > count)
+    {
+        for (size_t i = 0; i < count; ++i)
+            points[i] = points[i * points.size() / count];
+        points.resize(count);
+    }
     return points;
 }
 
@@ -99,6 +180,11 @@ void FiniteGeomEntity::SetForceController(const input::DirInputPtr& controller)
     m_unboundController.clear();
 }
 
+util::String FiniteGeomEntity::GetControllerText() const
+{
+    return m_forceController ? m_forceController->Serialize() : m_unboundController;
+}
+
 void FiniteGeomEntity::Update(float dt)
 {
     GeomEntity::Update(dt);
@@ -123,8 +209,7 @@ void FiniteGeomEntity::SerializeTo(EntitySerializer& serializer) const
     // The default goes with the gravity: a file is read under the gravity that it is written with.
     m_controllerAcc->SetDefault(DefaultControllerAcc());
     GeomEntity::SerializeTo(serializer);
-    const util::String controller =
-        m_forceController ? m_forceController->Serialize() : m_unboundController;
+    const util::String controller = GetControllerText();
     if (!controller.empty() || serializer.KeepsDefaults())
         serializer.Set("forceController", controller);
 }
@@ -135,9 +220,13 @@ void FiniteGeomEntity::Deserialize(const EntitySerializer& serializer)
     if (serializer.Has("forceController"))
     {
         const util::String text = serializer.Get<util::String>("forceController");
-        m_forceController = text.empty() ? nullptr : input::DirInput::Deserialize(text);
-        // What can't be bound here is written again: a scene must not lose it by being saved.
-        m_unboundController = m_forceController ? "" : text;
+        // The same again is not read: each undo would warn anew of what can't be bound here.
+        if (text != GetControllerText())
+        {
+            m_forceController = text.empty() ? nullptr : input::DirInput::Deserialize(text);
+            // What can't be bound here is written again: a scene must not lose it by being saved.
+            m_unboundController = m_forceController ? "" : text;
+        }
     }
     GeomEntity::Deserialize(serializer);
 }
@@ -147,6 +236,8 @@ void FiniteGeomEntity::Check() const
     GeomEntity::Check();
     if (!math::IsFinite(m_airFrictionMult))
         QUIB_THROW(BadDataException("Bad airFrictionMult"));
+    if (!math::IsFinite(m_controllerAcc))
+        QUIB_THROW(BadDataException("Bad controllerAcc"));
     // What has no end can't move, and the numbers of its body would be no numbers.
     if (!math::IsFinite(GetGeom()->Mass()) || !math::IsFinite(GetGeom()->Inertia()) ||
         !math::IsFinite(1 / GetGeom()->Mass()) || !math::IsFinite(1 / GetGeom()->Inertia()))
@@ -162,5 +253,3 @@ math::Mat2D FiniteGeomEntity::ScaledPose(const math::Mat2D& pose, const Vec2& sc
     return math::Mat2D(axis.x, axis.y, pose.x, pose.y);
 }
 }
-    if (!math::IsFinite(m_controllerAcc))
-        QUIB_THROW(BadDataException("Bad controllerAcc"));

@@ -28,7 +28,9 @@ public:
     const input::DirInputPtr& GetForceController() const { return m_forceController; }
     void SetForceController(const input::DirInputPtr& controller);
 
-    /// World positions to put water at instead: as many particles as fit, at most App.maxSPHSpawn.
+    /// World positions to put water at instead: as many particles as fit, at most App.maxSPHSpawn, and
+    /// spread evenly. At least one when one fits, unless no place for it is found within reason, of
+    /// which the log tells.
     std::vector<math::Vec2> GetEquidistantPoints() const;
 
     /// A bound controller pushes.
@@ -54,6 +56,9 @@ protected:
     static math::Mat2D ScaledPose(const math::Mat2D& pose, const math::Vec2& scale);
 
 private:
+    /// What a file says of it.
+    util::String GetControllerText() const;
+
     script::AttribWrapper<float> m_density; // mass per area
     script::AttribWrapper<float> m_airFrictionMult;
     script::AttribWrapper<float> m_controllerAcc; // the controller's force per mass
