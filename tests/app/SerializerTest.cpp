@@ -451,7 +451,7 @@ TEST_F(SerializerTest, FormulasOfABlockFindWhatTheyName)
     Load("Scene.addBox { half = 0.5; quarter = { half * 0.5 }; friction = { quarter + half }; "
          "restitution = { { half }; quarter } }; "
          // One that no attribute of the entity holds.
-         "Scene.addBox { eighth = 0.125; friction = { 0.75 }; Sim.airDensity = { eighth } }");
+         "Scene.addBox { eighth = { 0.125 }; friction = { 0.75 }; Sim.airDensity = { eighth } }");
     for (int i = 0; i < 3; ++i)
         Parser()->Update();
     EXPECT_EQ("", log.Text());

@@ -600,14 +600,14 @@ TEST_F(SimulationTest, RemovesManyBodiesInLinearTime)
 {
     // The first ones: taken out one by one, each would move all behind it.
     BodyList bodies;
-    for (int i = 0; i < 40000; ++i)
+    for (int i = 0; i < 120000; ++i)
     {
         bodies.push_back(QUIB_NEW Body);
         sim.AddBody(bodies.back());
     }
     const std::clock_t start = std::clock();
     sim.RemoveBodies(bodies);
-    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
     EXPECT_EQ(1u, sim.GetBodies().size());
 }
 
