@@ -273,6 +273,65 @@ void WeldedRestore(benchmark::State& state)
 }
 BENCHMARK(WeldedRestore)->Unit(benchmark::kMillisecond)->MinTime(1);
 
+/// A scene of pinned boxes, each with keys of its own to drive it: all of them listen to the input.
+void LoadBound()
+{
+    StartServices();
+    static util::String* program = nullptr;
+    if (!program)
+    {
+        program = new util::String("FileInfo.version = 2;\n");
+        for (size_t i = 1; i <= MixedCount / 2; ++i)
+            *program += "Scene.addBox { geomID = " + util::ToString(i) + "; pos = [" +
+                        util::ToString(2 * i) + ", 0.0] };\n" +
+                        "Scene.addHinge { size = 0.2; geom0 = " + util::ToString(i) +
+                        "; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [" + util::ToString(2 * i) +
+                        ", 0.0]; buttonForward = \"right\"; buttonBack = \"left\" };\n";
+    }
+    app::Scene::GetInstancePtr()->ClearScene();
+    app::Serializer::GetInstancePtr()->Deserialize(*program);
+}
+
+void BoundLoad(benchmark::State& state)
+{
+    for (auto _ : state)
+        LoadBound();
+    CheckMixed(state);
+}
+BENCHMARK(BoundLoad)->Unit(benchmark::kMillisecond)->MinTime(1);
+
+void BoundRestore(benchmark::State& state)
+{
+    LoadBound();
+    const app::SnapshotPtr snapshot = app::Snapshot::TakeSnapshot();
+    app::Scene* scene = app::Scene::GetInstancePtr();
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        scene->ClearScene();
+        state.ResumeTiming();
+        snapshot->Restore();
+    }
+    CheckMixed(state);
+    scene->ClearScene();
+}
+BENCHMARK(BoundRestore)->Unit(benchmark::kMillisecond)->MinTime(1);
+
+/// A group of pinned boxes is moved: each pin looks for what lies under it.
+void BoundMove(benchmark::State& state)
+{
+    LoadBound();
+    app::Scene* scene = app::Scene::GetInstancePtr();
+    const app::GroupPtr all = QUIB_NEW app::Group;
+    for (const app::EntityPtr& entity : scene->GetEntities())
+        all->Add(entity);
+    for (auto _ : state)
+        scene->Transform(all, math::Mat2D::Translation(math::Vec2(0.01f, 0)));
+    CheckMixed(state);
+    scene->ClearScene();
+}
+BENCHMARK(BoundMove)->Unit(benchmark::kMillisecond)->MinTime(1);
+
 /// One frame's work on the scene's entities: who lives, which bodies nobody holds.
 void UpdateScene(benchmark::State& state)
 {

@@ -36,11 +36,6 @@ int CountEnds(const JointEntity& joint, const GeomRefs& geoms)
     return int(geoms.count(joint.GetGeom(0).get())) + int(geoms.count(joint.GetGeom(1).get()));
 }
 
-bool IsSpring(const JointEntity& joint)
-{
-    return dynamic_cast<const SpringEntity*>(&joint) != nullptr;
-}
-
 /// Whether the joint pins one of the geometries to the world body.
 bool IsPin(const JointEntity& joint, const GeomRefs& geoms)
 {
@@ -321,7 +316,7 @@ std::optional<math::Vec2> Group::CalcScaleCenter() const
     {
         const EntityPtr only = GetFirst();
         const JointEntity* joint = only->AsJointEntity();
-        if ((joint && !IsSpring(*joint)) || only->AsPenEntity())
+        if ((joint && !joint->AsSpringEntity()) || only->AsPenEntity())
             return CalcCenterByWeight();
     }
     GeomRefs geoms;
@@ -332,7 +327,7 @@ std::optional<math::Vec2> Group::CalcScaleCenter() const
     for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
     {
         const JointEntity* joint = entity->AsJointEntity();
-        if (!joint || IsSpring(*joint))
+        if (!joint || joint->AsSpringEntity())
             continue;
         const int ends = CountEnds(*joint, geoms);
         if (ends > 0)
@@ -388,7 +383,7 @@ std::vector<EntityPtr> Group::GetTransformEntities() const
         else if (const JointEntity* joint = entity->AsJointEntity())
         {
             // A pin on the background comes along.
-            if (!IsSpring(*joint) && IsPin(*joint, geoms))
+            if (!joint->AsSpringEntity() && IsPin(*joint, geoms))
                 joints.insert(entity);
         }
 

@@ -153,7 +153,7 @@ ScaledJoint ScaleJoint(const JointEntityPtr& joint, const GeomMap& newGeoms, boo
     // body that is not scaled: by the matrix its end could come to lie beside it, and would be fastened
     // to something else.
     const GeomPtr world = physics::Simulation::GetInstancePtr()->GetWorldGeom();
-    const bool isPin = !dynamic_cast<const SpringEntity*>(joint.get());
+    const bool isPin = !joint->AsSpringEntity();
     for (int i = 0; i < 2; ++i)
     {
         // Not the joint's own notion of it, which is that of the last frame.
@@ -266,7 +266,7 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
             if (!members.count(scaled.joint.get()))
                 continue;
             scaled.joint->SetSize(scaled.joint->GetSize() * factor);
-            if (auto* spring = dynamic_cast<SpringEntity*>(scaled.joint.get()))
+            if (SpringEntity* spring = scaled.joint->ToSpringEntity())
                 spring->SetTargetLength(spring->GetTargetLength() * factor);
         }
     }

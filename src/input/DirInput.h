@@ -1,4 +1,4 @@
-// A setting that is a direction in the plane: four keys, later also the stick of a joystick.
+// A setting that is a direction in the plane, given by four keys.
 #pragma once
 
 #include "math/Vector.h"

@@ -27,6 +27,9 @@ public:
     /// False also once the geometries are on two bodies.
     bool IsAlive() const override;
 
+    /// Welds what it has welded, wherever it was moved to: alone it snaps back.
+    void EndTransform() override { StopTransforming(); }
+
     /// What it has welded; null for both when it is not in the simulation.
     /// @param i  0 or 1
     const util::SharedPtr<physics::Geom>& GetWelded(int i) const { return m_welded[i]; }

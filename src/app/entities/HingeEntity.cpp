@@ -110,13 +110,6 @@ bool HingeEntity::IsAlive() const
            physics::Simulation::GetInstancePtr()->HasConstraint(m_hinge);
 }
 
-void HingeEntity::EndTransform()
-{
-    JointEntity::EndTransform();
-    const Vec2 points[2] = {GetWorldPoint(0), GetWorldPoint(1)};
-    AttachAt(points);
-}
-
 void HingeEntity::Update(float dt)
 {
     JointEntity::Update(dt);

@@ -41,7 +41,6 @@ public:
     void RemoveFromSimulation() override;
     /// False also once a limit has broken it.
     bool IsAlive() const override;
-    void EndTransform() override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
 

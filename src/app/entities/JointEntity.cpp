@@ -2,7 +2,6 @@
 
 #include "app/EntitySerializer.h"
 #include "app/Scene.h"
-#include "app/entities/CirclePicking.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
@@ -145,26 +144,6 @@ math::BoundingCircle JointEntity::AsCircle() const
     return math::BoundingCircle(m_worldPoints[0], m_size * 0.5f);
 }
 
-bool JointEntity::IsOnEntity(const Vec2& pos) const
-{
-    return IsInCircle(AsCircle(), pos);
-}
-
-bool JointEntity::ErasedBy(const physics::LinesegmentList& stroke) const
-{
-    return IsCircleErasedBy(AsCircle(), stroke);
-}
-
-bool JointEntity::IsContainedBy(const physics::Polygon& polygon) const
-{
-    return IsCircleContainedBy(AsCircle(), polygon);
-}
-
-math::BoundingBox JointEntity::GetAABB() const
-{
-    return CircleBox(AsCircle());
-}
-
 bool JointEntity::IsAlive() const
 {
     return IsInSimulation(m_geoms[0]) && IsInSimulation(m_geoms[1]);
@@ -186,7 +165,8 @@ void JointEntity::Transform(const math::Mat2D& matrix)
 
 void JointEntity::EndTransform()
 {
-    m_isTransforming = false;
+    StopTransforming();
+    AttachAt(m_worldPoints);
 }
 
 void JointEntity::SerializeTo(EntitySerializer& serializer) const

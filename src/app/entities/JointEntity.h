@@ -1,10 +1,9 @@
 // Anything fastened at two points: hinges, springs and welds. An end that is on no body is on the world's
-// geometry. What dies with it is the joint only: it holds its geometries, and leaves the scene by itself
-// once one of them has left.
+// geometry. It keeps the geometries of its ends but does not decide on them: it leaves the scene by itself
+// once one of them has left, and they stay when it leaves.
 #pragma once
 
-#include "app/entities/Entity.h"
-#include "math/BoundingSphere.h"
+#include "app/entities/PointEntity.h"
 #include "math/Mat2D.h"
 
 namespace physics
@@ -17,16 +16,19 @@ namespace app
 {
 class FixJointEntity;
 class JointEntity;
+class SpringEntity;
 using JointEntityPtr = util::SharedPtr<JointEntity>;
 
-class JointEntity : public Entity
+class JointEntity : public PointEntity
 {
 public:
     ~JointEntity() override;
 
     const JointEntity* AsJointEntity() const override { return this; }
     virtual const FixJointEntity* AsFixJointEntity() const { return nullptr; }
+    virtual const SpringEntity* AsSpringEntity() const { return nullptr; }
     FixJointEntity* ToFixJointEntity() { return const_cast<FixJointEntity*>(AsFixJointEntity()); }
+    SpringEntity* ToSpringEntity() { return const_cast<SpringEntity*>(AsSpringEntity()); }
 
     /// A joint of the same kind, size, geometries and points, which is in neither scene nor simulation.
     /// Attributes, colour and buttons have their defaults.
@@ -63,16 +65,13 @@ public:
     void SetSize(float size) { m_size = size; }
 
     void Update(float dt) override;
-    bool IsOnEntity(const math::Vec2& pos) const override;
-    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
-    bool IsContainedBy(const physics::Polygon& polygon) const override;
     bool IsAlive() const override;
     void StartTransform() override;
     void Transform(const math::Mat2D& matrix) override;
+    /// Fastens the ends to what lies there now.
     void EndTransform() override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
-    math::BoundingBox GetAABB() const override;
 
 protected:
     explicit JointEntity(float size);
@@ -81,8 +80,10 @@ protected:
     void CopyEnds(const JointEntity& o);
     /// The middle of the two ends, in the world: where a joint is drawn.
     math::Vec2 GetMiddle() const;
-    /// How it is picked and erased.
-    math::BoundingCircle AsCircle() const;
+    /// Around the first end.
+    math::BoundingCircle AsCircle() const override;
+    /// The local points count again.
+    void StopTransforming() { m_isTransforming = false; }
 
 private:
     void UpdateWorldPoints();

@@ -2,7 +2,6 @@
 
 #include "app/App.h"
 #include "app/Scene.h"
-#include "app/entities/CirclePicking.h"
 #include "app/entities/JointDrawing.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
@@ -118,26 +117,6 @@ void PenEntity::OnSimUpdate(float)
 math::BoundingCircle PenEntity::AsCircle() const
 {
     return math::BoundingCircle(GetPos(), m_size * 0.5f);
-}
-
-bool PenEntity::IsOnEntity(const Vec2& pos) const
-{
-    return IsInCircle(AsCircle(), pos);
-}
-
-bool PenEntity::ErasedBy(const physics::LinesegmentList& stroke) const
-{
-    return IsCircleErasedBy(AsCircle(), stroke);
-}
-
-bool PenEntity::IsContainedBy(const physics::Polygon& polygon) const
-{
-    return IsCircleContainedBy(AsCircle(), polygon);
-}
-
-math::BoundingBox PenEntity::GetAABB() const
-{
-    return CircleBox(AsCircle());
 }
 
 void PenEntity::Transform(const math::Mat2D&) {}

@@ -1,8 +1,7 @@
 // A pen that rides on a geometry and leaves a trail.
 #pragma once
 
-#include "app/entities/Entity.h"
-#include "math/BoundingSphere.h"
+#include "app/entities/PointEntity.h"
 #include "script/Attributes.h"
 #include "util/Callback.h"
 
@@ -18,7 +17,7 @@ namespace app
 class PenEntity;
 using PenEntityPtr = util::SharedPtr<PenEntity>;
 
-class PenEntity final : public Entity
+class PenEntity final : public PointEntity
 {
 public:
     // One step of the pen.
@@ -58,15 +57,11 @@ public:
     void SetTrail(const Trail& trail) { m_trail = trail; }
 
     void Draw() const override;
-    bool IsOnEntity(const math::Vec2& pos) const override;
-    bool ErasedBy(const physics::LinesegmentList& stroke) const override;
-    bool IsContainedBy(const physics::Polygon& polygon) const override;
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsAlive() const override;
     /// Nothing: a pen goes where its geometry goes.
     void Transform(const math::Mat2D& matrix) override;
-    math::BoundingBox GetAABB() const override;
     /// Always: the trail can be anywhere.
     bool IsInView(const math::BoundingBox& view) const override;
 
@@ -75,7 +70,7 @@ protected:
 
 private:
     void OnSimUpdate(float dt);
-    math::BoundingCircle AsCircle() const;
+    math::BoundingCircle AsCircle() const override;
     void DrawTrail() const;
 
     util::SharedPtr<physics::Geom> m_geom;

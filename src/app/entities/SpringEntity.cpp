@@ -97,13 +97,6 @@ bool SpringEntity::IsAlive() const
     return JointEntity::IsAlive() && GetGeom(0)->GetBodyPtr() != GetGeom(1)->GetBodyPtr();
 }
 
-void SpringEntity::EndTransform()
-{
-    JointEntity::EndTransform();
-    const Vec2 points[2] = {GetWorldPoint(0), GetWorldPoint(1)};
-    AttachAt(points);
-}
-
 bool SpringEntity::IsOnEntity(const Vec2& pos) const
 {
     return GetLine().Distance(pos) < GetSize() * 0.5f;

@@ -21,6 +21,8 @@ public:
     explicit SpringEntity(float size);
     ~SpringEntity() override;
 
+    const SpringEntity* AsSpringEntity() const override { return this; }
+
     JointEntityPtr Clone() const override;
     void CreateJoint() override;
 
@@ -44,7 +46,6 @@ public:
     void AddToSimulation() override;
     void RemoveFromSimulation() override;
     bool IsAlive() const override;
-    void EndTransform() override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
     math::BoundingBox GetAABB() const override;
