@@ -4,19 +4,18 @@
 // Time is CPU time of the thread, the median of 100 steps after 100 others, the best of three runs. Memory is
 // what the heap holds more after these steps than before there were any particles, in a process of its own.
 
+#include "Measure.h"
 #include "physics/Particle.h"
 #include "physics/Plane.h"
 #include "physics/SPH.h"
 #include "physics/Simulation.h"
 
-#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <vector>
 
 namespace
@@ -24,19 +23,6 @@ namespace
 using math::Vec2;
 
 const float Spacing = 0.09f;
-
-double GetThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + 1e-9 * t.tv_nsec;
-}
-
-size_t GetHeapSize()
-{
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
 
 void AddWall(Vec2 point, Vec2 normal)
 {
@@ -60,7 +46,7 @@ int Measure(size_t n)
     size_t heap = 0;
     for (int run = 0; run < 3; ++run)
     {
-        const size_t before = GetHeapSize();
+        const size_t before = bench::GetHeapBytes();
         for (size_t i = 0; i < n; ++i)
             sim.AddParticle(
                 QUIB_NEW physics::Particle(Spacing * Vec2(i % side + 0.5f, float(i / side) + 0.5f),
@@ -68,14 +54,14 @@ int Measure(size_t n)
         std::vector<double> times;
         for (int step = 0; step < 200; ++step)
         {
-            const double start = GetThreadSeconds();
+            const double start = bench::GetThreadSeconds();
             sim.Step(true);
-            times.push_back(GetThreadSeconds() - start);
+            times.push_back(bench::GetThreadSeconds() - start);
         }
         std::nth_element(times.begin() + 100, times.begin() + 150, times.end());
         best = std::min(best, times[150]);
         if (run == 0)
-            heap = GetHeapSize() - before;
+            heap = bench::GetHeapBytes() - before;
         if (sim.GetParticles().size() != n)
         {
             std::printf("%8zu  some are gone\n", n);

@@ -4,6 +4,7 @@
 // to 399, *falling* that of steps 0 to 99, in CPU time of the thread; of three runs the best counts. A
 // run whose world has not come out as it must has no time.
 
+#include "Measure.h"
 #include "step/Engine.h"
 #include "step/Memory.h"
 
@@ -13,7 +14,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <map>
 #include <string>
 #include <vector>
@@ -45,13 +45,6 @@ struct Result
 };
 // By world, window and engine.
 std::map<std::string, std::map<std::string, std::map<std::string, Result>>> g_results;
-
-double GetThreadSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + 1e-9 * t.tv_nsec;
-}
 
 std::string CheckResult(const World& world, const Engine& engine)
 {

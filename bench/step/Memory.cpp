@@ -1,8 +1,8 @@
 #include "step/Memory.h"
 
+#include "Measure.h"
 #include "step/Engine.h"
 
-#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,12 +14,6 @@ namespace bench
 namespace
 {
 const int Count = 4000;
-
-double CountBytes()
-{
-    const struct mallinfo2 info = mallinfo2();
-    return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
-}
 
 // Side by side on the ground, if there is one.
 World MakeRow(bool hasGround, Shape::Kind kind)
@@ -53,13 +47,13 @@ double CountBytesWith(const World& world)
     const EnginePtr engine = MakeQuib(world);
     for (int step = 0; step < 20; ++step)
         engine->Step();
-    return CountBytes();
+    return static_cast<double>(GetHeapBytes());
 }
 
 // That the world has added to what there was, for each of its things.
 double MeasureBytes(const World& world)
 {
-    const double before = CountBytes();
+    const double before = static_cast<double>(GetHeapBytes());
     return (CountBytesWith(world) - before) / Count;
 }
 

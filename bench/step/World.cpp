@@ -103,6 +103,18 @@ void AddPolygon(World& world, Shape shape)
     world.shapes.push_back(shape);
 }
 
+// Points of an ellipse, so it is convex.
+void MakeConvex(Shape& shape, int corners, Numbers& numbers)
+{
+    const float rx = numbers.Uniform(0.35f, 0.6f), ry = numbers.Uniform(0.35f, 0.6f);
+    for (int k = 0; k < corners; ++k)
+    {
+        const float a = math::TwoPIf * (k + numbers.Uniform(-0.3f, 0.3f)) / corners;
+        shape.points.push_back(Vec2(rx * std::cos(a), ry * std::sin(a)));
+    }
+    shape.convex = {shape.points};
+}
+
 World MakePolygons()
 {
     World world;
@@ -111,14 +123,7 @@ World MakePolygons()
     for (int i = 0; i < 300; ++i)
     {
         Shape shape{Shape::Polygon, Vec2(1.2f * (i % 15 - 7), 1.2f * (i / 15) + 1), Vec2()};
-        const float rx = numbers.Uniform(0.35f, 0.6f), ry = numbers.Uniform(0.35f, 0.6f);
-        for (int k = 0; k < 8; ++k)
-        {
-            // Points of an ellipse, so it is convex.
-            const float a = math::TwoPIf * (k + numbers.Uniform(-0.3f, 0.3f)) / 8;
-            shape.points.push_back(Vec2(rx * std::cos(a), ry * std::sin(a)));
-        }
-        shape.convex = {shape.points};
+        MakeConvex(shape, 8, numbers);
         AddPolygon(world, shape);
     }
     world.minTop = 3;
@@ -144,16 +149,7 @@ World MakeRubble()
                             {Vec2(0, t), Vec2(t, t), Vec2(t, h), Vec2(0, h)}};
         }
         else
-        {
-            const int corners = 3 + i % 5;
-            const float rx = numbers.Uniform(0.35f, 0.6f), ry = numbers.Uniform(0.35f, 0.6f);
-            for (int k = 0; k < corners; ++k)
-            {
-                const float a = math::TwoPIf * (k + numbers.Uniform(-0.3f, 0.3f)) / corners;
-                shape.points.push_back(Vec2(rx * std::cos(a), ry * std::sin(a)));
-            }
-            shape.convex = {shape.points};
-        }
+            MakeConvex(shape, 3 + i % 5, numbers);
         AddPolygon(world, shape);
     }
     world.minTop = 3;
