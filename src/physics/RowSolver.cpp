@@ -15,15 +15,33 @@ namespace physics
 namespace
 {
 template<typename Batch>
-void ClearBatch(std::vector<Batch>& batches, uint32_t index)
+void MakeRoom(std::vector<Batch>& batches, uint32_t index)
 {
     if (batches.size() <= index)
         batches.resize(2 * (index + 1));
-    std::memset(static_cast<void*>(&batches[index]), 0, sizeof(Batch));
+}
+
+// An empty lane: it works on nothing but the accumulators of immovable bodies. All fields are arrays of
+// one number per lane.
+template<typename Batch>
+void ClearLane(Batch& batch, int lane)
+{
+    static_assert(sizeof(Batch) % (RowBatch::Lanes * sizeof(float)) == 0, "arrays of lanes only");
+    char* end = reinterpret_cast<char*>(&batch + 1);
+    for (char* p = reinterpret_cast<char*>(&batch); p != end; p += RowBatch::Lanes * sizeof(float))
+        std::memset(p + lane * sizeof(float), 0, sizeof(float));
+}
+
+template<typename Batch>
+void ClearLanes(Batch& batch, int from)
+{
+    for (int lane = from; lane < RowBatch::Lanes; ++lane)
+        ClearLane(batch, lane);
 }
 
 namespace baseline
 {
+#include "physics/Lanes.inl"
 #include "physics/RowSweep.inl"
 }
 
@@ -33,10 +51,12 @@ namespace baseline
 #pragma GCC target("avx2")
 namespace avx2
 {
+#include "physics/Lanes.inl"
 #include "physics/RowSweep.inl"
 }
 #pragma GCC pop_options
 #endif
+#undef LANES_INLINE
 
 }
 
@@ -196,8 +216,7 @@ void RowSolver::TakeOutLoneRows()
         }
         row.kind = LoneKind;
         const uint32_t lane = m_loneCount++;
-        if (lane % RowBatch::Lanes == 0)
-            ClearBatch(m_loneBatches, lane / RowBatch::Lanes);
+        MakeRoom(m_loneBatches, lane / RowBatch::Lanes);
         FillLane(m_loneBatches[lane / RowBatch::Lanes], lane % RowBatch::Lanes, row);
         m_lanes.data()[key.row] = lane;
     }
@@ -232,27 +251,6 @@ void RowSolver::SortKeys()
             out[counts[digit][k.key >> digit * bits & mask]++] = k;
         m_keys.swap(m_keysBuffer);
     }
-}
-
-namespace
-{
-template<typename Batch>
-void MakeRoom(std::vector<Batch>& batches, uint32_t index)
-{
-    if (batches.size() <= index)
-        batches.resize(2 * (index + 1));
-}
-
-// An empty lane: it works on nothing but the accumulators of immovable bodies. All fields are arrays of
-// one number per lane.
-template<typename Batch>
-void ClearLane(Batch& batch, int lane)
-{
-    static_assert(sizeof(Batch) % (RowBatch::Lanes * sizeof(float)) == 0, "arrays of lanes only");
-    char* end = reinterpret_cast<char*>(&batch + 1);
-    for (char* p = reinterpret_cast<char*>(&batch); p != end; p += RowBatch::Lanes * sizeof(float))
-        std::memset(p + lane * sizeof(float), 0, sizeof(float));
-}
 }
 
 void RowSolver::Schedule(const ConstraintList& constraints)
@@ -307,21 +305,22 @@ void RowSolver::Schedule(const ConstraintList& constraints)
 void RowSolver::ClearEmptyLanes()
 {
     for (const Place& place : m_places)
-        for (int lane = place.fill; lane < RowBatch::Lanes; ++lane)
-            switch (place.kind)
-            {
-            case ContactKind:
-                ClearLane(m_contactBatches[place.index], lane);
-                break;
-            case HingeKind:
-                ClearLane(m_hingeBatches[place.index], lane);
-                break;
-            case MotorKind:
-                ClearLane(m_motorBatches[place.index], lane);
-                break;
-            default:
-                break;
-            }
+        switch (place.kind)
+        {
+        case ContactKind:
+            ClearLanes(m_contactBatches[place.index], place.fill);
+            break;
+        case HingeKind:
+            ClearLanes(m_hingeBatches[place.index], place.fill);
+            break;
+        case MotorKind:
+            ClearLanes(m_motorBatches[place.index], place.fill);
+            break;
+        default:
+            break;
+        }
+    if (m_loneCount % RowBatch::Lanes != 0)
+        ClearLanes(m_loneBatches[m_loneCount / RowBatch::Lanes], m_loneCount % RowBatch::Lanes);
 }
 
 void RowSolver::FillLane(RowBatch& batch, int lane, const Row& row) const

@@ -1,19 +1,15 @@
-// The innermost loop of the solver, included by RowSolver.cpp once for each instruction set. Written in
-// the compiler's vector extension. Same operations and operands in every set, hence the same bits.
+// The innermost loop of the solver, included by RowSolver.cpp once for each instruction set, after Lanes.inl.
+// Same operations and operands in every set, hence the same bits.
 
-typedef float Vec8 __attribute__((vector_size(32)));
-typedef float Vec4f __attribute__((vector_size(16)));
 typedef int32_t Mask8 __attribute__((vector_size(32)));
 
-#define SWEEP_INLINE static inline __attribute__((always_inline))
-
-SWEEP_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8*>(p); }
-SWEEP_INLINE Mask8 Load(const int32_t* p) { return *reinterpret_cast<const Mask8*>(p); }
-SWEEP_INLINE void Store(float* p, Vec8 v) { *reinterpret_cast<Vec8*>(p) = v; }
+LANES_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8*>(p); }
+LANES_INLINE Mask8 Load(const int32_t* p) { return *reinterpret_cast<const Mask8*>(p); }
+LANES_INLINE void Store(float* p, Vec8 v) { *reinterpret_cast<Vec8*>(p) = v; }
 
 // First operand greater: the first, else, NaN included, the second. As Max and Min of Constraint.
-SWEEP_INLINE Vec8 Max(Vec8 a, Vec8 b) { return a > b ? a : b; }
-SWEEP_INLINE Vec8 Min(Vec8 a, Vec8 b) { return a < b ? a : b; }
+LANES_INLINE Vec8 Max(Vec8 a, Vec8 b) { return a > b ? a : b; }
+LANES_INLINE Vec8 Min(Vec8 a, Vec8 b) { return a < b ? a : b; }
 
 // The accumulators of eight bodies, one quantity to a vector.
 struct Lanes
@@ -21,47 +17,20 @@ struct Lanes
     Vec8 x, y, w, massInv;
 };
 
-SWEEP_INLINE Vec8 LoadPair(const VelChange* accum, uint32_t low, uint32_t high)
+LANES_INLINE void Gather(const VelChange* accum, const uint32_t* i, Lanes& out)
 {
-    const Vec4f a = *reinterpret_cast<const Vec4f*>(accum + low);
-    const Vec4f b = *reinterpret_cast<const Vec4f*>(accum + high);
-    return __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
+    const auto at = [=](int k) { return &accum[i[k]].x; };
+    GatherLanes(at, out.x, out.y, out.w, out.massInv);
 }
 
-SWEEP_INLINE void StorePair(VelChange* accum, uint32_t low, uint32_t high, Vec8 v)
+LANES_INLINE void Scatter(VelChange* accum, const uint32_t* i, const Lanes& in)
 {
-    *reinterpret_cast<Vec4f*>(accum + low) = __builtin_shufflevector(v, v, 0, 1, 2, 3);
-    *reinterpret_cast<Vec4f*>(accum + high) = __builtin_shufflevector(v, v, 4, 5, 6, 7);
-}
-
-SWEEP_INLINE void Gather(const VelChange* accum, const uint32_t* i, Lanes& out)
-{
-    const Vec8 t0 = LoadPair(accum, i[0], i[4]), t1 = LoadPair(accum, i[1], i[5]);
-    const Vec8 t2 = LoadPair(accum, i[2], i[6]), t3 = LoadPair(accum, i[3], i[7]);
-    const Vec8 xy01 = __builtin_shufflevector(t0, t1, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 wm01 = __builtin_shufflevector(t0, t1, 2, 10, 3, 11, 6, 14, 7, 15);
-    const Vec8 xy23 = __builtin_shufflevector(t2, t3, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 wm23 = __builtin_shufflevector(t2, t3, 2, 10, 3, 11, 6, 14, 7, 15);
-    out.x = __builtin_shufflevector(xy01, xy23, 0, 1, 8, 9, 4, 5, 12, 13);
-    out.y = __builtin_shufflevector(xy01, xy23, 2, 3, 10, 11, 6, 7, 14, 15);
-    out.w = __builtin_shufflevector(wm01, wm23, 0, 1, 8, 9, 4, 5, 12, 13);
-    out.massInv = __builtin_shufflevector(wm01, wm23, 2, 3, 10, 11, 6, 7, 14, 15);
-}
-
-SWEEP_INLINE void Scatter(VelChange* accum, const uint32_t* i, const Lanes& in)
-{
-    const Vec8 xyLow = __builtin_shufflevector(in.x, in.y, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 xyHigh = __builtin_shufflevector(in.x, in.y, 2, 10, 3, 11, 6, 14, 7, 15);
-    const Vec8 wmLow = __builtin_shufflevector(in.w, in.massInv, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 wmHigh = __builtin_shufflevector(in.w, in.massInv, 2, 10, 3, 11, 6, 14, 7, 15);
-    StorePair(accum, i[0], i[4], __builtin_shufflevector(xyLow, wmLow, 0, 1, 8, 9, 4, 5, 12, 13));
-    StorePair(accum, i[1], i[5], __builtin_shufflevector(xyLow, wmLow, 2, 3, 10, 11, 6, 7, 14, 15));
-    StorePair(accum, i[2], i[6], __builtin_shufflevector(xyHigh, wmHigh, 0, 1, 8, 9, 4, 5, 12, 13));
-    StorePair(accum, i[3], i[7], __builtin_shufflevector(xyHigh, wmHigh, 2, 3, 10, 11, 6, 7, 14, 15));
+    const auto at = [=](int k) { return &accum[i[k]].x; };
+    ScatterLanes(at, in.x, in.y, in.w, in.massInv);
 }
 
 // One sweep over eight contacts.
-SWEEP_INLINE void SolveContacts(const RowBatch& batch, Lanes& a, Lanes& b, Vec8& totalN, Vec8& totalT)
+LANES_INLINE void SolveContacts(const RowBatch& batch, Lanes& a, Lanes& b, Vec8& totalN, Vec8& totalT)
 {
     const Vec8 zero = {};
     const Vec8 r0x = Load(batch.r0x), r0y = Load(batch.r0y);
@@ -112,24 +81,24 @@ static void SweepContacts(RowBatch* batch, RowBatch* end, VelChange* accum)
 }
 
 // Where two vectors have different bits.
-SWEEP_INLINE Mask8 Differences(Vec8 a, Vec8 b)
+LANES_INLINE Mask8 Differences(Vec8 a, Vec8 b)
 {
     return reinterpret_cast<Mask8>(a) ^ reinterpret_cast<Mask8>(b);
 }
 
-SWEEP_INLINE bool IsAnySet(Mask8 mask)
+LANES_INLINE bool IsAnySet(Mask8 mask)
 {
     typedef int64_t Mask4 __attribute__((vector_size(32)));
     const Mask4 m = reinterpret_cast<Mask4>(mask);
     return ((m[0] | m[1]) | (m[2] | m[3])) != 0;
 }
 
-SWEEP_INLINE Vec8 Masked(Vec8 v, Mask8 mask)
+LANES_INLINE Vec8 Masked(Vec8 v, Mask8 mask)
 {
     return reinterpret_cast<Vec8>(reinterpret_cast<Mask8>(v) & mask);
 }
 
-SWEEP_INLINE void Mask(Lanes& lanes, Mask8 mask)
+LANES_INLINE void Mask(Lanes& lanes, Mask8 mask)
 {
     lanes.x = Masked(lanes.x, mask);
     lanes.y = Masked(lanes.y, mask);
@@ -172,7 +141,7 @@ static void SweepLoneContacts(RowBatch* batch, RowBatch* end, VelChange* accum, 
 }
 
 // The impulses that eight hinges want, as in Hinge::CalcDesiredImpulse.
-SWEEP_INLINE void CalcHingeImpulses(const HingeBatch& batch, const Lanes& a, const Lanes& b, Vec8& jx,
+LANES_INLINE void CalcHingeImpulses(const HingeBatch& batch, const Lanes& a, const Lanes& b, Vec8& jx,
                                     Vec8& jy)
 {
     const Vec8 wx = (b.x - b.w * Load(batch.r1y)) - (a.x - a.w * Load(batch.r0y));
@@ -185,7 +154,7 @@ SWEEP_INLINE void CalcHingeImpulses(const HingeBatch& batch, const Lanes& a, con
 }
 
 // Constraint::ApplyImpulse on eight hinges.
-SWEEP_INLINE void ApplyHingeImpulses(const HingeBatch& batch, Lanes& a, Lanes& b, Vec8 jx, Vec8 jy)
+LANES_INLINE void ApplyHingeImpulses(const HingeBatch& batch, Lanes& a, Lanes& b, Vec8 jx, Vec8 jy)
 {
     a.x = a.x - a.massInv * jx;
     a.y = a.y - a.massInv * jy;
@@ -256,5 +225,3 @@ static void SweepMotors(MotorBatch* batch, MotorBatch* end, VelChange* accum)
         *reinterpret_cast<Vec4f*>(accum) = nothing;
     }
 }
-
-#undef SWEEP_INLINE

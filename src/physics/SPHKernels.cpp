@@ -72,9 +72,10 @@ struct PairWriter
 
 namespace baseline
 {
-inline __attribute__((always_inline)) void AppendNeighbors(const float* xs, const float* ys,
-                                                           uint32_t i, uint32_t begin, uint32_t end,
-                                                           float maxDistSq, PairWriter& out)
+#include "physics/Lanes.inl"
+
+LANES_INLINE void AppendNeighbors(const float* xs, const float* ys, uint32_t i, uint32_t begin,
+                                  uint32_t end, float maxDistSq, PairWriter& out)
 {
     const float x = xs[i], y = ys[i];
     for (uint32_t j = begin; j < end; ++j)
@@ -90,9 +91,7 @@ inline __attribute__((always_inline)) void AppendNeighbors(const float* xs, cons
     }
 }
 
-typedef float Lanes8 __attribute__((vector_size(32)));
-
-inline __attribute__((always_inline)) Lanes8 Sqrt(Lanes8 v)
+LANES_INLINE Vec8 Sqrt(Vec8 v)
 {
 #ifdef __SSE__
     const __m128 low = _mm_sqrt_ps(__builtin_shufflevector(v, v, 0, 1, 2, 3));
@@ -132,9 +131,10 @@ constexpr PackTable g_packTable;
 #pragma GCC target("avx2,popcnt")
 namespace avx2
 {
-inline __attribute__((always_inline)) void AppendNeighbors(const float* xs, const float* ys,
-                                                           uint32_t i, uint32_t begin, uint32_t end,
-                                                           float maxDistSq, PairWriter& out)
+#include "physics/Lanes.inl"
+
+LANES_INLINE void AppendNeighbors(const float* xs, const float* ys, uint32_t i, uint32_t begin,
+                                  uint32_t end, float maxDistSq, PairWriter& out)
 {
     const __m256 x = _mm256_set1_ps(xs[i]), y = _mm256_set1_ps(ys[i]);
     const __m256 limit = _mm256_set1_ps(maxDistSq);
@@ -158,7 +158,7 @@ inline __attribute__((always_inline)) void AppendNeighbors(const float* xs, cons
     }
 }
 
-inline __attribute__((always_inline)) __m256 Sqrt(__m256 v)
+LANES_INLINE Vec8 Sqrt(Vec8 v)
 {
     return _mm256_sqrt_ps(v);
 }
@@ -167,6 +167,7 @@ inline __attribute__((always_inline)) __m256 Sqrt(__m256 v)
 }
 #pragma GCC pop_options
 #endif
+#undef LANES_INLINE
 }
 
 float SPHParams::InfluenceKernel(float r) const

@@ -1,50 +1,45 @@
-// The innermost loops of the fluid, included by SPHKernels.cpp once for each instruction set. Written in the
-// compiler's vector extension, but for what that lacks. Same operations and operands in every set, hence
-// the same bits.
+// The innermost loops of the fluid, included by SPHKernels.cpp once for each instruction set, after Lanes.inl
+// and what the vector extension lacks. Same operations and operands in every set, hence the same bits.
 
-typedef float Vec8 __attribute__((vector_size(32)));
 typedef float Vec8u __attribute__((vector_size(32), aligned(4)));
 typedef int32_t Int8 __attribute__((vector_size(32)));
 typedef int32_t Int8u __attribute__((vector_size(32), aligned(4)));
-typedef float Vec4f __attribute__((vector_size(16)));
 
-#define SPH_INLINE static inline __attribute__((always_inline))
-
-SPH_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8u*>(p); }
-SPH_INLINE void Store(float* p, Vec8 v) { *reinterpret_cast<Vec8u*>(p) = v; }
-SPH_INLINE Vec8 Splat(float x) { return Vec8{x, x, x, x, x, x, x, x}; }
+LANES_INLINE Vec8 Load(const float* p) { return *reinterpret_cast<const Vec8u*>(p); }
+LANES_INLINE void Store(float* p, Vec8 v) { *reinterpret_cast<Vec8u*>(p) = v; }
+LANES_INLINE Vec8 Splat(float x) { return Vec8{x, x, x, x, x, x, x, x}; }
 
 // The formulas, for one number or for eight.
 
 template<typename T>
-SPH_INLINE T InfluenceKernel(const SPHParams& params, T r)
+LANES_INLINE T InfluenceKernel(const SPHParams& params, T r)
 {
     const T t = params.influenceRad * params.influenceRad - r * r;
     return 315 * (t * t * t) * params.kernel64PiH9Inv;
 }
 
 template<typename T>
-SPH_INLINE T PressureKernelDelta(const SPHParams& params, T r)
+LANES_INLINE T PressureKernelDelta(const SPHParams& params, T r)
 {
     const T t = params.influenceRad - r;
     return 45 * (t * t) * params.kernelPiH6Inv;
 }
 
 template<typename T>
-SPH_INLINE T ViscocityKernelDelta2(const SPHParams& params, T r)
+LANES_INLINE T ViscocityKernelDelta2(const SPHParams& params, T r)
 {
     return 45 * (params.influenceRad - r) * params.kernelPiH6Inv;
 }
 
 template<typename T>
-SPH_INLINE T CalcPressure(const SPHParams& params, T density)
+LANES_INLINE T CalcPressure(const SPHParams& params, T density)
 {
     return params.soundSpeed * params.soundSpeed * (density - params.restDensity);
 }
 
 /// What weighs the pressure force between two particles.
 template<typename T>
-SPH_INLINE T CalcPressureFactor(const SPHParams& params, T p0, T density0, T p1, T density1)
+LANES_INLINE T CalcPressureFactor(const SPHParams& params, T p0, T density0, T p1, T density1)
 {
     if (params.specialPressure)
         return (p0 + p1) / (2 * density0 * density1);
@@ -80,48 +75,19 @@ struct Lanes
     Vec8 a, b, c, d;
 };
 
-SPH_INLINE Vec8 LoadPair(const float* low, const float* high)
+LANES_INLINE Lanes Gather(const SPHState* states, const uint32_t* i)
 {
-    const Vec4f a = *reinterpret_cast<const Vec4f*>(low);
-    const Vec4f b = *reinterpret_cast<const Vec4f*>(high);
-    return __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
-}
-
-SPH_INLINE void StorePair(float* low, float* high, Vec8 v)
-{
-    *reinterpret_cast<Vec4f*>(low) = __builtin_shufflevector(v, v, 0, 1, 2, 3);
-    *reinterpret_cast<Vec4f*>(high) = __builtin_shufflevector(v, v, 4, 5, 6, 7);
-}
-
-SPH_INLINE Lanes Gather(const SPHState* states, const uint32_t* i)
-{
-    const auto at = [=](int k) { return reinterpret_cast<const float*>(states + i[k]); };
-    const Vec8 t0 = LoadPair(at(0), at(4)), t1 = LoadPair(at(1), at(5));
-    const Vec8 t2 = LoadPair(at(2), at(6)), t3 = LoadPair(at(3), at(7));
-    const Vec8 ab01 = __builtin_shufflevector(t0, t1, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 cd01 = __builtin_shufflevector(t0, t1, 2, 10, 3, 11, 6, 14, 7, 15);
-    const Vec8 ab23 = __builtin_shufflevector(t2, t3, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 cd23 = __builtin_shufflevector(t2, t3, 2, 10, 3, 11, 6, 14, 7, 15);
+    const auto at = [=](int k) { return &states[i[k]].density; };
     Lanes out;
-    out.a = __builtin_shufflevector(ab01, ab23, 0, 1, 8, 9, 4, 5, 12, 13);
-    out.b = __builtin_shufflevector(ab01, ab23, 2, 3, 10, 11, 6, 7, 14, 15);
-    out.c = __builtin_shufflevector(cd01, cd23, 0, 1, 8, 9, 4, 5, 12, 13);
-    out.d = __builtin_shufflevector(cd01, cd23, 2, 3, 10, 11, 6, 7, 14, 15);
+    GatherLanes(at, out.a, out.b, out.c, out.d);
     return out;
 }
 
 /// @param out  eight records of four floats
-SPH_INLINE void Scatter(float* out, const Lanes& in)
+LANES_INLINE void Scatter(float* out, const Lanes& in)
 {
-    const Vec8 abLow = __builtin_shufflevector(in.a, in.b, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 abHigh = __builtin_shufflevector(in.a, in.b, 2, 10, 3, 11, 6, 14, 7, 15);
-    const Vec8 cdLow = __builtin_shufflevector(in.c, in.d, 0, 8, 1, 9, 4, 12, 5, 13);
-    const Vec8 cdHigh = __builtin_shufflevector(in.c, in.d, 2, 10, 3, 11, 6, 14, 7, 15);
-    StorePair(out, out + 16, __builtin_shufflevector(abLow, cdLow, 0, 1, 8, 9, 4, 5, 12, 13));
-    StorePair(out + 4, out + 20, __builtin_shufflevector(abLow, cdLow, 2, 3, 10, 11, 6, 7, 14, 15));
-    StorePair(out + 8, out + 24, __builtin_shufflevector(abHigh, cdHigh, 0, 1, 8, 9, 4, 5, 12, 13));
-    StorePair(out + 12, out + 28,
-              __builtin_shufflevector(abHigh, cdHigh, 2, 3, 10, 11, 6, 7, 14, 15));
+    const auto at = [=](int k) { return out + 4 * k; };
+    ScatterLanes(at, in.a, in.b, in.c, in.d);
 }
 
 static void FindPairs(const SPHArrays& arrays, float maxDistSq, SPHPairs& pairs)
@@ -224,7 +190,7 @@ static void StartSums(const SPHParams& params, SPHArrays& arrays)
 }
 
 template<bool HasTension>
-SPH_INLINE void AddSumsOf(const SPHParams& params, const SPHPairs& pairs, SPHArrays& arrays)
+LANES_INLINE void AddSumsOf(const SPHParams& params, const SPHPairs& pairs, SPHArrays& arrays)
 {
     const uint32_t* const first = pairs.first.data();
     const uint32_t* const second = pairs.second.data();
@@ -289,5 +255,3 @@ static void AddSums(const SPHParams& params, const SPHPairs& pairs, SPHArrays& a
 }
 
 static const SPHKernels g_kernels = {CalcCells, FindPairs, CalcDistances, AddDensities, StartSums, AddSums};
-
-#undef SPH_INLINE
