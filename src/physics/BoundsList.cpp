@@ -23,10 +23,7 @@ const int BucketShift = 21;
 const uint32_t SizeBuckets = 0x7F800000u >> BucketShift;
 // The grid pays when a shape shares its cell with no more than this part of all.
 const size_t WorstSharing = 64;
-// In the smallest table the rows of a query of MostCells by MostCells have no cell in common.
-const uint32_t LeastTable = 1024, MostCells = 16;
 const float CellsAcross = 4, CellsUp = 2;
-const uint32_t NoCell = ~0u;
 
 uint32_t SizeBucket(float size)
 {
@@ -44,15 +41,6 @@ Float4 LoadBounds(const Bounds& b)
 Float4 EndsOf(const Bounds& b)
 {
     return Float4{b.min.x, b.min.y, -b.max.x, -b.max.y};
-}
-
-Int4 FloorOf(Float4 v)
-{
-    const Float4 limit = math::Splat4(1e9f);
-    v = v < limit ? v : limit;
-    v = v > -limit ? v : -limit;
-    const Int4 i = __builtin_convertvector(v, Int4);
-    return i + (v < __builtin_convertvector(i, Float4));
 }
 
 /// @param skew  how far the shape's axes are from unit length and right angles
@@ -194,18 +182,7 @@ bool BoundsList::BuildGrid()
     if (!ChooseCells())
         return false;
     const uint32_t n = static_cast<uint32_t>(m_bounds.size());
-    uint32_t tableSize = LeastTable;
-    while (tableSize < 2 * n)
-        tableSize *= 2;
-    m_tableMask = tableSize - 1;
-    // The golden ratio keeps rows apart from each other as well as can be.
-    m_rowStride = static_cast<uint32_t>(0.6180339887 * tableSize) | 1;
-
-    m_starts.resize(tableSize + 1);
-    uint32_t* starts = m_starts.data();
-    std::memset(starts, 0, m_starts.size() * sizeof(uint32_t));
-    m_cellOf.resize(n);
-    uint32_t* cellOf = m_cellOf.data();
+    m_cells.Reset(n, 2 * n);
     m_large.clear();
     for (uint32_t i = 0; i < n; ++i)
     {
@@ -214,32 +191,15 @@ bool BoundsList::BuildGrid()
         if (!(size.x <= m_reach[0] && size.y <= m_reach[1]))
         {
             m_large.append(Entry{EndsOf(b), i});
-            cellOf[i] = NoCell;
+            m_cells.LeaveOut(i);
             continue;
         }
-        const Int4 cell = FloorOf(LoadBounds(b) * m_perCell);
-        cellOf[i] = (cell[0] + cell[1] * m_rowStride) & m_tableMask;
-        ++starts[cellOf[i]];
+        const Int4 cell = m_cells.Floor(LoadBounds(b) * m_perCell);
+        m_cells.Place(i, cell[0], cell[1]);
     }
-
-    // How many shapes share a cell with how many?
-    uint64_t pairs = 0;
-    uint32_t sum = 0;
-    for (uint32_t cell = 0; cell < tableSize; ++cell)
-    {
-        pairs += uint64_t(starts[cell]) * starts[cell];
-        sum += starts[cell];
-        starts[cell] = sum;
-    }
-    starts[tableSize] = sum;
-    if (pairs > uint64_t(n) * n / WorstSharing)
+    if (m_cells.Count() > uint64_t(n) * n / WorstSharing)
         return false;
-
-    m_entries.resize(sum);
-    Entry* entries = m_entries.data();
-    for (uint32_t i = n; i-- > 0;)
-        if (cellOf[i] != NoCell)
-            entries[--starts[cellOf[i]]] = Entry{EndsOf(m_bounds.data()[i]), i};
+    m_cells.Fill([&](uint32_t i) { return Entry{EndsOf(m_bounds.data()[i]), i}; });
     m_hits.resize(n);
     return true;
 }
@@ -249,7 +209,7 @@ const uint32_t* BoundsList::FindInGrid(const Bounds& b, uint32_t begin) const
     // What touches b has its lower corner no more than the reach below b's. Subtracting, scaling and
     // rounding down keep the order of numbers, whatever is lost in them: no cell is missed.
     const Float4 box = LoadBounds(b);
-    const Int4 cells = FloorOf((box - m_reach) * m_perCell);
+    const Int4 cells = m_cells.Floor((box - m_reach) * m_perCell);
     const uint32_t columns = cells[2] - cells[0] + 1u, rows = cells[3] - cells[1] + 1u;
 
     // a.min <= b.max, and -a.max <= -b.min.
@@ -266,7 +226,7 @@ const uint32_t* BoundsList::FindInGrid(const Bounds& b, uint32_t begin) const
         }
     };
 
-    if (columns > MostCells || rows > MostCells)
+    if (columns > m_cells.MostCells || rows > m_cells.MostCells)
     {
         const uint32_t n = static_cast<uint32_t>(m_bounds.size());
         for (uint32_t i = begin; i < n; ++i)
@@ -277,20 +237,7 @@ const uint32_t* BoundsList::FindInGrid(const Bounds& b, uint32_t begin) const
         return end;
     }
 
-    const Entry* entries = m_entries.data();
-    const uint32_t* starts = m_starts.data();
-    uint32_t row = cells[0] + cells[1] * m_rowStride;
-    for (uint32_t y = 0; y < rows; ++y, row += m_rowStride)
-    {
-        const uint32_t first = row & m_tableMask, last = first + columns;
-        if (last <= m_tableMask + 1)
-            scan(entries + starts[first], entries + starts[last]);
-        else
-        {
-            scan(entries + starts[first], entries + starts[m_tableMask + 1]);
-            scan(entries, entries + starts[last & m_tableMask]);
-        }
-    }
+    m_cells.ScanCells(cells[0], cells[1], columns, rows, scan);
     scan(m_large.begin(), m_large.end());
 
     const size_t count = end - hits;

@@ -2,10 +2,8 @@
 // given bounds?
 //
 // Many shapes go to a uniform grid of cells as large as the shapes, each shape to the cell of its lower
-// corner. The cells are hashed (Teschner et al. 2003, "Optimized spatial hashing for collision detection
-// of deformable objects"), so that it does not matter where the shapes are; with a linear hash, by which
-// cells side by side stay so. The few shapes that are much larger than most are kept in a list of their
-// own. The answer is sorted back into the order of the list.
+// corner. The few shapes that are much larger than most are kept in a list of their own. The answer is
+// sorted back into the order of the list.
 //
 // Few shapes, and those of which a grid would not part enough, have a common box around every sixteen.
 // Shapes made together mostly lie together, so that most of them are rejected sixteen or sixty-four at a
@@ -16,6 +14,7 @@
 #include "math/OBB2D.h"
 #include "math/Simd.h"
 #include "math/Vector.h"
+#include "physics/CellTable.h"
 #include "util/VectorPOD.h"
 
 #include <cfloat>
@@ -142,14 +141,10 @@ private:
     util::VectorPOD<Bounds> m_bounds;
 
     bool m_hasGrid = false;
-    math::Float4 m_reach;     // how far a shape in the grid extends from its lower corner, twice
-    math::Float4 m_perCell;   // cells per unit of length on x and y, twice
-    uint32_t m_tableMask = 0; // cells in the table, a power of 2, less 1
-    uint32_t m_rowStride = 0; // from a cell of the table to that above it
-    util::VectorPOD<uint32_t> m_cellOf; // by shape
-    util::VectorPOD<uint32_t> m_starts; // by cell of the table: its first entry
-    util::VectorPOD<Entry> m_entries;   // by cell of the table
-    util::VectorPOD<Entry> m_large;     // in rising order
+    math::Float4 m_reach;   // how far a shape in the grid extends from its lower corner, twice
+    math::Float4 m_perCell; // cells per unit of length on x and y, twice
+    CellTable<Entry> m_cells;
+    util::VectorPOD<Entry> m_large; // in rising order
     mutable util::VectorPOD<uint32_t> m_hits;
 
     Rows m_rows;   // padded to whole blocks

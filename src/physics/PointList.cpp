@@ -1,28 +1,13 @@
 #include "physics/PointList.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace physics
 {
 using math::Float4;
+using math::Int4;
 using math::Vec2;
-
-namespace
-{
-// In the smallest table the rows of MostCells by MostCells have no cell in common.
-const uint32_t LeastTable = 1024, MostCells = 16;
-
-/// Rounds down; a NaN gives some cell.
-int CellFloor(float v)
-{
-    v = v < 1e9f ? v : 1e9f;
-    v = v > -1e9f ? v : -1e9f;
-    const int i = static_cast<int>(v);
-    return i - (v < static_cast<float>(i));
-}
-}
 
 void PointList::Clear()
 {
@@ -67,31 +52,16 @@ void PointList::BuildGrid(float cellSize)
     const float cellsPerUnit = 1 / cellSize;
     if (!(cellsPerUnit > 0 && cellsPerUnit < std::numeric_limits<float>::infinity()))
         return;
-    const uint32_t n = static_cast<uint32_t>(m_count);
-    uint32_t tableSize = LeastTable;
-    while (tableSize < n)
-        tableSize *= 2;
-    m_tableMask = tableSize - 1;
-    m_rowStride = static_cast<uint32_t>(0.6180339887 * tableSize) | 1;
     m_cellsPerUnit = cellsPerUnit;
-
-    m_starts.resize(tableSize + 1);
-    uint32_t* starts = m_starts.data();
-    std::memset(starts, 0, m_starts.size() * sizeof(uint32_t));
-    m_cellOf.resize(n);
-    uint32_t* cellOf = m_cellOf.data();
+    const uint32_t n = static_cast<uint32_t>(m_count);
+    m_cells.Reset(n, n);
     for (uint32_t i = 0; i < n; ++i)
     {
-        cellOf[i] = CellOf(CellFloor(m_x.data()[i] * cellsPerUnit),
-                           CellFloor(m_y.data()[i] * cellsPerUnit));
-        ++starts[cellOf[i]];
+        const Int4 cell = m_cells.Floor(Float4{m_x.data()[i], m_y.data()[i]} * cellsPerUnit);
+        m_cells.Place(i, cell[0], cell[1]);
     }
-    uint32_t sum = 0;
-    for (uint32_t cell = 0; cell <= tableSize; ++cell)
-        starts[cell] = sum += cell < tableSize ? starts[cell] : 0;
-    m_entries.resize(n);
-    for (uint32_t i = n; i-- > 0;)
-        m_entries.data()[--starts[cellOf[i]]] = Entry{m_x.data()[i], m_y.data()[i], i};
+    m_cells.Count();
+    m_cells.Fill([&](uint32_t i) { return Entry{m_x.data()[i], m_y.data()[i], i}; });
     m_hits.resize(n);
 }
 
@@ -100,15 +70,13 @@ const uint32_t* PointList::FindInGrid(const Bounds& b) const
     if (m_cellsPerUnit == 0)
         return nullptr;
     // Scaling and rounding down keep the order of numbers: no cell is missed.
-    const int x0 = CellFloor(b.min.x * m_cellsPerUnit), x1 = CellFloor(b.max.x * m_cellsPerUnit);
-    const int y0 = CellFloor(b.min.y * m_cellsPerUnit), y1 = CellFloor(b.max.y * m_cellsPerUnit);
+    const Int4 cells = m_cells.Floor(Float4{b.min.x, b.min.y, b.max.x, b.max.y} * m_cellsPerUnit);
     uint32_t* const hits = m_hits.data();
     uint32_t* end = hits;
-    if (x1 < x0 || y1 < y0)
+    if (cells[2] < cells[0] || cells[3] < cells[1])
         return end;
-    const uint32_t columns = uint32_t(x1) - uint32_t(x0) + 1,
-                   rows = uint32_t(y1) - uint32_t(y0) + 1;
-    if (columns > MostCells || rows > MostCells)
+    const uint32_t columns = cells[2] - cells[0] + 1u, rows = cells[3] - cells[1] + 1u;
+    if (columns > m_cells.MostCells || rows > m_cells.MostCells)
         return nullptr;
 
     const auto scan = [&](const Entry* entry, const Entry* entriesEnd)
@@ -120,19 +88,7 @@ const uint32_t* PointList::FindInGrid(const Bounds& b) const
                    (entry->y <= b.max.y);
         }
     };
-    const Entry* entries = m_entries.data();
-    const uint32_t* starts = m_starts.data();
-    for (uint32_t row = 0; row < rows; ++row)
-    {
-        const uint32_t first = CellOf(x0, y0 + static_cast<int>(row)), last = first + columns;
-        if (last <= m_tableMask + 1)
-            scan(entries + starts[first], entries + starts[last]);
-        else
-        {
-            scan(entries + starts[first], entries + starts[m_tableMask + 1]);
-            scan(entries, entries + starts[last & m_tableMask]);
-        }
-    }
+    m_cells.ScanCells(cells[0], cells[1], columns, rows, scan);
     std::sort(hits, end);
     return end;
 }

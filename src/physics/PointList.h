@@ -1,8 +1,8 @@
 // Points in flat arrays, for the question which of many lie in an area: that of the particles near a
 // geometry.
 //
-// A few questions walk all points, four at a time. When many are to be asked, a grid is made first, hashed
-// as that of BoundsList, and what it finds is put back into the order of the list.
+// A few questions walk all points, four at a time. When many are to be asked, a grid is made first, and what
+// it finds is put back into the order of the list.
 #pragma once
 
 #include "math/BoundingBox.h"
@@ -10,6 +10,7 @@
 #include "math/Simd.h"
 #include "math/Vector.h"
 #include "physics/BoundsList.h"
+#include "physics/CellTable.h"
 #include "util/VectorPOD.h"
 
 #include <cstddef>
@@ -84,22 +85,14 @@ private:
         uint32_t index;
     };
 
-    uint32_t CellOf(int x, int y) const
-    {
-        return (uint32_t(x) + uint32_t(y) * m_rowStride) & m_tableMask;
-    }
     /// @return  the end of the hits; null when the list should be walked
     const uint32_t* FindInGrid(const Bounds& b) const;
 
     util::VectorPOD<float> m_x, m_y; // padded to whole vectors with what lies nowhere
     size_t m_count = 0;
 
-    float m_cellsPerUnit = 0;           // 0: no grid
-    uint32_t m_tableMask = 0;           // cells in the table, a power of 2, less 1
-    uint32_t m_rowStride = 0;           // from a cell of the table to that above it
-    util::VectorPOD<uint32_t> m_cellOf; // by point
-    util::VectorPOD<uint32_t> m_starts; // by cell of the table: its first entry
-    util::VectorPOD<Entry> m_entries;
+    float m_cellsPerUnit = 0; // 0: no grid
+    CellTable<Entry> m_cells;
     mutable util::VectorPOD<uint32_t> m_hits;
 };
 }
