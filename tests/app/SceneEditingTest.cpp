@@ -722,6 +722,36 @@ TEST_F(SceneEditingTest, KeepsTheFormulasOfWhatItClonesAndScales)
     EXPECT_EQ(6u, formulas) << text;
 }
 
+TEST_F(SceneEditingTest, ScalesAllThatIsLeftWhenAFormulaTakesOneAway)
+{
+    std::vector<EntityPtr> boxes;
+    for (int i = 0; i < 5; ++i)
+        boxes.push_back(Add("Scene.addBox { size = [1.0, 1.0]; pos = [" + util::ToString(3 * i) +
+                            ".0, 0.0] }"));
+    bool isArmed = false;
+    boxes[2]
+        ->GetVariable("friction")
+        ->SetObject(QUIB_NEW script::IntrinsicCmd(
+            [&]
+            {
+                if (isArmed)
+                    TheScene()->RemoveEntity(boxes[0]);
+                return script::ValueToObject(0.5f);
+            }));
+    const GroupPtr all = Everything();
+    isArmed = true;
+    TheScene()->Transform(all, Mat3::Scale2D(Vec2(2, 2)));
+    isArmed = false;
+    ASSERT_EQ(4u, TheScene()->GetEntities().size());
+    for (size_t i = 0; i < 4; ++i)
+    {
+        EXPECT_FLOAT_EQ(4, GeomAt(i).Area()) << i;
+        EXPECT_NEAR(6.0f * float(i + 1), GeomAt(i).GetCenter().x, 1e-4f);
+    }
+    EXPECT_FLOAT_EQ(1, GeomOf(util::DynamicCast<GeomEntity>(boxes[0])).Area());
+    TheScene()->ClearScene();
+}
+
 TEST_F(SceneEditingTest, SurvivesFormulasThatAddAndClearWhileItClonesAndScales)
 {
     for (const bool isScaled : {false, true})
