@@ -67,9 +67,9 @@ public:
     unsigned GetID() const { return m_id; }
     GeomKind GetKind() const { return m_kind; }
 
-    /// Counts a reference on the new body and releases the one on the old body, which may delete
-    /// the old body (but see BodyReference). Null takes the geometry off its body. Bodies call it, nobody else: it does not
-    /// enter the geometry in the body's list.
+    /// Counts a reference on the new body and releases the one on the old body, which may delete it
+    /// (but see BodyReference). Null takes the geometry off its body. Bodies call it, nobody else:
+    /// it does not enter the geometry in the body's list.
     void SetBody(AbstractBody* body);
     util::SharedPtr<AbstractBody> GetBody() const;
     AbstractBody* GetBodyPtr() const { return m_body; }
