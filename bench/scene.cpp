@@ -335,6 +335,7 @@ BENCHMARK(BoundMove)->Unit(benchmark::kMillisecond)->MinTime(1);
 /// One frame's work on the scene's entities: who lives, which bodies nobody holds.
 void UpdateScene(benchmark::State& state)
 {
+    StartServices();
     app::Scene* scene = app::Scene::GetInstancePtr();
     scene->ClearScene();
     app::Serializer::GetInstancePtr()->Deserialize(GetSceneText());
