@@ -1,5 +1,8 @@
 #include "math/Matrix.h"
 
+#include "WhatOf.h"
+#include "util/Failures.h"
+
 #include <gtest/gtest.h>
 
 using namespace math;
@@ -13,17 +16,9 @@ void ExpectNear(const Vec2& expected, const Vec2& actual)
 }
 
 template<typename F>
-std::string AssertionOf(F f)
+std::string AssertionOf(const F& f)
 {
-    try
-    {
-        f();
-    }
-    catch (BadCoderException& e)
-    {
-        return e.what();
-    }
-    return "nothing thrown";
+    return test::WhatOf<BadCoderException>(f);
 }
 }
 

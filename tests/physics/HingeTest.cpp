@@ -31,13 +31,6 @@ protected:
         hinge->GetWorldPoints(p);
         return math::Distance(p[0], p[1]);
     }
-
-    static void Place(const BodyPtr& body, Vec2 pos, float rot = 0)
-    {
-        body->SetPos(pos);
-        body->SetRot(rot);
-        body->ApplyPoseChange();
-    }
 };
 
 TEST_F(HingeTest, StartsWithoutMotorAndLimits)

@@ -88,6 +88,13 @@ protected:
     }
     static GeomPtr GeomOf(const BodyPtr& body) { return body->GetParts()[0].geom; }
 
+    static void Place(const BodyPtr& body, math::Vec2 pos, float rot = 0)
+    {
+        body->SetPos(pos);
+        body->SetRot(rot);
+        body->ApplyPoseChange();
+    }
+
     /// A row of n boxes of size 1 at the bottom, one less in each row above, on a floor at height 0.
     std::vector<BodyPtr> AddPyramid(int n)
     {

@@ -25,13 +25,6 @@ protected:
         sim.AddJoint(spring);
         return spring;
     }
-
-    static void Place(const BodyPtr& body, Vec2 pos, float rot = 0)
-    {
-        body->SetPos(pos);
-        body->SetRot(rot);
-        body->ApplyPoseChange();
-    }
 };
 
 TEST_F(SpringJointTest, RestsAtTheDistanceOfItsWorldPoints)

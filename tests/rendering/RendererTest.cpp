@@ -1,6 +1,7 @@
 #include "rendering/Renderer.h"
 
 #include "TestSupport.h"
+#include "WhatOf.h"
 #include "rendering/Pushers.h"
 #include "rendering/RecordedGL.h"
 
@@ -21,6 +22,11 @@ namespace fs = boost::filesystem;
 namespace
 {
 using Calls = std::vector<std::string>;
+
+std::string GLErrorText()
+{
+    return test::WhatOf<std::runtime_error>(rendering::CheckForGLError);
+}
 
 class RendererTest : public testing::Test
 {
@@ -202,27 +208,11 @@ TEST_F(RendererTest, AGLErrorIsThrownOnceGLHasLoadedAndSilentBefore)
     rendering::GLHasLoaded();
     EXPECT_TRUE(rendering::HasGLLoaded());
     recorded::GL().error = GL_INVALID_ENUM;
-    try
-    {
-        rendering::CheckForGLError();
-        FAIL() << "nothing thrown";
-    }
-    catch (const std::runtime_error& e)
-    {
-        EXPECT_STREQ("GL-Error: invalid enumerant", e.what());
-    }
+    EXPECT_EQ("GL-Error: invalid enumerant", GLErrorText());
     EXPECT_NO_THROW(rendering::CheckForGLError());
 
     recorded::GL().error = 4711;
-    try
-    {
-        rendering::CheckForGLError();
-        FAIL() << "nothing thrown";
-    }
-    catch (const std::runtime_error& e)
-    {
-        EXPECT_STREQ("GL-Error: error 4711", e.what()) << "a code that GLU has no text for";
-    }
+    EXPECT_EQ("GL-Error: error 4711", GLErrorText()) << "a code that GLU has no text for";
 }
 
 TEST_F(ScreenShotTest, WritesAnUncompressedTGA)

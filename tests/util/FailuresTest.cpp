@@ -1,26 +1,14 @@
 #include "util/Failures.h"
 
 #include "TestSupport.h"
+#include "WhatOf.h"
 
 #include <gtest/gtest.h>
 
+using test::WhatOf;
+
 namespace
 {
-template<typename E, typename F>
-std::string WhatOf(F f)
-{
-    try
-    {
-        f();
-    }
-    catch (E& e)
-    {
-        EXPECT_EQ(typeid(E), typeid(e));
-        return e.what();
-    }
-    return "nothing thrown";
-}
-
 struct Located
 {
     std::string function;

@@ -1,6 +1,7 @@
 #include "util/FileSystem.h"
 
 #include "TestSupport.h"
+#include "WhatOf.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 
 #include <csignal>
 
+using test::WhatOf;
 using util::FileSystem;
 using util::FILEWrapper;
 using util::String;
@@ -23,21 +25,6 @@ namespace
 FileSystem& Files()
 {
     return *FileSystem::GetInstancePtr();
-}
-
-template<typename E, typename F>
-std::string WhatOf(F f)
-{
-    try
-    {
-        f();
-    }
-    catch (E& e)
-    {
-        EXPECT_EQ(typeid(E), typeid(e));
-        return e.what();
-    }
-    return "nothing thrown";
 }
 
 std::string WriteError(const std::string& path, const std::string& text)

@@ -1,5 +1,6 @@
 #include "util/Random.h"
 
+#include "WhatOf.h"
 #include "util/Failures.h"
 
 #include <gtest/gtest.h>
@@ -73,18 +74,8 @@ TEST(Random, NeverGivesTheUpperEndOfWholeNumbers)
 TEST(Random, AssertsTheOrderOfItsEnds)
 {
     Random random;
-    const auto textOf = [](const auto& function) -> std::string
-    {
-        try
-        {
-            function();
-        }
-        catch (BadCoderException& e)
-        {
-            return e.what();
-        }
-        return "nothing thrown";
-    };
+    const auto textOf = [](const auto& function)
+    { return test::WhatOf<BadCoderException>(function); };
     const std::string atMost = "Code assertion failed: \"a <= b\" in function ";
     const std::string below = "Code assertion failed: \"a < b\" in function ";
     EXPECT_EQ(0u, textOf([&] { random.GetUniform(2, 1); }).find(atMost));

@@ -1,6 +1,7 @@
 #include "util/SharedPtr.h"
 
 #include "TestSupport.h"
+#include "WhatOf.h"
 
 #include <gtest/gtest.h>
 
@@ -49,19 +50,11 @@ struct AtOnePlace : Pointee
     static void operator delete(void*) {}
 };
 
+/// A plain one, not of our own family.
 template<typename F>
-std::string RuntimeErrorOf(F f)
+std::string RuntimeErrorOf(const F& f)
 {
-    try
-    {
-        f();
-    }
-    catch (std::runtime_error& e)
-    {
-        // A plain one, not of our own family.
-        return dynamic_cast<Exception*>(&e) ? "an Exception" : e.what();
-    }
-    return "nothing thrown";
+    return test::WhatOf<std::runtime_error>(f);
 }
 }
 

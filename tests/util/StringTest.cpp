@@ -1,5 +1,6 @@
 #include "util/String.h"
 
+#include "WhatOf.h"
 #include "util/Failures.h"
 
 #include <gtest/gtest.h>
@@ -18,15 +19,7 @@ namespace
 template<typename T>
 String CastError(const String& text)
 {
-    try
-    {
-        FromString<T>(text);
-    }
-    catch (BadDataException& e)
-    {
-        return e.what();
-    }
-    return "nothing thrown";
+    return test::WhatOf<BadDataException>([&] { FromString<T>(text); });
 }
 }
 

@@ -1,6 +1,7 @@
 // The renderer with a real OpenGL: what tests/rendering sees of its calls, here by its pixels.
 #include "FreshProcess.h"
 #include "TestSupport.h"
+#include "WhatOf.h"
 #include "rendering/Pushers.h"
 #include "rendering/Renderer.h"
 #include "window/XServer.h"
@@ -120,15 +121,8 @@ TEST_F(RendererInContextTest, AGLErrorIsThrownByItsName)
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
         glEnable(0xFFFF);
-        try
-        {
-            rendering::CheckForGLError();
-            FAIL() << "nothing thrown";
-        }
-        catch (const std::runtime_error& e)
-        {
-            EXPECT_STREQ("GL-Error: invalid enumerant", e.what());
-        }
+        EXPECT_EQ("GL-Error: invalid enumerant",
+                  test::WhatOf<std::runtime_error>(rendering::CheckForGLError));
         EXPECT_NO_THROW(rendering::CheckForGLError());
     });
 }
