@@ -23,8 +23,7 @@ void Chain::AddEntity(size_t index, const EntityPtr& entity)
 {
     DATA_ASSERT(index < 100000);
     if (const ChainPtr before = entity->GetChain())
-        if (before->IndexOf(*entity) != NotFound)
-            before->m_entities.erase(entity->GetChainIndex());
+        before->m_entities.erase(entity->GetChainIndex());
     util::WeakPtr<Entity>& slot = m_entities[index];
     // This chain lives by its entities: the new one holds it before the old one lets go.
     entity->SetChain(this, index);
@@ -36,11 +35,7 @@ void Chain::AddEntity(size_t index, const EntityPtr& entity)
 
 size_t Chain::IndexOf(const Entity& entity) const
 {
-    if (entity.GetChain().get() != this)
-        return NotFound;
-    const auto slot = m_entities.find(entity.GetChainIndex());
-    return slot != m_entities.end() && slot->second.GetUnlocked() == &entity ? slot->first
-                                                                             : NotFound;
+    return entity.GetChain().get() == this ? entity.GetChainIndex() : NotFound;
 }
 
 std::vector<EntityPtr> Chain::GetEntities() const
@@ -57,8 +52,7 @@ void Chain::Detach()
     // The last of its entities may hold the last handle on the chain.
     const ChainPtr keep = this;
     for (const EntityPtr& entity : GetEntities())
-        if (entity->GetChain() == keep)
-            entity->SetChain(nullptr, 0);
+        entity->SetChain(nullptr, 0);
     m_entities.clear();
 }
 

@@ -49,6 +49,8 @@ private:
     static unsigned long s_idCounter;
 
     unsigned long m_id;
-    std::map<size_t, util::WeakPtr<Entity>> m_entities; // by index, which a file may choose at will
+    // By index, which a file may choose at will. Who is here knows this chain and this index, and nobody
+    // else does.
+    std::map<size_t, util::WeakPtr<Entity>> m_entities;
 };
 }

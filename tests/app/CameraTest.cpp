@@ -236,6 +236,10 @@ TEST_F(CameraTest, FollowsTheTrackedGroup)
     circle->GetBody()->ApplyPoseChange();
     TheCamera()->Update(0.01f);
     EXPECT_EQ(Vec2(12, 9), TheCamera()->GetPan());
+    circle->GetBody()->SetPos(Vec2(4, 0));
+    circle->GetBody()->ApplyPoseChange();
+    TheCamera()->Update(0.01f);
+    EXPECT_EQ(Vec2(13, 9), TheCamera()->GetPan());
 }
 
 TEST_F(CameraTest, KeepsFollowingAGroupThatItIsGivenAgain)

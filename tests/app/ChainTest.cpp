@@ -71,6 +71,9 @@ TEST_F(ChainTest, HasHolesWhereNobodyIsYet)
     EXPECT_EQ((std::vector<EntityPtr>{first, last}), chain->GetEntities());
     EXPECT_EQ(4u, chain->IndexOf(*last));
     EXPECT_EQ(1u, chain->IndexOf(*first));
+    const auto behind = Add("Scene.addBox { pos = [9.0, 0.0] }");
+    chain->AddEntity(behind);
+    EXPECT_EQ(5u, chain->IndexOf(*behind));
 }
 
 TEST_F(ChainTest, RefusesIndicesThatOnlyABadFileHas)

@@ -121,6 +121,8 @@ TEST_F(GroupTest, GivesTheOneWithTheLowestIdFirst)
     EXPECT_EQ(all[5]->GetID(), group->GetLowestID());
     group->Update(map);
     EXPECT_EQ(all[3]->GetID(), group->GetLowestID());
+    group->Clear();
+    EXPECT_EQ(std::numeric_limits<unsigned long>::max(), group->GetLowestID());
 }
 
 TEST_F(GroupTest, AddsAndRemovesSets)

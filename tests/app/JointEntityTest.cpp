@@ -223,6 +223,23 @@ TEST_F(JointEntityTest, ClonesAreFastenedAlikeAndInNoScene)
     EXPECT_EQ(1u, Sim()->GetJoints().size());
 }
 
+TEST_F(JointEntityTest, HaveBothEndsOrNone)
+{
+    const auto a = Box(Vec2()), b = Box(Vec2(0.5f, 0));
+    const auto expectNone = [](const HingePtr& hinge)
+    {
+        EXPECT_FALSE(hinge->GetGeom(0));
+        EXPECT_FALSE(hinge->GetGeom(1));
+        EXPECT_FALSE(hinge->IsAlive());
+    };
+    const HingePtr first = Join<HingeEntity>(a, b), second = Join<HingeEntity>(a, b);
+    const GeomPtr half[2] = {a->GetGeom(), nullptr};
+    first->SetGeoms(half);
+    expectNone(first);
+    second->AttachToWorld(nullptr, Vec2(), b->GetGeom(), Vec2());
+    expectNone(second);
+}
+
 TEST_F(JointEntityTest, WriteAndReadTheirSize)
 {
     EntitySerializer bag;

@@ -219,6 +219,18 @@ TEST_F(PenEntityTest, ClonesRideOnTheSameGeometryWithoutATrail)
     EXPECT_FALSE(IsThere(clone));
 }
 
+TEST_F(PenEntityTest, LeavesTheSimulationAtOnceHoweverOftenItWasAdded)
+{
+    const PenEntityPtr pen = FlyingPen();
+    pen->AddToSimulation();
+    Frame(3);
+    pen->RemoveFromSimulation();
+    const size_t length = pen->GetTrail().size();
+    ASSERT_GT(length, 0u);
+    Frame(3);
+    EXPECT_EQ(length, pen->GetTrail().size());
+}
+
 TEST_F(PenEntityTest, RefusesSettingsThatAreNoNumbers)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();

@@ -359,6 +359,19 @@ TEST_F(SceneEditingTest, FindsJointsWhereTheirGeometriesAreNow)
     EXPECT_EQ(At<BoxEntity>(0)->GetGeom(), hinge->GetGeom(1));
 }
 
+TEST_F(SceneEditingTest, MovesJointsFromWhereTheirGeometriesAreNow)
+{
+    Add("Scene.addBox { }");
+    Add("Scene.addBox { pos = [0.75, 0.0] }");
+    const auto hinge = Join<HingeEntity>(Vec2(0.4f, 0), Vec2(0.4f, 0));
+    // Within one frame: the hinge follows its boxes in the next one.
+    TheScene()->Transform(Everything(), Mat2D::Translation(Vec2(9, 0)));
+    TheScene()->Transform(GroupOf({hinge}), Mat2D::Translation(Vec2(0, 0.25f)));
+    ExpectNear(Vec2(9.4f, 0.25f), hinge->GetWorldPoint(0));
+    EXPECT_EQ(At<BoxEntity>(1)->GetGeom(), hinge->GetGeom(0));
+    EXPECT_EQ(At<BoxEntity>(0)->GetGeom(), hinge->GetGeom(1));
+}
+
 TEST_F(SceneEditingTest, MovesPensToTheNewGeometry)
 {
     const auto box = Add("Scene.addBox { size = [2.0, 2.0]; pos = [1.0, 0.0]; angle = 1.0 }");
@@ -503,6 +516,12 @@ TEST_F(SceneEditingTest, ClonesOfWeldedGeometriesShareABody)
     EXPECT_EQ(Vec2(1, 2), cloneA->GetBody()->GetVel());
     TheScene()->Update(0.01f);
     EXPECT_EQ(8u, TheScene()->GetEntities().size());
+    // Without the weld too.
+    const Entities clones = TheScene()->CreateClone(GroupOf({a, b}))->GetSorted();
+    ASSERT_EQ(2u, clones.size());
+    EXPECT_EQ(3u, BodyCount());
+    EXPECT_EQ(clones[0]->AsGeomEntity()->GetBody(), clones[1]->AsGeomEntity()->GetBody());
+    EXPECT_EQ(2u, clones[0]->AsGeomEntity()->GetBody()->GetGeoms().size());
 }
 
 TEST_F(SceneEditingTest, PutsClonesOfPlanesOnTheWorldBody)

@@ -10,6 +10,7 @@
 #include "app/entities/SpringEntity.h"
 #include "app/widgets/Widget.h"
 #include "input/DirInput.h"
+#include "physics/Hinge.h"
 #include "physics/Joint.h"
 #include "physics/Particle.h"
 #include "physics/WorldGeom.h"
@@ -332,6 +333,85 @@ TEST_F(SnapshotTest, FastensJointsWhereTheyWere)
     EXPECT_TRUE(spring->IsAlive());
     EXPECT_EQ(1u, Sim()->GetHinges().size());
     EXPECT_EQ(1u, Sim()->GetJoints().size());
+}
+
+TEST_F(SnapshotTest, TellsWhereJointsAndPensWereWhenNothingElseHasChanged)
+{
+    AddMachine();
+    const auto hinge = util::DynamicCast<HingeEntity>(TheScene()->GetEntities()[3]);
+    const auto pen = util::DynamicCast<PenEntity>(TheScene()->GetEntities()[6]);
+    const SnapshotPtr first = Snapshot::TakeSnapshot();
+    const Vec2 hingeThen = hinge->GetLocalPoint(0), penThen = pen->GetLocalPoint();
+    const Vec2 hingeLater(0.25f, 0.125f), penLater(0.125f, 0.25f);
+    hinge->AttachToLocal(hinge->GetGeom(0), hingeLater, hinge->GetGeom(1), hinge->GetLocalPoint(1));
+    pen->AttachTo(pen->GetGeom(), penLater);
+    const SnapshotPtr second = Snapshot::TakeSnapshot();
+    first->Restore();
+    EXPECT_EQ(hingeThen, hinge->GetLocalPoint(0));
+    EXPECT_EQ(penThen, pen->GetLocalPoint());
+    second->Restore();
+    EXPECT_EQ(hingeLater, hinge->GetLocalPoint(0));
+    EXPECT_EQ(penLater, pen->GetLocalPoint());
+}
+
+TEST_F(SnapshotTest, TellsMotionChainsAndGroupsWhenNothingElseHasChanged)
+{
+    const auto a = Add("Scene.addBox {}"), b = Add("Scene.addBox { pos = [3, 0] }");
+    const util::SharedPtr<Chain> chain = QUIB_NEW Chain;
+    chain->AddEntity(a);
+    chain->AddEntity(b);
+    TheScene()->GetOrCreateGroupByName("g")->Add(a);
+    const SnapshotPtr first = Snapshot::TakeSnapshot();
+    a->GetBody()->SetVel(Vec2(1, 2));
+    chain->AddEntity(5, a);
+    TheScene()->GetGroupByName("g")->Add(b);
+    const SnapshotPtr second = Snapshot::TakeSnapshot();
+    first->Restore();
+    EXPECT_EQ(Vec2(), a->GetBody()->GetVel());
+    EXPECT_EQ((Entities{a, b}), chain->GetEntities());
+    EXPECT_EQ(Entities{a}, TheScene()->GetGroupByName("g")->GetSorted());
+    second->Restore();
+    EXPECT_EQ(Vec2(1, 2), a->GetBody()->GetVel());
+    EXPECT_EQ((Entities{b, a}), chain->GetEntities());
+    EXPECT_EQ((Entities{a, b}), TheScene()->GetGroupByName("g")->GetSorted());
+}
+
+TEST_F(SnapshotTest, HandsTheSettingsOfAHingeOverAtOnce)
+{
+    AddMachine();
+    const auto hinge = util::DynamicCast<HingeEntity>(TheScene()->GetEntities()[3]);
+    const auto setMotor = [&](bool isOn)
+    {
+        hinge->FindVariable("motor")->SetObject(script::ValueToObject(isOn));
+        TheScene()->Update(0.01f);
+    };
+    setMotor(true);
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    setMotor(false);
+    ASSERT_FALSE(hinge->GetHinge()->IsMotor());
+    // The world may step before the next frame asks the entity.
+    snapshot->Restore();
+    EXPECT_TRUE(hinge->GetHinge()->IsMotor());
+}
+
+TEST_F(SnapshotTest, WeldsToTheWorldWhatWasWeldedToIt)
+{
+    AddMachine();
+    const auto weld = util::DynamicCast<FixJointEntity>(TheScene()->GetEntities()[5]);
+    const auto welded = util::DynamicCast<GeomEntity>(TheScene()->GetEntities()[2]);
+    const auto other = Add("Scene.addBox { pos = [9, 9] }");
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    const physics::GeomPtr others[2] = {other->GetGeom(), Sim()->GetWorldGeom()};
+    weld->SetGeoms(others);
+    ASSERT_EQ(Sim()->GetWorldBody(), other->GetBody());
+    ASSERT_NE(Sim()->GetWorldBody(), welded->GetBody());
+    const size_t bodies = Sim()->GetBodies().size();
+    snapshot->Restore();
+    EXPECT_EQ(Sim()->GetWorldBody(), welded->GetBody());
+    EXPECT_NE(Sim()->GetWorldBody(), other->GetBody());
+    EXPECT_EQ(2u, Sim()->GetWorldBody()->GetGeoms().size());
+    EXPECT_EQ(bodies, Sim()->GetBodies().size());
+    EXPECT_TRUE(other->IsAlive());
 }
 
 TEST_F(SnapshotTest, PartsNoCollidePairsAsTheyWere)
