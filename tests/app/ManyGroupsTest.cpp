@@ -1,30 +1,14 @@
 // Scenes of thousands of groups, as a text can make them: what is done for each entity must not be done for
 // each group too.
+#include "PlainEntity.h"
 #include "SerializerFixture.h"
 
-#include "app/entities/Entity.h"
 #include "app/widgets/Widget.h"
-
-#include <ctime>
 
 namespace app
 {
 namespace
 {
-// Costs as little as an entity can.
-class Ghost final : public Entity
-{
-public:
-    void Draw() const override {}
-    bool IsOnEntity(const math::Vec2&) const override { return false; }
-    bool ErasedBy(const physics::LinesegmentList&) const override { return false; }
-    bool IsContainedBy(const physics::Polygon&) const override { return false; }
-    void AddToSimulation() override {}
-    void RemoveFromSimulation() override {}
-    void Transform(const math::Mat2D&) override {}
-    math::BoundingBox GetAABB() const override { return math::BoundingBox(); }
-};
-
 class ManyGroupsTest : public SerializerFixture
 {
 protected:
@@ -37,7 +21,7 @@ protected:
     {
         for (int i = 0; i < count; ++i)
         {
-            TheScene()->AddEntity(QUIB_NEW Ghost);
+            TheScene()->AddEntity(QUIB_NEW test::PlainEntity);
             TheScene()->GetOrCreateGroupByName(NameOf(i))->Add(TheScene()->GetEntities().back());
         }
     }
@@ -45,9 +29,9 @@ protected:
     template<typename F>
     static double SecondsFor(F&& run)
     {
-        const std::clock_t start = std::clock();
+        const double start = Seconds();
         run();
-        return double(std::clock() - start) / CLOCKS_PER_SEC;
+        return Seconds() - start;
     }
 
     // Done the long way, each of these takes seconds.
