@@ -1,6 +1,8 @@
 // What does a drop of water cost? Time per particle and step, and memory, from 1,000 to 50,000 particles at
 // the same density: a block without gravity that fills a closed box.
 //
+// bench_fluid [NUMBER...] measures other numbers of particles than those.
+//
 // Time is CPU time of the thread, the median of 100 steps after 100 others, the best of three runs. Memory is
 // what the heap holds more after these steps than before there were any particles, in a process of its own.
 
@@ -16,6 +18,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 namespace
@@ -79,12 +82,18 @@ int Measure(size_t n)
 }
 }
 
-int main()
+int main(int argc, char** argv)
 {
+    std::vector<size_t> numbers;
+    for (int i = 1; i < argc; ++i)
+        if (const size_t n = std::strtoul(argv[i], nullptr, 10)) // bench/run hands on other options
+            numbers.push_back(n);
+    if (numbers.empty())
+        numbers = {1000, 2000, 5000, 10000, 20000, 50000};
     std::printf("%8s %10s %12s %12s %10s\n", "number", "ms", "ns/particle", "neighbors",
                 "bytes/particle");
     int exitCode = 0;
-    for (size_t n : {1000, 2000, 5000, 10000, 20000, 50000})
+    for (size_t n : numbers)
     {
         std::fflush(stdout);
         const pid_t child = fork();

@@ -203,7 +203,8 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
         Log(logging::LogWarning, "Bad scale: it must be finite, and not 0 along an axis");
         return;
     }
-    const EntitySet members = group->GetEntities();
+    const GroupPtr scaledGroup = group; // it may be the camera's, which a formula can clear
+    const EntitySet members = scaledGroup->GetEntities();
     // A formula among the settings that are copied is run, and may do anything to the scene.
     const std::vector<EntityPtr> originals = m_entities;
 
@@ -252,7 +253,7 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
                 scaled.joint->RemoveFromSimulation();
     }
 
-    group->Update(newEntities);
+    scaledGroup->Update(newEntities);
     ReplaceEntities(newEntities);
 
     {

@@ -88,7 +88,6 @@ public:
         , m_placement(body->GetPlacement())
         , m_vel(body->GetVel())
         , m_angVel(body->GetAngVel())
-        , m_isInSimulation(Sim()->HasBody(body))
     {
         m_geoms.reserve(body->GetParts().size());
         for (const physics::Body::BodyPart& part : body->GetParts())
@@ -116,8 +115,7 @@ public:
                util::HasSameBits(m_placement.inertia, o.m_placement.inertia) &&
                util::HasSameBits(m_placement.area, o.m_placement.area) &&
                util::HaveSameBits(m_placement.geomsToBody, o.m_placement.geomsToBody) &&
-               util::HasSameBits(m_vel, o.m_vel) && util::HasSameBits(m_angVel, o.m_angVel) &&
-               m_isInSimulation == o.m_isInSimulation;
+               util::HasSameBits(m_vel, o.m_vel) && util::HasSameBits(m_angVel, o.m_angVel);
     }
 
     void Place() const
@@ -128,11 +126,7 @@ public:
         m_body->SetPlacement(m_placement);
     }
 
-    void AddToSimulation() const
-    {
-        if (m_isInSimulation)
-            Sim()->AddBody(m_body);
-    }
+    void AddToSimulation() const { Sim()->AddBody(m_body); }
 
 private:
     void TakeGeoms() const
@@ -148,7 +142,6 @@ private:
     physics::Body::Placement m_placement;
     math::Vec2 m_vel;
     float m_angVel;
-    bool m_isInSimulation;
 };
 
 class Snapshot::JointInfo final : public RestoreHelper
@@ -349,16 +342,10 @@ void Snapshot::StoreBodies(HelperFinder& older)
     for (const EntityPtr& entity : m_entities)
         if (const GeomEntity* geomEntity = entity->AsGeomEntity())
             seen.insert(geomEntity->GetGeom()->GetBodyBodyPtr());
-    seen.erase(nullptr);
-    // In the order of the simulation, and that of the entities for what is not in it: the order of the
-    // bodies is that in which they are solved.
+    // In the order of the simulation, which is that in which they are solved. What lives is there.
     for (const physics::BodyPtr& body : Sim()->GetBodies())
         if (seen.erase(body.get()))
             m_bodies.push_back(AddHelper<BodyInfo>(older, body));
-    for (const EntityPtr& entity : m_entities)
-        if (const GeomEntity* geomEntity = entity->AsGeomEntity())
-            if (const physics::BodyPtr body = geomEntity->GetBody(); seen.erase(body.get()))
-                m_bodies.push_back(AddHelper<BodyInfo>(older, body));
 }
 
 void Snapshot::StoreJointsAndPens(HelperFinder& older)

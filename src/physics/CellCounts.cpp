@@ -22,6 +22,7 @@ void CellCounts::Resize(int bits)
     m_bits = bits;
     m_entries.resize(size_t(1) << bits);
     std::memset(static_cast<void*>(m_entries.data()), 0, m_entries.size() * sizeof(Entry));
+    m_last = m_entries.data();
 }
 
 // The entry of the cell, or the one that it is to have.
@@ -39,11 +40,18 @@ CellCounts::Entry& CellCounts::Find(uint64_t cell)
 void CellCounts::Add(int32_t x, int32_t y)
 {
     const uint64_t cell = uint64_t(uint32_t(x)) << 32 | uint32_t(y);
-    Entry& entry = Find(cell);
-    entry.cell = cell;
-    m_fullest = std::max(m_fullest, ++entry.count);
-    if (entry.count != 1 || 2 * ++m_occupied < m_entries.size())
-        return;
+    if (m_last->count == 0 || m_last->cell != cell)
+    {
+        m_last = &Find(cell);
+        m_last->cell = cell;
+    }
+    m_fullest = std::max(m_fullest, ++m_last->count);
+    if (m_last->count == 1 && 2 * ++m_occupied >= m_entries.size())
+        Grow();
+}
+
+void CellCounts::Grow()
+{
     util::VectorPOD<Entry> old;
     old.swap(m_entries);
     Resize(m_bits + 1);

@@ -17,6 +17,7 @@ public:
     CellCounts();
 
     void Clear();
+    /// Quick when a thing lies in the cell of the one before.
     void Add(int32_t x, int32_t y);
 
     /// Cells with something in them.
@@ -34,8 +35,10 @@ private:
     Entry& Find(uint64_t cell);
     /// Empties all entries.
     void Resize(int bits);
+    void Grow();
 
     util::VectorPOD<Entry> m_entries; // at most half of them with a cell
+    Entry* m_last;                    // of the latest addition; after Resize any
     int m_bits = 0;                   // of their number
     size_t m_occupied = 0;
     uint32_t m_fullest = 0;

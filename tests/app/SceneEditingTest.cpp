@@ -698,6 +698,20 @@ TEST_F(SceneEditingTest, SurvivesAFormulaThatClearsTheSceneWhileItIsCloned)
     EXPECT_EQ(6u, TheScene()->GetEntities().size());
 }
 
+TEST_F(SceneEditingTest, SurvivesAFormulaThatClearsTheSceneWhileItIsScaled)
+{
+    Run("harmless = (x) => { x }; harmful = (x) => { Scene.Clear }; go = harmless; "
+        "Scene.addBox { friction = { go(1); 0.5 } }");
+    // The camera's own handle is null behind that.
+    TheCamera()->SetTrackedGroup(Everything());
+    const script::ClosurePtr root = Parser()->GetRootClosure();
+    root->FindVariable("go")->SetObject(root->GetObject("harmful"));
+    TheScene()->Transform(TheCamera()->GetTrackedGroup(), Mat3::Scale2D(Vec2(2, 2)));
+    root->FindVariable("go")->SetObject(root->GetObject("harmless"));
+    EXPECT_FALSE(TheCamera()->GetTrackedGroup());
+    EXPECT_EQ(0u, TheScene()->GetEntities().size());
+}
+
 TEST_F(SceneEditingTest, KeepsTheFormulasOfWhatItClonesAndScales)
 {
     Run("k = 0.5");
