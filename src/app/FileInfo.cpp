@@ -39,8 +39,8 @@ void FileInfo::ClearTexts()
 void FileInfo::OnVersionChange()
 {
     if (GetVersion() > LATEST_VERSION)
-        Log(logging::LogError,
-            "Loading scene from a newer version of Quib. Some things may be missing; please get the "
-            "latest version from the download page.");
+        Log(logging::LogError, "Loading scene from a newer version of Quib. Some things may be "
+                               "missing; please get the "
+                               "latest version from the download page.");
 }
 }

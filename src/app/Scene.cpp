@@ -282,7 +282,7 @@ void Scene::AddGroup(const GroupPtr& group)
             return;
     }
     m_groups.insert(group);
-    m_groupsByName[group->GetName()].push_back(group);
+    m_groupsByName[group->GetName()].insert(group);
 }
 
 void Scene::RemoveGroup(const GroupPtr& group)
@@ -292,9 +292,8 @@ void Scene::RemoveGroup(const GroupPtr& group)
         return;
     m_groups.erase(removed);
     const auto namesakes = m_groupsByName.find(removed->GetName());
-    std::vector<GroupPtr>& list = namesakes->second;
-    list.erase(std::find(list.begin(), list.end(), removed));
-    if (list.empty())
+    namesakes->second.erase(removed);
+    if (namesakes->second.size() == 0)
         m_groupsByName.erase(namesakes);
 }
 

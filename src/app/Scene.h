@@ -148,7 +148,7 @@ private:
     std::vector<EntityPtr> m_entities; // back to front: draw order, and the last is picked first
     util::HashSet<GroupPtr> m_groups;  // holds the selection at all times
     // The same. A text can make thousands, and ask for one by name for each of thousands of entities.
-    std::unordered_map<util::String, std::vector<GroupPtr>> m_groupsByName;
+    std::unordered_map<util::String, util::HashSet<GroupPtr>> m_groupsByName;
     GroupPtr m_selection;
     util::SharedPtr<Camera> m_camera;
     std::vector<unsigned> m_heldBodies; // during FlushBodies

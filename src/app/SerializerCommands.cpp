@@ -23,11 +23,8 @@
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
 #include "physics/WorldGeom.h"
-#include "script/Recursion.h"
-#include "script/Tokenizer.h"
 
 #include <limits>
-#include <unordered_set>
 
 using math::Vec2;
 
@@ -41,62 +38,14 @@ float ReadSize(const EntitySerializer& serializer)
     return serializer.Has("size") ? serializer.Get<float>("size")
                                   : App::GetInstancePtr()->GetDefaultJointSize();
 }
-
-// What printing a function and cutting the text into words costs, for each character of it.
-const int64_t CostOfCode = 4;
-
-/// Lets a block's formulas go when their entity goes. A formula keeps the closure of its block alive, and
-/// the variable there would keep the formula. But the block has run, and nobody but its formulas will
-/// read its variables: formulas that none of them names are taken out of the closure.
-///
-/// The rest stays as long as the program: formulas that others name, and all of a block that has set a
-/// formula elsewhere, too, as nobody knows what that one names.
-void ReleaseFormulas(const script::ClosurePtr& closure)
-{
-    const size_t handles = 2; // the caller's, and that of the function that was called
-    const size_t functionCount = closure->GetHandle()->GetRefCount() - handles;
-    if (functionCount == 0)
-        return;
-    const std::vector<script::VariablePtr> variables = closure->GetVariables();
-    std::unordered_set<const script::Function*> functions;
-    for (const script::VariablePtr& variable : variables)
-        if (const auto* function = script::As<script::Function>(variable->GetObject()))
-        {
-            // What a function returned may look outward to this closure, and does not keep it.
-            if (function->GetClosure() != closure)
-                return;
-            functions.insert(function);
-        }
-    if (functions.size() != functionCount)
-        return;
-
-    std::unordered_set<util::String> names;
-    for (const script::Function* function : functions)
-    {
-        const util::String code = function->GetBody()->ToCode();
-        script::Charge(CostOfCode * static_cast<int64_t>(code.size()));
-        bool isMember = false; // of what stands before the point
-        for (const script::Token& token : script::Tokenizer::Tokenize(code))
-        {
-            if (token.IsIdentifier() && !isMember)
-                names.insert(token.text);
-            isMember = token.text == ".";
-        }
-    }
-    for (const script::VariablePtr& variable : variables)
-        if (script::As<script::Function>(variable->GetObject()) &&
-            !names.count(variable->GetName()))
-            closure->RemoveVariable(variable->GetName());
-}
 }
 
 EntitySerializer CallBlock(script::Function& function)
 {
+    // A formula keeps the closure of its block alive, and the variable there the formula: a block with one
+    // stays for good. Which of its variables nobody will ever name can't be told.
     function.Call({});
-    const script::ClosurePtr closure = function.GetCallClosure();
-    const EntitySerializer serializer(*closure);
-    ReleaseFormulas(closure);
-    return serializer;
+    return EntitySerializer(*function.GetCallClosure());
 }
 
 script::ObjectPtr Serializer::Helper(const Kind& kind, const script::ObjectPtr& argument)

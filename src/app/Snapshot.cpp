@@ -20,6 +20,7 @@
 #include "physics/Particle.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
+#include "script/Recursion.h"
 #include "util/Failures.h"
 #include "util/SameBits.h"
 #include "util/ScopeProfiler.h"
@@ -384,6 +385,8 @@ void Snapshot::Restore()
     util::ScopeProfiler profile("Snapshot::Restore");
     // A tool that is broken off may hold the last handle but this.
     const SnapshotPtr keepAlive(this);
+    // A script may ask for this with its last breath, and formulas that are read would unwind it halfway.
+    const script::Allowance allowance(script::MaxRunCost, true);
     WeldBatch::SettleNow();
     FileInfo::GetInstancePtr()->SetVersion(FileInfo::LATEST_VERSION);
     QUIB_PASS_ON(ClearWorld());

@@ -58,9 +58,9 @@ void ThrowRunsTooLong()
 }
 }
 
-Allowance::Allowance(int64_t cost)
+Allowance::Allowance(int64_t cost, bool isOwn)
     : m_outerLeft(internal::s_costLeft)
-    , m_atStart(std::min(cost, m_outerLeft))
+    , m_atStart(isOwn ? cost : std::min(cost, m_outerLeft))
 {
     internal::s_costLeft = m_atStart;
 }

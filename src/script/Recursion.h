@@ -83,7 +83,9 @@ inline void ChargeString(size_t length)
 class Allowance
 {
 public:
-    explicit Allowance(int64_t cost);
+    /// @param isOwn  all of it, though the one around it may be nearly used up, for what must not stop
+    ///               halfway. That one is charged with it all the same.
+    explicit Allowance(int64_t cost, bool isOwn = false);
     ~Allowance();
     Allowance(const Allowance&) = delete;
     Allowance& operator=(const Allowance&) = delete;

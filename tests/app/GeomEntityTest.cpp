@@ -75,16 +75,16 @@ TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
         bool isErased;
     } cases[] = {
         {"misses a corner", {{0.5f, 2}, {2, 0.5f}}, false},
-        {"touches a corner", {{0.5f, 1.5f}, {1.5f, 0.5f}}, false},
-        {"touches a corner and turns back", {{0, 2}, {1, 1}, {2, 1.5f}}, false},
+        {"through a corner", {{0.5f, 1.5f}, {1.5f, 0.5f}}, true},
+        {"turns on a corner", {{0, 2}, {1, 1}, {2, 1.5f}}, true},
         {"along the diagonal", {{-2, -2}, {2, 2}}, true},
         {"along the diagonal, in two strokes", {{-2, 2}, {-1, 1}, {2, -2}}, true},
         {"along the diagonal, and back", {{-2, -2}, {2, 2}, {-2, -2}}, false},
         {"from a corner to a side", {{-3, -2}, {3, 1}}, true},
         {"from within a corner to another", {{1, 1}, {-1, -1}}, true},
-        {"touches a side and turns back", {{-2, 0.5f}, {-1, 0.25f}, {-2, 0}}, false},
+        {"touches a side and turns back", {{-2, 0.5f}, {-1, 0.25f}, {-2, 0}}, true},
         {"turns on a side and leaves", {{-2, 0.5f}, {-1, 0.25f}, {2, 0.5f}}, true},
-        {"turns on a side and ends inside", {{-2, 0.5f}, {-1, 0.25f}, {0, 0.5f}}, false},
+        {"turns on a side and ends inside", {{-2, 0.5f}, {-1, 0.25f}, {0, 0.5f}}, true},
         {"passes and comes back the same way", {{-2, 0.25f}, {2, 0.25f}, {-2, 0.25f}}, false},
         {"across a corner", {{0, 1.5f}, {1.5f, 0}}, true},
         {"through the middle, slanted", {{-2, -1.5f}, {2, 1.7f}}, true},
@@ -448,6 +448,13 @@ TEST_F(GeomEntityTest, LiquifiesToAsManyParticlesAsFit)
     EXPECT_NEAR(3 - side / 2 + side / 24, points[0].x, 1e-3f);
     EXPECT_NEAR(2 - side / 2 + side / 24, points[0].y, 1e-3f);
     EXPECT_NEAR(side / 12, points[1].x - points[0].x, 1e-3f);
+}
+
+TEST_F(GeomEntityTest, LiquifiesWithoutHoles)
+{
+    // By its area 76, while whole rows of that spacing are 9 of 9.
+    EXPECT_EQ(81u,
+              AddFinite("Scene.addBox { size = [0.31, 0.31] }")->GetEquidistantPoints().size());
 }
 
 TEST_F(GeomEntityTest, SpreadsTheWaterWhenThereWouldBeTooMuch)

@@ -151,8 +151,11 @@ physics::LinesegmentList BoxEntity::GetSides() const
 
 bool BoxEntity::ErasedBy(const physics::LinesegmentList& stroke) const
 {
-    // Deliberate: exactly. A stroke that enters and leaves twice has second thoughts.
-    return CountPlaces(stroke, GetSides()) == 2;
+    // Deliberate: exactly. A stroke that enters and leaves twice has second thoughts. A corner counts for
+    // both of its sides, so that a stroke through it alone erases; but on the way along the diagonal each of
+    // the two corners is a place.
+    const physics::LinesegmentList sides = GetSides();
+    return physics::IntersectCount(stroke, sides) == 2 || CountPlaces(stroke, sides) == 2;
 }
 
 bool BoxEntity::IsContainedBy(const physics::Polygon& lasso) const

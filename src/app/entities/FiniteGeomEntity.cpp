@@ -135,12 +135,12 @@ std::vector<Vec2> FiniteGeomEntity::GetEquidistantPoints() const
         }
         points = grid.FindInside(*GetGeom());
     }
-    // Rows and columns are whole numbers, so that there may be too many.
-    if (points.size() > count)
+    // Rows and columns are whole numbers, so that there may be more than there ought to be.
+    if (const size_t limit = App::GetInstancePtr()->GetMaxSPHSpawn(); points.size() > limit)
     {
-        for (size_t i = 0; i < count; ++i)
-            points[i] = points[i * points.size() / count];
-        points.resize(count);
+        for (size_t i = 0; i < limit; ++i)
+            points[i] = points[i * points.size() / limit];
+        points.resize(limit);
     }
     return points;
 }

@@ -1,4 +1,5 @@
-// An entity that sits at a point, and is drawn and picked as a small circle around it: joints and pens.
+// An entity that sits at a point, and is picked as a small circle around it: pens, and all joints but
+// springs, which are picked along their whole length.
 #pragma once
 
 #include "app/entities/Entity.h"
