@@ -15,6 +15,7 @@
 #include "physics/Particle.h"
 #include "physics/WorldGeom.h"
 #include "script/Parser.h"
+#include "script/Recursion.h"
 
 #include <malloc.h>
 
@@ -769,5 +770,21 @@ TEST_F(SnapshotTest, FreesEverythingWithTheLastOfThem)
     const unsigned long before = util::Pointee::GetInstanceCount();
     useAll();
     EXPECT_EQ(before, util::Pointee::GetInstanceCount());
+}
+
+TEST_F(SnapshotTest, IsRestoredInWholeForAScriptThatIsNearlyOutOfTime)
+{
+    Run("k = 0.75; Scene.addBox { }");
+    Run("Scene.addCircle { pos = [5.0, 0.0]; friction = { k } }");
+    const SnapshotPtr snapshot = Snapshot::TakeSnapshot();
+    TheScene()->ClearScene();
+    {
+        const script::CallGuard call; // within a function
+        const script::Allowance little(10);
+        snapshot->Restore();
+        EXPECT_GT(little.GetSpent(), 10) << "what it takes is charged";
+    }
+    ASSERT_EQ(2u, TheScene()->GetEntities().size());
+    EXPECT_TRUE(TheScene()->GetEntities()[1]->GetObject("friction")->IsFunction());
 }
 }
