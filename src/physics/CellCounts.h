@@ -15,6 +15,8 @@ class CellCounts
 {
 public:
     CellCounts();
+    CellCounts(const CellCounts&) = delete;
+    CellCounts& operator=(const CellCounts&) = delete;
 
     void Clear();
     /// Quick when a thing lies in the cell of the one before.

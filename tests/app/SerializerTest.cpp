@@ -429,15 +429,15 @@ TEST_F(SerializerTest, FormulasOfABlockFindWhatTheyName)
          // By way of an operator, and from within functions that the block calls.
          "Scene.addBox { plus = (a, b) => { a + b }; infix 1 left: _ with _ => plus; friction = { "
          "0.25 "
-         "with 0.25 } }; "
+         "with 0.125 } }; "
          "Scene.addBox { k = 0.375; start = { Sim.fallLimit = { k } }; start }; "
-         "Scene.addBox { half = { 0.5 }; Scene.addCircle { restitution = { half } } }");
+         "Scene.addBox { third = { 0.3125 }; Scene.addCircle { restitution = { third } } }");
     for (int i = 0; i < 3; ++i)
         Parser()->Update();
     EXPECT_EQ("", log.Text());
-    EXPECT_EQ(0.5f, EntityAt(2)->AsGeomEntity()->GetGeom()->GetFriction());
+    EXPECT_EQ(0.375f, EntityAt(2)->AsGeomEntity()->GetGeom()->GetFriction());
     EXPECT_EQ(0.375f, Sim()->m_fallLimit);
-    EXPECT_EQ(0.5f, EntityAt(4)->AsGeomEntity()->GetGeom()->GetRestitution());
+    EXPECT_EQ(0.3125f, EntityAt(4)->AsGeomEntity()->GetGeom()->GetRestitution());
     EXPECT_EQ(0.75f, EntityAt(0)->AsGeomEntity()->GetGeom()->GetFriction());
     EXPECT_EQ(0.25f, EntityAt(0)->AsGeomEntity()->GetGeom()->GetRestitution());
     EXPECT_TRUE(EntityAt(0)->GetObject("friction")->IsFunction());
