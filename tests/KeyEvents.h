@@ -8,7 +8,7 @@ namespace test
 /// @param handled  somebody before all listeners has taken it
 inline void SendKey(int key, bool down, bool handled = false)
 {
-    const input::KeyEvent event(key, down, math::Vec2());
+    const input::KeyEvent event(key, 0, down, math::Vec2());
     event.SetHandled(handled);
     input::Input::GetInstancePtr()->OnKeyEvent(event);
 }

@@ -14,6 +14,12 @@ math::Vec2 ConvertPixel(int x, int y)
 {
     return GUI::GetInstancePtr()->PosFromPixel(x, y);
 }
+
+input::Input::ClickLimits GetClickLimits()
+{
+    const GUI* gui = GUI::GetInstancePtr();
+    return {gui->GetClickTimeTolerance(), gui->GetClickTolerance()};
+}
 }
 
 GUI::GUI()
@@ -41,9 +47,10 @@ GUI::GUI()
     AddReflectedChild(m_root);
 
     input::Input* input = input::Input::GetInstancePtr();
-    input->AddListener(util::WeakPtr<InputListener>(m_root.get()));
-    input->AddListener(util::WeakPtr<InputListener>(this));
+    input->AddFirstListener(util::WeakPtr<InputListener>(m_root.get()));
+    input->AddFirstListener(util::WeakPtr<InputListener>(this));
     input->SetPosFromPixel(ConvertPixel);
+    input->SetClickLimits(GetClickLimits);
 }
 
 GUI::~GUI() = default;

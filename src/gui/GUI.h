@@ -29,6 +29,10 @@ public:
     /// GUI.scale held to 0.1 to 10, so that no script can lock its user out. The attribute keeps
     /// what was written.
     float GetScale() const;
+    /// GUI units.
+    float GetClickTolerance() const { return m_clickTolerance; }
+    /// Seconds.
+    float GetClickTimeTolerance() const { return m_clickTimeTolerance; }
     math::Vec2 PosFromPixel(int x, int y) const;
     math::Vec2 PixelFromPos(const math::Vec2& pos) const;
     /// Of the window, in GUI units.

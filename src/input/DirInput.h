@@ -1,9 +1,7 @@
-// A setting that is a direction in the plane, given by four keys.
+// A setting that is a direction in the plane: four keys, or the stick or the hat of a joystick.
 #pragma once
 
-#include "math/Vector.h"
-#include "util/Pointee.h"
-#include "util/SharedPtr.h"
+#include "input/Joystick.h"
 #include "util/String.h"
 
 #include <array>
@@ -51,5 +49,41 @@ public:
 
 private:
     std::array<int, DirectionCount> m_keys;
+};
+
+// Text of either names the joystick that was asked for, though another may stand in for it here.
+
+class JoyAxisInput final : public DirInput
+{
+public:
+    /// @param joystick        not null
+    /// @param joystickNumber  the one that was asked for
+    JoyAxisInput(const JoystickPtr& joystick, int joystickNumber, int axisX, int axisY);
+    ~JoyAxisInput() override;
+
+    /// As SDL has it: down is positive.
+    math::Vec2 GetDir() const override;
+    util::String Serialize() const override;
+
+private:
+    JoystickPtr m_joystick;
+    int m_joystickNumber;
+    int m_axisX;
+    int m_axisY;
+};
+
+class JoyHatInput final : public KeyDirInput
+{
+public:
+    /// @param joystick  not null
+    /// @param hat       0 to 31
+    JoyHatInput(const JoystickPtr& joystick, int joystickNumber, int hat);
+    ~JoyHatInput() override;
+
+    util::String Serialize() const override;
+
+private:
+    int m_joystickNumber;
+    int m_hat;
 };
 }

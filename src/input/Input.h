@@ -2,6 +2,7 @@
 #pragma once
 
 #include "input/InputDelegator.h"
+#include "input/Joystick.h"
 #include "input/Key.h"
 #include "util/Singleton.h"
 
@@ -33,6 +34,8 @@ enum Modifier
 
 /// Key repeat and unicode translation.
 void SetTextInput(bool on);
+/// "" for one, else "s".
+util::String Plural(int count);
 
 class Input : public InputDelegator, public util::Singleton<Input>
 {
@@ -43,8 +46,9 @@ public:
     /// Once SDL is up. Needs no window.
     void InitializeSDL();
 
-    /// Once a frame: delivers all waiting events and reads the mouse. Of several resizes only the last
-    /// is delivered, after all other events: each one costs a new GL context.
+    /// Once a frame: delivers all waiting events, however many, reads the mouse, and makes a drag of a
+    /// press that was held for long. Of several resizes only the last is delivered, after all other
+    /// events: each one costs a new GL context.
     void PumpEvents();
 
     /// Delivers one event as PumpEvents does.
@@ -60,21 +64,84 @@ public:
     /// Seconds; when the last PumpEvents began.
     double GetPumpTime() const { return m_pumpTime; }
 
+    /// Notches so far: up counts, down counts back.
+    int GetWheel() const { return m_wheel; }
+    /// Whether the latest event of a mouse button was a press.
+    bool IsMouseButtonDown() const { return m_isMouseButtonDown; }
+
+    /// By SDL's index; null when there is none.
+    JoystickPtr GetJoystick(int index) const;
+    /// Opens all that are there.
+    void LookForJoysticks();
+    /// As all sticks stand now is their centre.
+    void CalibrateJoysticks();
+
     /// Whether mouse and keyboard stay with the window, away from all others.
     void SetGrabInput(bool grab);
+    void SetShowCursor(bool show);
+
+    // The clipboard of the desktop, in Latin-1.
+
+    util::String GetClipboardText() const;
+    void SetClipboardText(const util::String& text);
 
     /// How pixels become positions. Set by the GUI, which lies above this; one to one before that.
     using PosFromPixelFunction = math::Vec2 (*)(int x, int y);
     void SetPosFromPixel(PosFromPixelFunction function) { m_posFromPixel = function; }
 
+    // What a press, a release and the motion between them may differ by and be a click still.
+    struct ClickLimits
+    {
+        float time;     // seconds
+        float distance; // GUI units
+    };
+    /// Set by the GUI, whose attributes they are.
+    using ClickLimitsFunction = ClickLimits (*)();
+    void SetClickLimits(ClickLimitsFunction function) { m_clickLimits = function; }
+
     void OnKeyEvent(const KeyEvent& event) override;
+    void OnMouseMove(const MouseEvent& event) override;
 
 private:
     bool IsAnyKeyDown(std::initializer_list<int> keys) const;
+    KeyEvent BuildKeyEvent(const SDL_Event& event, bool down);
+    char BuildCharacter(int key);
+    void HandleHat(const SDL_Event& event);
+
+    // Clicks and drags (InputGestures.cpp).
+    //
+    // A press arms; a release then is a click. Motion beyond the limit, or the limit of time, makes it
+    // a drag, which lasts until the release. Other buttons meanwhile change nothing.
+    enum GestureState
+    {
+        Idle,
+        Armed,
+        Dragging
+    };
+    static int MaxClickCount() { return 1; }
+    void OnButtonPress(const KeyEvent& event);
+    void OnButtonRelease(const KeyEvent& event);
+    void CheckClickTimeout();
+    bool FireClick();
+    bool FireDragBegin();
+    /// @param delta  see DragEvent
+    bool FireDrag(const math::Vec2& delta, const math::Vec2& position);
 
     double m_pumpTime = 0;
+    bool m_isMouseButtonDown = false;
+    std::vector<JoystickPtr> m_joysticks; // by SDL's index; null for one that can't be opened
     std::map<int, bool> m_keys;
+    int m_wheel = 0;
     math::Vec2 m_mousePos;
+
+    GestureState m_state = Idle;
+    double m_pressTime = 0; // seconds
+    math::Vec2 m_pressPos;
+    int m_button = 0;
+    int m_clickCount = 0;
+
+    bool m_isUnicodeReported = false;
     PosFromPixelFunction m_posFromPixel;
+    ClickLimitsFunction m_clickLimits;
 };
 }

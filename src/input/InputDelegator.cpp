@@ -13,19 +13,28 @@ InputDelegator::~InputDelegator() = default;
 
 void InputDelegator::AddListener(const util::WeakPtr<InputListener>& listener)
 {
+    Insert(listener, false);
+}
+
+void InputDelegator::AddFirstListener(const util::WeakPtr<InputListener>& listener)
+{
+    Insert(listener, true);
+}
+
+void InputDelegator::Insert(const util::WeakPtr<InputListener>& listener, bool isFirst)
+{
     CODE_ASSERT(!listener.IsNull());
     RemoveListener(listener);
 
     InputListener* added = listener.GetUnlocked();
     Entry entry;
     entry.listener = listener;
+    entry.isFirst = isFirst;
     entry.onPriority = util::MakeCallback(&InputDelegator::Sort, this);
     entry.priority = added->GetPriority();
     added->AddPriorityCallback(entry.onPriority);
     // Before its equals: the latest comes first. By bisection, as a scene may bind thousands of buttons.
-    const auto place =
-        std::lower_bound(m_listeners.begin(), m_listeners.end(), entry.priority,
-                         [](const Entry& e, int priority) { return e.priority > priority; });
+    const auto place = std::lower_bound(m_listeners.begin(), m_listeners.end(), entry, IsBefore);
     m_listeners.insert(place, entry);
 }
 
@@ -51,13 +60,17 @@ void InputDelegator::RemoveDead()
                       m_listeners.end());
 }
 
+bool InputDelegator::IsBefore(const Entry& a, const Entry& b)
+{
+    return a.priority != b.priority ? a.priority > b.priority : a.isFirst && !b.isFirst;
+}
+
 void InputDelegator::Sort()
 {
     for (Entry& entry : m_listeners)
         if (const InputListener* listener = entry.listener.GetUnlocked())
             entry.priority = listener->GetPriority();
-    std::stable_sort(m_listeners.begin(), m_listeners.end(),
-                     [](const Entry& a, const Entry& b) { return a.priority > b.priority; });
+    std::stable_sort(m_listeners.begin(), m_listeners.end(), IsBefore);
 }
 
 void InputDelegator::OnMouseMove(const MouseEvent& event)
@@ -75,5 +88,30 @@ void InputDelegator::OnKeyEvent(const KeyEvent& event)
 void InputDelegator::OnOtherEvent(const InputEvent& event)
 {
     FireEvent(event, &InputListener::OnOtherEvent);
+}
+
+void InputDelegator::OnDragBegin(const DragEvent& event)
+{
+    FireEvent(event, &InputListener::OnDragBegin);
+}
+
+void InputDelegator::OnDrag(const DragEvent& event)
+{
+    FireEvent(event, &InputListener::OnDrag);
+}
+
+void InputDelegator::OnDragEnd(const DragEvent& event)
+{
+    FireEvent(event, &InputListener::OnDragEnd);
+}
+
+void InputDelegator::OnClick(const ClickEvent& event)
+{
+    FireEvent(event, &InputListener::OnClick);
+}
+
+void InputDelegator::OnJoyAxisEvent(const JoyAxisEvent& event)
+{
+    FireEvent(event, &InputListener::OnJoyAxisEvent);
 }
 }

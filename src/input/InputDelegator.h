@@ -17,11 +17,18 @@ public:
     /// One that is here already moves to the front of its priority.
     /// @throws BadCoderException  when it is null or gone
     void AddListener(const util::WeakPtr<InputListener>& listener);
+    /// The same, but it stays in front of all others of its priority, whenever they come.
+    void AddFirstListener(const util::WeakPtr<InputListener>& listener);
     void RemoveListener(const util::WeakPtr<InputListener>& listener);
 
     void OnMouseMove(const MouseEvent& event) override;
     void OnKeyEvent(const KeyEvent& event) override;
     void OnOtherEvent(const InputEvent& event) override;
+    void OnDragBegin(const DragEvent& event) override;
+    void OnDrag(const DragEvent& event) override;
+    void OnDragEnd(const DragEvent& event) override;
+    void OnClick(const ClickEvent& event) override;
+    void OnJoyAxisEvent(const JoyAxisEvent& event) override;
 
 protected:
     /// Calls the handler on every listener; the handled flag does not stop the round. Listeners may
@@ -49,8 +56,11 @@ private:
         util::WeakPtr<InputListener> listener;
         util::CallbackPtr onPriority; // its registration at the listener
         int priority;                 // as of the last Sort; stays when the listener dies
+        bool isFirst;                 // among equals
     };
 
+    void Insert(const util::WeakPtr<InputListener>& listener, bool isFirst);
+    static bool IsBefore(const Entry& a, const Entry& b);
     void Sort();
     void RemoveDead();
 

@@ -22,6 +22,16 @@ void InputListener::OnKeyEvent(const KeyEvent& event)
 
 void InputListener::OnOtherEvent(const InputEvent&) {}
 
+void InputListener::OnDragBegin(const DragEvent&) {}
+
+void InputListener::OnDrag(const DragEvent&) {}
+
+void InputListener::OnDragEnd(const DragEvent&) {}
+
+void InputListener::OnClick(const ClickEvent&) {}
+
+void InputListener::OnJoyAxisEvent(const JoyAxisEvent&) {}
+
 bool InputListener::IsKeyDown(int key) const
 {
     const auto it = m_keys.find(key);

@@ -22,6 +22,11 @@ public:
     /// Records whether the key is down, unless a listener before has handled the event.
     virtual void OnKeyEvent(const KeyEvent& event);
     virtual void OnOtherEvent(const InputEvent& event);
+    virtual void OnDragBegin(const DragEvent& event);
+    virtual void OnDrag(const DragEvent& event);
+    virtual void OnDragEnd(const DragEvent& event);
+    virtual void OnClick(const ClickEvent& event);
+    virtual void OnJoyAxisEvent(const JoyAxisEvent& event);
 
     /// True when this listener saw the key go down, and it is down still. A key that a listener above
     /// has taken is not down for those below.

@@ -1,5 +1,6 @@
 #include "input/Key.h"
 
+#include "logging/Log.h"
 #include "util/Failures.h"
 
 #include <SDL_keysym.h>
@@ -126,5 +127,49 @@ int Key::GetKeyFromName(const util::String& name)
     if (found == table.m_nameToKey.end())
         QUIB_THROW(BadDataException("Unknown name of key \"" + name + "\""));
     return found->second;
+}
+
+bool Key::IsMouseButton(int key)
+{
+    return key >= FirstMouseKey && key < FirstJoystickKey;
+}
+
+int Key::GetJoystickKey(int joystick, int button)
+{
+    return FirstJoystickKey + joystick * KeysPerJoystick + button;
+}
+
+int Key::GetJoystickHatKey(int joystick, int hat, int mask)
+{
+    const int masks[] = {1, 2, 4, 8};
+    const int direction = static_cast<int>(std::find(masks, masks + 4, mask) - masks);
+    if (direction == 4)
+    {
+        Log(logging::LogError, "Bad hat-mask in Key::GetJoystickHatKey");
+        return 0;
+    }
+    return GetJoystickKey(joystick, JoystickButtonCount + hat * 4 + direction);
+}
+
+int Key::GetJoystickFromKey(int key)
+{
+    const bool isJoystick = key >= FirstJoystickKey && key < KEYBUFFERSIZE;
+    return isJoystick ? (key - FirstJoystickKey) / KeysPerJoystick : -1;
+}
+
+int Key::GetJoystickButtonFromKey(int key)
+{
+    return GetJoystickFromKey(key) < 0 ? -1 : (key - FirstJoystickKey) % KeysPerJoystick;
+}
+
+int Key::GetJoystickHatFromKey(int key)
+{
+    const int button = GetJoystickButtonFromKey(key);
+    return button < JoystickButtonCount ? -1 : (button - JoystickButtonCount) / 4;
+}
+
+bool Key::IsJoystickHatKey(int key)
+{
+    return GetJoystickHatFromKey(key) >= 0;
 }
 }

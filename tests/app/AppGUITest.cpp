@@ -258,7 +258,7 @@ TEST_F(AppGUITest, SurvivesALoadAndASaveThatFailInAnUnknownWay)
 void TurnWheel(int key, const Vec2& pos)
 {
     for (bool down : {true, false})
-        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, down, pos));
+        input::Input::GetInstancePtr()->OnKeyEvent(input::KeyEvent(key, 0, down, pos));
 }
 
 TEST_F(AppGUITest, ZoomsAroundTheMouseWithTheWheel)
@@ -303,9 +303,9 @@ TEST_F(AppGUITest, LeavesTheWheelToWhoHasTakenItAndToCtrlAndShift)
     for (int key : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LSHIFT, SDLK_RSHIFT})
     {
         input::Input* input = input::Input::GetInstancePtr();
-        input->OnKeyEvent(input::KeyEvent(key, true, Vec2()));
+        input->OnKeyEvent(input::KeyEvent(key, 0, true, Vec2()));
         TurnWheel(327, Vec2(3, 3));
-        input->OnKeyEvent(input::KeyEvent(key, false, Vec2()));
+        input->OnKeyEvent(input::KeyEvent(key, 0, false, Vec2()));
         EXPECT_EQ(150, TheCamera()->GetZoom()) << key;
     }
 }

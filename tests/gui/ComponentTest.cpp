@@ -108,7 +108,7 @@ TEST_F(ComponentTest, AChildOfAnotherOwnerMoves)
     EXPECT_FALSE(owner->HasComponent(child));
     EXPECT_TRUE(other->HasComponent(child));
     EXPECT_EQ(other.get(), child->GetOwnerComponent());
-    owner->OnKeyEvent(input::KeyEvent('a', true, Vec2()));
+    owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
     EXPECT_EQ(Notes{"owner key"}, notes) << "its events come from the new owner only";
 }
 
@@ -208,7 +208,7 @@ TEST_F(ComponentTest, AnUpdateMayRemoveAllChildren)
 TEST_F(ComponentTest, EventsReachTheChildAddedLastFirst)
 {
     const NotingPtr a = Add("a"), b = Add("b");
-    owner->OnKeyEvent(input::KeyEvent('a', true, Vec2()));
+    owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
     EXPECT_EQ((Notes{"b key", "a key", "owner key"}), notes);
 }
 

@@ -1,5 +1,7 @@
 #include "input/InputDelegator.h"
 
+#include "input/Joystick.h"
+#include "input/Key.h"
 #include "input/ListenersForTest.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +25,7 @@ protected:
     Notes Fire()
     {
         notes.clear();
-        delegator->OnKeyEvent(KeyEvent('a', true, math::Vec2()));
+        delegator->OnKeyEvent(KeyEvent('a', 0, true, math::Vec2()));
         return notes;
     }
 
@@ -157,7 +159,7 @@ TEST_F(InputDelegatorTest, HandsOnEveryKindOfEvent)
     SDL_Event quit = {};
     quit.type = SDL_QUIT;
     delegator->OnOtherEvent(InputEvent(quit));
-    delegator->OnKeyEvent(KeyEvent('a', true, math::Vec2()));
+    delegator->OnKeyEvent(KeyEvent('a', 0, true, math::Vec2()));
     EXPECT_EQ((Notes{"a move", "a other 12", "a"}), notes);
 }
 
@@ -166,6 +168,35 @@ TEST_F(InputDelegatorTest, DelegatorsNest)
     util::SharedPtr<InputDelegator> outer = QUIB_NEW InputDelegator(50);
     outer->AddListener(Weak(delegator.get()));
     const auto a = Add(50, "a");
-    outer->OnKeyEvent(KeyEvent('a', true, math::Vec2()));
+    outer->OnKeyEvent(KeyEvent('a', 0, true, math::Vec2()));
     EXPECT_EQ((Notes{"a"}), notes);
+}
+
+TEST_F(InputDelegatorTest, AFirstListenerStaysInFrontOfItsEqualsAndBehindTheHigher)
+{
+    const auto early = Add(50, "early");
+    const util::SharedPtr<NotingListener> root = QUIB_NEW NotingListener(50, "root", &notes);
+    delegator->AddFirstListener(Weak(root.get()));
+    const auto late = Add(50, "late"), high = Add(51, "high");
+    EXPECT_EQ((Notes{"high", "root", "late", "early"}), Fire());
+
+    const util::SharedPtr<NotingListener> second = QUIB_NEW NotingListener(50, "second", &notes);
+    delegator->AddFirstListener(Weak(second.get()));
+    EXPECT_EQ((Notes{"high", "second", "root", "late", "early"}), Fire());
+}
+
+TEST_F(InputDelegatorTest, EveryKindOfEventIsHandedOn)
+{
+    const auto a = Add(50, "a"), b = Add(50, "b");
+    const math::Vec2 o(0, 0);
+    delegator->OnMouseMove(MouseEvent(0, o, o));
+    delegator->OnOtherEvent(InputEvent(SDL_Event{}));
+    delegator->OnDragBegin(DragEvent(o, o, o, MouseLeft));
+    delegator->OnDrag(DragEvent(o, o, o, MouseLeft));
+    delegator->OnDragEnd(DragEvent(o, o, o, MouseLeft));
+    delegator->OnClick(ClickEvent(o, MouseLeft, 1));
+    delegator->OnJoyAxisEvent(JoyAxisEvent(nullptr, 0));
+    EXPECT_EQ((Notes{"b move", "a move", "b other 0", "a other 0", "b begin", "a begin", "b drag",
+                     "a drag", "b end", "a end", "b click", "a click", "b axis", "a axis"}),
+              notes);
 }

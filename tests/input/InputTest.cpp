@@ -73,6 +73,17 @@ protected:
         // The dummy driver has a mouse only once it has a screen.
         ASSERT_TRUE(SDL_SetVideoMode(640, 480, 0, SDL_SWSURFACE)) << SDL_GetError();
         Input::GetInstancePtr()->InitializeSDL();
+
+        // The first typing of all: what it reports comes once in a program.
+        test::LogCapture log(logging::LogWarning);
+        SDL_EnableUNICODE(0);
+        for (int i = 0; i < 2; ++i)
+        {
+            Input::GetInstancePtr()->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_c));
+            Input::GetInstancePtr()->HandleEvent(KeyOf(SDL_KEYUP, SDLK_c));
+        }
+        s_firstLines = log.Lines();
+        s_isUnicodeOn = SDL_EnableUNICODE(-1);
     }
     static void TearDownTestSuite() { SDL_Quit(); }
 
@@ -86,7 +97,11 @@ protected:
 
     Input* input = Input::GetInstancePtr();
     util::SharedPtr<KeepingListener> listener = QUIB_NEW KeepingListener;
+    static Notes s_firstLines;
+    static bool s_isUnicodeOn;
 };
+Notes InputTest::s_firstLines;
+bool InputTest::s_isUnicodeOn = false;
 }
 
 TEST_F(InputTest, AKeyNeverSeenIsUp)
@@ -323,4 +338,145 @@ TEST_F(InputTest, WhatIsNoModifierGivesSDLsMask)
     SDL_SetModState(SDLMod(KMOD_LSHIFT | KMOD_CAPS));
     EXPECT_EQ(0x2001, input->CheckModifier(static_cast<Modifier>(15)));
     SDL_SetModState(KMOD_NONE);
+}
+
+namespace
+{
+SDL_Event Typed(Uint8 type, int key, int unicode)
+{
+    SDL_Event event = KeyOf(type, SDLKey(key));
+    event.key.keysym.unicode = unicode;
+    return event;
+}
+}
+
+TEST_F(InputTest, AKeyTypesWhatSDLSays)
+{
+    input->HandleEvent(Typed(SDL_KEYDOWN, SDLK_a, 'q'));
+    input->HandleEvent(Typed(SDL_KEYUP, SDLK_a, 'q'));
+    input->HandleEvent(Typed(SDL_KEYDOWN, SDLK_WORLD_70, 0xE6));
+    input->HandleEvent(Typed(SDL_KEYUP, SDLK_WORLD_70, 0xE6));
+    EXPECT_EQ('q', listener->keys.at(0).GetCharacter());
+    EXPECT_EQ('\xE6', listener->keys.at(2).GetCharacter());
+}
+
+TEST_F(InputTest, BeyondLatin1AKeyTypesNothing)
+{
+    input->HandleEvent(Typed(SDL_KEYDOWN, SDLK_a, 0x20AC));
+    input->HandleEvent(Typed(SDL_KEYUP, SDLK_a, 0x20AC));
+    EXPECT_EQ(0, listener->keys.at(0).GetCharacter());
+}
+
+TEST_F(InputTest, WithoutAWordFromSDLAKeyTypesWhatItIsCalled)
+{
+    const struct
+    {
+        int key;
+        char character;
+    } cases[] = {{SDLK_SPACE, ' '},
+                 {SDLK_RETURN, '\n'},
+                 {SDLK_TAB, '\t'},
+                 {SDLK_KP0, '0'},
+                 {SDLK_KP9, '9'},
+                 {SDLK_b, 'b'},
+                 {SDLK_F1, 0},
+                 {SDLK_KP_PLUS, 0},
+                 {SDLK_LEFT, 0},
+                 {SDLK_MINUS, '-'},
+                 {5, 0}};
+    for (const auto& c : cases)
+    {
+        input->HandleEvent(Typed(SDL_KEYUP, c.key, 0));
+        EXPECT_EQ(c.character, listener->keys.back().GetCharacter()) << c.key;
+    }
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_LSHIFT));
+    SDL_SetModState(KMOD_LSHIFT);
+    input->HandleEvent(Typed(SDL_KEYUP, SDLK_b, 0));
+    EXPECT_EQ('B', listener->keys.back().GetCharacter());
+    SDL_SetModState(KMOD_NONE);
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_LSHIFT));
+}
+
+TEST_F(InputTest, AFailingTranslationIsReportedOnceAndTurnedOnAgain)
+{
+    EXPECT_EQ(Notes{"-- Warning: SDL unicode doesn't work"}, s_firstLines);
+    EXPECT_TRUE(s_isUnicodeOn);
+}
+
+TEST_F(InputTest, AKeyEventKnowsItsModifiers)
+{
+    const struct
+    {
+        SDLKey key;
+        int mask;
+        bool alt, ctrl, shift;
+    } cases[] = {{SDLK_LALT, KMOD_LALT, true, false, false},
+                 {SDLK_RCTRL, KMOD_RCTRL, false, true, false},
+                 {SDLK_LMETA, KMOD_LMETA, false, true, false},
+                 {SDLK_RSHIFT, KMOD_RSHIFT, false, false, true}};
+    for (const auto& c : cases)
+    {
+        input->HandleEvent(KeyOf(SDL_KEYDOWN, c.key));
+        SDL_SetModState(SDLMod(c.mask));
+        const KeyEvent event(SDLK_a, 'a', true, math::Vec2(0, 0));
+        EXPECT_EQ(c.alt, event.IsAltDown()) << c.key;
+        EXPECT_EQ(c.ctrl, event.IsCtrlDown()) << c.key;
+        EXPECT_EQ(c.shift, event.IsShiftDown()) << c.key;
+        SDL_SetModState(KMOD_NONE);
+        input->HandleEvent(KeyOf(SDL_KEYUP, c.key));
+    }
+}
+
+TEST_F(InputTest, APressOfAKeyThatIsDownIsARepeat)
+{
+    for (int i = 0; i < 3; ++i)
+        input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_d));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_d));
+    input->HandleEvent(KeyOf(SDL_KEYDOWN, SDLK_d));
+    input->HandleEvent(KeyOf(SDL_KEYUP, SDLK_d));
+    std::vector<bool> repeats;
+    for (const KeyEvent& event : listener->keys)
+        repeats.push_back(event.IsRepeat());
+    EXPECT_EQ((std::vector<bool>{false, true, true, false, false, false}), repeats);
+}
+
+TEST_F(InputTest, TheWheelCountsItsNotches)
+{
+    const int before = input->GetWheel();
+    for (Uint8 button : {4, 4, 4, 5})
+    {
+        input->HandleEvent(Button(SDL_MOUSEBUTTONDOWN, button));
+        input->HandleEvent(Button(SDL_MOUSEBUTTONUP, button));
+    }
+    EXPECT_EQ(2, input->GetWheel() - before);
+}
+
+TEST_F(InputTest, HundredsOfEventsInOneFrameAllArrive)
+{
+    // As the window system brings them: through SDL's filter, before its queue of 128.
+    const SDL_EventFilter filter = SDL_GetEventFilter();
+    ASSERT_TRUE(filter);
+    for (int i = 0; i < 500; ++i)
+    {
+        const SDL_Event event = KeyOf(i % 2 ? SDL_KEYUP : SDL_KEYDOWN, SDLKey(SDLK_a + i / 2 % 26));
+        EXPECT_EQ(0, filter(&event)) << "SDL would keep it a second time";
+    }
+    input->PumpEvents();
+    ASSERT_EQ(500u, listener->keys.size());
+    for (int i = 0; i < 500; ++i)
+        ASSERT_EQ(SDLK_a + i / 2 % 26, listener->keys[i].GetKey());
+}
+
+TEST_F(InputTest, AMessageOfTheWindowSystemStaysInSDLsQueueWhichKeepsItsText)
+{
+    SDL_Event event = {};
+    event.type = SDL_SYSWMEVENT;
+    EXPECT_EQ(1, SDL_GetEventFilter()(&event));
+}
+
+TEST_F(InputTest, ManyAreSpelledWithAnS)
+{
+    EXPECT_EQ("s", Plural(0));
+    EXPECT_EQ("", Plural(1));
+    EXPECT_EQ("s", Plural(2));
 }

@@ -1,5 +1,6 @@
 #include "input/Key.h"
 
+#include "TestSupport.h"
 #include "util/Failures.h"
 
 #include <gtest/gtest.h>
@@ -126,6 +127,50 @@ TEST(Key, RefusesNamesThatAreNoKeys)
             EXPECT_EQ(util::String("Unknown name of key \"") + name + "\"", e.what());
         }
     }
+}
+
+TEST(Key, JoystickKeysAreBuiltAndTakenApart)
+{
+    EXPECT_EQ(966, Key::GetJoystickKey(1, 3));
+    EXPECT_EQ("joy_1_b3", Key::GetKeyName(966));
+    EXPECT_EQ(837, Key::GetJoystickHatKey(0, 0, 4));
+    EXPECT_EQ("joy_0_h0_down", Key::GetKeyName(837));
+    EXPECT_EQ(1, Key::GetJoystickFromKey(966));
+    EXPECT_EQ(3, Key::GetJoystickButtonFromKey(966));
+    EXPECT_EQ(-1, Key::GetJoystickHatFromKey(966));
+    EXPECT_FALSE(Key::IsJoystickHatKey(966));
+    const int last = Key::GetJoystickHatKey(31, 31, 8);
+    EXPECT_EQ(KEYBUFFERSIZE - 1, last);
+    EXPECT_EQ(31, Key::GetJoystickFromKey(last));
+    EXPECT_EQ(31, Key::GetJoystickHatFromKey(last));
+    EXPECT_TRUE(Key::IsJoystickHatKey(last));
+    for (int key : {0, 324, 578, KEYBUFFERSIZE})
+    {
+        EXPECT_EQ(-1, Key::GetJoystickFromKey(key)) << key;
+        EXPECT_EQ(-1, Key::GetJoystickButtonFromKey(key)) << key;
+        EXPECT_FALSE(Key::IsJoystickHatKey(key)) << key;
+    }
+}
+
+TEST(Key, AHatLooksInOneDirectionAtATime)
+{
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(835 + i, Key::GetJoystickHatKey(0, 0, 1 << i));
+    for (int mask : {0, 3, 5, 16})
+    {
+        test::LogCapture log(logging::LogError);
+        EXPECT_EQ(0, Key::GetJoystickHatKey(0, 0, mask));
+        EXPECT_EQ(std::vector<std::string>{"!! ERROR: Bad hat-mask in Key::GetJoystickHatKey"},
+                  log.Lines());
+    }
+}
+
+TEST(Key, TheMousesButtonsLieBetweenTheKeysAndTheJoysticks)
+{
+    EXPECT_FALSE(Key::IsMouseButton(322));
+    EXPECT_TRUE(Key::IsMouseButton(323));
+    EXPECT_TRUE(Key::IsMouseButton(578));
+    EXPECT_FALSE(Key::IsMouseButton(579));
 }
 }
 }

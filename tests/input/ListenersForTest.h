@@ -32,6 +32,12 @@ public:
         m_notes->push_back(m_name + " other " + std::to_string(event.GetEvent().type));
     }
 
+    void OnDragBegin(const DragEvent&) override { m_notes->push_back(m_name + " begin"); }
+    void OnDrag(const DragEvent&) override { m_notes->push_back(m_name + " drag"); }
+    void OnDragEnd(const DragEvent&) override { m_notes->push_back(m_name + " end"); }
+    void OnClick(const ClickEvent&) override { m_notes->push_back(m_name + " click"); }
+    void OnJoyAxisEvent(const JoyAxisEvent&) override { m_notes->push_back(m_name + " axis"); }
+
     std::function<void(const KeyEvent&)> m_onKey;
 
 private:
