@@ -321,6 +321,7 @@ void RunOptions(const RunnerOptions& options)
 
     setenv("SDL_VIDEODRIVER", "dummy", 1);
     core::Subsystem::SetLogToStandardOutput(!options.isQuiet);
+    core::Subsystem::SetUseJoysticks(false); // what is plugged in here must not change a result
     CreateServices();
     Runner(options).Run(scene, scripts);
 }

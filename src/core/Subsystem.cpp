@@ -26,6 +26,7 @@ namespace core
 namespace
 {
 bool s_logToStandardOutput = true;
+bool s_useJoysticks = true;
 
 // All that a signal handler may touch. Run looks at them once a frame.
 volatile std::sig_atomic_t s_exitSignal = 0;
@@ -58,7 +59,8 @@ void InitSDL()
     // runner has named is left alone.
     ::setenv("SDL_VIDEODRIVER", "x11", 0);
     Log(logging::LogInfo, "Init SDL...");
-    if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_JOYSTICK | SDL_INIT_NOPARACHUTE) < 0)
+    const Uint32 joysticks = s_useJoysticks ? SDL_INIT_JOYSTICK : 0;
+    if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE | joysticks) < 0)
         QUIB_THROW(std::runtime_error(util::String("Couldn't init SDL: ") + SDL_GetError()));
     os::NoteDisplaySize();
 }
@@ -100,6 +102,11 @@ void LogPrecisions()
 void Subsystem::SetLogToStandardOutput(bool on)
 {
     s_logToStandardOutput = on;
+}
+
+void Subsystem::SetUseJoysticks(bool on)
+{
+    s_useJoysticks = on;
 }
 
 Subsystem::Subsystem()

@@ -16,6 +16,8 @@ class Subsystem : public input::InputListener, public util::Singleton<Subsystem>
 public:
     /// Where the log goes beside its file and standard error. To be set before the service exists.
     static void SetLogToStandardOutput(bool on);
+    /// Whether joysticks are looked for. To be set before the service exists.
+    static void SetUseJoysticks(bool on);
 
     /// Brings up the log, SDL and the input.
     /// @throws std::runtime_error  when SDL can't be had

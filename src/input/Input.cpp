@@ -63,8 +63,11 @@ Input::Input()
 void Input::InitializeSDL()
 {
     SetTextInput(true);
-    LookForJoysticks();
-    CalibrateJoysticks();
+    if (SDL_WasInit(SDL_INIT_JOYSTICK))
+    {
+        LookForJoysticks();
+        CalibrateJoysticks();
+    }
     SetGrabInput(false);
     SetTextInput(true);
     SDL_SetEventFilter(KeepEvent);
