@@ -51,11 +51,11 @@ TEST_F(ActionTest, SnapshotActionIsAPointToComeBackTo)
 TEST_F(ActionTest, ScriptsCanSetAPointToComeBackTo)
 {
     const auto box = Add("Scene.addBox {}");
-    Run("App.GUI.takeSnapshot()");
+    Run("App.GUI.takeSnapshot");
     ASSERT_TRUE(TheUndoer()->GetNextUndo());
     EXPECT_STREQ("UndoSnapshot", TheUndoer()->GetNextUndo()->GetNameKey());
     TheScene()->RemoveEntity(box);
-    Run("App.undo()");
+    Run("App.undo");
     EXPECT_TRUE(TheScene()->HasEntity(box));
 }
 

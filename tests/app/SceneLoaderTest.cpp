@@ -261,8 +261,8 @@ TEST_F(SceneLoaderTest, AFileCanNotUndoItsOwnLoading)
     const auto old = Add("Scene.addCircle {}");
     TheUndoer()->Do(QUIB_NEW SnapshotAction);
     const ActionPtr point = TheUndoer()->GetNextUndo();
-    Write("sly.qib", "FileInfo.version = 2; Scene.addBox {}; App.undo(); App.GUI.takeSnapshot();"
-                     "Scene.addBox { pos = [3, 0]; friction = { App.undo(); 0.5 } }");
+    Write("sly.qib", "FileInfo.version = 2; Scene.addBox {}; App.undo; App.GUI.takeSnapshot;"
+                     "Scene.addBox { pos = [3, 0]; friction = { App.undo; 0.5 } }");
     test::LogCapture log;
     TheUndoer()->Do(QUIB_NEW SceneLoader(false, "sly.qib"));
     EXPECT_TRUE(log.Has("Nothing can be done, undone or redone while an action is under way"));

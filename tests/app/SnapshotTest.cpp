@@ -469,7 +469,7 @@ TEST_F(SnapshotTest, HoldsTheWeldsOfATextThatIsBeingRun)
     Serializer::GetInstancePtr()->Deserialize(
         "Scene.addBox { pos = [0, 0]; geomID = 11 }; Scene.addBox { pos = [0.8, 0]; geomID = 12 };"
         "Scene.addFixjoint { size = 0.2; geom0 = 11; geom0pos = [0.4, 0]; geom1 = 12; "
-        "geom1pos = [-0.4, 0] }; App.GUI.takeSnapshot()");
+        "geom1pos = [-0.4, 0] }; App.GUI.takeSnapshot");
     const EntityPtr weld = TheScene()->GetEntities()[2];
     TheScene()->RemoveEntity(weld);
     Undoer::GetInstancePtr()->Undo();

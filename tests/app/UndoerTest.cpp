@@ -211,9 +211,9 @@ TEST_F(UndoerTest, TakesALimitBelowNothingForNothing)
 TEST_F(UndoerTest, ObeysScripts)
 {
     TheUndoer()->Do(MakeNote());
-    Run("App.undo()");
+    Run("App.undo");
     EXPECT_EQ("do undo ", m_log);
-    Run("App.redo()");
+    Run("App.redo");
     EXPECT_EQ("do undo do ", m_log);
 }
 
