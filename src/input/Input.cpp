@@ -48,11 +48,6 @@ void SetTextInput(bool on)
     SDL_EnableKeyRepeat(on ? 500 : 0, 30);
 }
 
-util::String Plural(int count)
-{
-    return count == 1 ? "" : "s";
-}
-
 Input::Input()
     : InputDelegator(50)
     , m_posFromPixel(OneToOne)

@@ -34,8 +34,7 @@ enum Modifier
 
 /// Key repeat and unicode translation.
 void SetTextInput(bool on);
-/// "" for one, else "s".
-util::String Plural(int count);
+using util::Plural;
 
 class Input : public InputDelegator, public util::Singleton<Input>
 {

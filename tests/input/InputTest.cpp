@@ -473,10 +473,3 @@ TEST_F(InputTest, AMessageOfTheWindowSystemStaysInSDLsQueueWhichKeepsItsText)
     event.type = SDL_SYSWMEVENT;
     EXPECT_EQ(1, SDL_GetEventFilter()(&event));
 }
-
-TEST_F(InputTest, ManyAreSpelledWithAnS)
-{
-    EXPECT_EQ("s", Plural(0));
-    EXPECT_EQ("", Plural(1));
-    EXPECT_EQ("s", Plural(2));
-}
