@@ -232,9 +232,9 @@ void MixedSnapshot(benchmark::State& state)
 }
 BENCHMARK(MixedSnapshot)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->MinTime(1);
 
-void MixedRestore(benchmark::State& state)
+/// What the scene holds comes back to an empty one.
+void RestoreScene(benchmark::State& state)
 {
-    LoadMixed();
     const app::SnapshotPtr snapshot = app::Snapshot::TakeSnapshot();
     app::Scene* scene = app::Scene::GetInstancePtr();
     for (auto _ : state)
@@ -245,6 +245,13 @@ void MixedRestore(benchmark::State& state)
         snapshot->Restore();
     }
     CheckMixed(state);
+    scene->ClearScene();
+}
+
+void MixedRestore(benchmark::State& state)
+{
+    LoadMixed();
+    RestoreScene(state);
 }
 BENCHMARK(MixedRestore)->Unit(benchmark::kMillisecond)->MinTime(1);
 
@@ -303,17 +310,7 @@ BENCHMARK(BoundLoad)->Unit(benchmark::kMillisecond)->MinTime(1);
 void BoundRestore(benchmark::State& state)
 {
     LoadBound();
-    const app::SnapshotPtr snapshot = app::Snapshot::TakeSnapshot();
-    app::Scene* scene = app::Scene::GetInstancePtr();
-    for (auto _ : state)
-    {
-        state.PauseTiming();
-        scene->ClearScene();
-        state.ResumeTiming();
-        snapshot->Restore();
-    }
-    CheckMixed(state);
-    scene->ClearScene();
+    RestoreScene(state);
 }
 BENCHMARK(BoundRestore)->Unit(benchmark::kMillisecond)->MinTime(1);
 

@@ -68,18 +68,10 @@ ButtonInput& ButtonInput::operator=(const ButtonInput& o)
 void ButtonInput::OnKeysChanged()
 {
     m_isOn = false;
-    m_downKeys.clear();
-    if (m_keys.empty())
-        return;
-    Input* input = Input::GetInstancePtr();
-    // The repeats of a key that is held while it is bound are no presses.
-    for (int key : m_keys)
-        if (input->IsKeyDown(key))
-            m_downKeys.push_back(key);
-    if (m_relay)
+    if (m_relay || m_keys.empty())
         return;
     m_relay = QUIB_NEW InputRelay(this);
-    input->AddListener(util::WeakPtr<InputListener>(m_relay.get()));
+    Input::GetInstancePtr()->AddListener(util::WeakPtr<InputListener>(m_relay.get()));
 }
 
 void ButtonInput::Bind(const Binding& binding)
@@ -118,24 +110,11 @@ bool ButtonInput::AreAllMykeysDown() const
                        [input](int key) { return input->IsKeyDown(key); });
 }
 
-/// @return  false for a press of a key that is down already: one that is held repeats its press
-bool ButtonInput::NoteKey(const KeyEvent& event)
-{
-    const auto it = std::find(m_downKeys.begin(), m_downKeys.end(), event.GetKey());
-    const bool wasDown = it != m_downKeys.end();
-    if (event.IsDown() && !wasDown)
-        m_downKeys.push_back(event.GetKey());
-    else if (!event.IsDown() && wasDown)
-        m_downKeys.erase(it);
-    return !event.IsDown() || !wasDown;
-}
-
 void ButtonInput::OnKeyEvent(const KeyEvent& event)
 {
     const int eventKey = event.GetKey();
     if (!HasKey(eventKey))
         return;
-    const bool isNew = NoteKey(event);
     // A release always counts: one that somebody else has taken must not leave the button stuck.
     if (event.IsDown() && event.IsHandled())
         return;
@@ -145,7 +124,7 @@ void ButtonInput::OnKeyEvent(const KeyEvent& event)
             return;
     if (!m_toggle)
         m_isOn = event.IsDown();
-    else if (event.IsDown() && isNew)
+    else if (event.IsDown() && !event.IsRepeat())
         m_isOn = !m_isOn;
 }
 

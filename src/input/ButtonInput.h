@@ -60,11 +60,9 @@ private:
     class InputRelay;
 
     void OnKeyEvent(const KeyEvent& event);
-    bool NoteKey(const KeyEvent& event);
     void OnKeysChanged();
 
     std::vector<int> m_keys;
-    std::vector<int> m_downKeys; // of those, and whoever has handled their presses
     bool m_toggle = false;
     bool m_isOn = false;
     util::SharedPtr<InputRelay> m_relay; // made with the first key: most buttons are never bound

@@ -2,6 +2,7 @@
 #include "input/Input.h"
 
 #include "input/InputEvent.h"
+#include "input/ScreenFixture.h"
 #include "util/Timer.h"
 
 #include <SDL.h>
@@ -66,18 +67,9 @@ private:
 using Notes = std::vector<std::string>;
 const float TimeLimit = 0.05f;
 
-class GesturesTest : public testing::Test
+class GesturesTest : public ScreenFixture
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        setenv("SDL_VIDEODRIVER", "dummy", 1);
-        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
-        ASSERT_TRUE(SDL_SetVideoMode(640, 480, 0, SDL_SWSURFACE)) << SDL_GetError();
-        Input::GetInstancePtr()->InitializeSDL();
-    }
-    static void TearDownTestSuite() { SDL_Quit(); }
-
     void SetUp() override
     {
         input->SetClickLimits([] { return Input::ClickLimits{TimeLimit, 3.5f}; });
@@ -124,7 +116,6 @@ protected:
         input->PumpEvents();
     }
 
-    Input* input = Input::GetInstancePtr();
     util::SharedPtr<GestureListener> listener;
 };
 }

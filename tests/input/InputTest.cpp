@@ -2,6 +2,7 @@
 
 #include "TestSupport.h"
 #include "input/ListenersForTest.h"
+#include "input/ScreenFixture.h"
 
 #include <SDL.h>
 
@@ -63,16 +64,12 @@ public:
     std::vector<SDL_Event> others;
 };
 
-class InputTest : public testing::Test
+class InputTest : public ScreenFixture
 {
 protected:
     static void SetUpTestSuite()
     {
-        setenv("SDL_VIDEODRIVER", "dummy", 1);
-        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
-        // The dummy driver has a mouse only once it has a screen.
-        ASSERT_TRUE(SDL_SetVideoMode(640, 480, 0, SDL_SWSURFACE)) << SDL_GetError();
-        Input::GetInstancePtr()->InitializeSDL();
+        ScreenFixture::SetUpTestSuite();
 
         // The first typing of all: what it reports comes once in a program.
         test::LogCapture log(logging::LogWarning);
@@ -85,7 +82,6 @@ protected:
         s_firstLines = log.Lines();
         s_isUnicodeOn = SDL_EnableUNICODE(-1);
     }
-    static void TearDownTestSuite() { SDL_Quit(); }
 
     void SetUp() override
     {
@@ -95,7 +91,6 @@ protected:
         input->AddListener(util::WeakPtr<InputListener>(listener.get()));
     }
 
-    Input* input = Input::GetInstancePtr();
     util::SharedPtr<KeepingListener> listener = QUIB_NEW KeepingListener;
     static Notes s_firstLines;
     static bool s_isUnicodeOn;
