@@ -8,6 +8,7 @@
 #include "app/Undoer.h"
 #include "app/WaterDrawing.h"
 #include "app/entities/Entity.h"
+#include "app/tools/Tools.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
@@ -96,6 +97,7 @@ App::App()
     AddComponent(m_background);
     // Before the interface, which works on it; its camera asks for the size of this component.
     Scene* scene = Scene::GetInstancePtr();
+    Tools::GetInstancePtr();
     Undoer::Create();
     m_appGUI = QUIB_NEW AppGUI;
     AddComponent(m_appGUI);
@@ -141,9 +143,9 @@ void App::Update(float dt)
     Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
     if (dt > 0)
     {
-        const input::Input* input = input::Input::GetInstancePtr();
-        const float x = float(input->IsKeyDown(SDLK_RIGHT)) - float(input->IsKeyDown(SDLK_LEFT));
-        const float y = float(input->IsKeyDown(SDLK_DOWN)) - float(input->IsKeyDown(SDLK_UP));
+        // As this component saw them: keys that move the cursor in a text do not pan.
+        const float x = float(IsKeyDown(SDLK_RIGHT)) - float(IsKeyDown(SDLK_LEFT));
+        const float y = float(IsKeyDown(SDLK_DOWN)) - float(IsKeyDown(SDLK_UP));
         if (x != 0 || y != 0)
             camera->PanView(Vec2(x * dt * -400, y * dt * -400));
     }
@@ -271,6 +273,8 @@ void App::DrawComp() const
         DrawParticleCenters();
     if (m_drawCollisions)
         DrawCollisions();
+    rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, 1);
+    Tools::GetInstancePtr()->GetTool()->Draw();
 
     m_visibleEntities.clear();
     glPopMatrix();

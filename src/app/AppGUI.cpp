@@ -32,6 +32,8 @@ const int WheelDownKey = input::FirstMouseKey + SDL_BUTTON_WHEELDOWN;
 
 AppGUI::AppGUI()
     : m_zoomFactor(this, "zoomFactor", 0.2f)
+    , m_drawInside(this, "drawInside", false)
+    , m_leftClickMenus(this, "leftClickMenus", false)
     , m_drawHingesWhenRunning(this, "drawHingesWhenRunning", true)
     , m_lastAutosave(util::Timer::GetCurrentTime())
 {

@@ -23,6 +23,8 @@ public:
 
     /// A notch of the wheel is a factor of 2 to the power of this.
     float GetZoomFactor() const { return m_zoomFactor; }
+    /// Whether shapes may be begun on top of an entity.
+    bool GetDrawInside() const { return m_drawInside; }
     bool GetDrawHingesWhenRunning() const { return m_drawHingesWhenRunning; }
 
     /// Loads the scene and sets it running: one undo brings it back as it was loaded and paused, the
@@ -62,6 +64,8 @@ public:
 
 private:
     script::AttribWrapper<float> m_zoomFactor;
+    script::AttribWrapper<bool> m_drawInside;
+    script::AttribWrapper<bool> m_leftClickMenus; // a left click opens the popup too
     script::AttribWrapper<bool> m_drawHingesWhenRunning;
     std::vector<WidgetPtr> m_widgets;
     bool m_wantsDefaults = false;

@@ -10,6 +10,7 @@
 #include "app/entities/GeomEntity.h"
 #include "app/entities/PenEntity.h"
 #include "app/entities/WeldBatch.h"
+#include "app/tools/Tools.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
@@ -426,6 +427,9 @@ void Scene::ZoomToScene()
 
 void Scene::ClearScene()
 {
+    // The scene is made before the tools, and clears itself then.
+    if (Tools::Exists())
+        Tools::GetInstancePtr()->GetTool()->Disband();
     m_camera->Reset();
     // The scene is made before what reads files, and clears itself then.
     if (Serializer::Exists())

@@ -1,0 +1,8 @@
+#include "app/tools/ChainTool.h"
+
+namespace app
+{
+ChainTool::ChainTool() = default;
+
+ChainTool::~ChainTool() = default;
+}

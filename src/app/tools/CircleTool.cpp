@@ -1,0 +1,8 @@
+#include "app/tools/CircleTool.h"
+
+namespace app
+{
+CircleTool::CircleTool() = default;
+
+CircleTool::~CircleTool() = default;
+}

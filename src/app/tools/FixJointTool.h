@@ -1,0 +1,14 @@
+// Welds.
+#pragma once
+
+#include "app/tools/Tool.h"
+
+namespace app
+{
+class FixJointTool final : public Tool
+{
+public:
+    FixJointTool();
+    ~FixJointTool() override;
+};
+}

@@ -1,0 +1,8 @@
+#include "app/tools/MoveTool.h"
+
+namespace app
+{
+MoveTool::MoveTool() = default;
+
+MoveTool::~MoveTool() = default;
+}

@@ -1,0 +1,8 @@
+#include "app/tools/RotateTool.h"
+
+namespace app
+{
+RotateTool::RotateTool() = default;
+
+RotateTool::~RotateTool() = default;
+}

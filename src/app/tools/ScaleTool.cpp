@@ -1,0 +1,8 @@
+#include "app/tools/ScaleTool.h"
+
+namespace app
+{
+ScaleTool::ScaleTool() = default;
+
+ScaleTool::~ScaleTool() = default;
+}

@@ -1,0 +1,71 @@
+#include "app/tools/Tool.h"
+
+#include "app/App.h"
+#include "app/AppGUI.h"
+#include "app/Camera.h"
+#include "app/Scene.h"
+#include "app/Snapshot.h"
+#include "app/Undoer.h"
+#include "app/entities/Entity.h"
+#include "input/Input.h"
+
+#include <SDL_keysym.h>
+
+namespace app
+{
+Tool::Tool()
+    : InputListener(50)
+{
+}
+
+Tool::~Tool() = default;
+
+void Tool::Update(float) {}
+
+void Tool::Draw() const {}
+
+bool Tool::Disband()
+{
+    return false;
+}
+
+util::String Tool::GetCursorName() const
+{
+    return "";
+}
+
+void Tool::OnKeyEvent(const input::KeyEvent& event)
+{
+    InputListener::OnKeyEvent(event);
+    if (!event.IsHandled() && event.IsDown() && event.GetKey() == SDLK_ESCAPE && Disband())
+        event.SetHandled(true);
+}
+
+math::Vec2 Tool::ToWorld(const math::Vec2& pos)
+{
+    return Scene::GetInstancePtr()->GetCamera()->GUIToWorld(pos);
+}
+
+math::Vec2 Tool::GetMousePos()
+{
+    return App::GetInstancePtr()->GetMousePos();
+}
+
+bool Tool::IsShiftDown()
+{
+    return input::Input::GetInstancePtr()->CheckModifier(input::ModShift) != 0;
+}
+
+bool Tool::MayBeginShapeAt(const math::Vec2& pos)
+{
+    return App::GetInstancePtr()->GetAppGUI()->GetDrawInside() ||
+           !Scene::GetInstancePtr()->GetEntityAt(pos);
+}
+
+void Tool::AddEntityUndoable(const EntityPtr& entity, const char* name)
+{
+    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    Scene::GetInstancePtr()->AddEntity(entity);
+    Undoer::GetInstancePtr()->AddUndo(before, name);
+}
+}
