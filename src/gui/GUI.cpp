@@ -1,15 +1,21 @@
 #include "gui/GUI.h"
 
 #include "input/Input.h"
+#include "input/Key.h"
 #include "rendering/Renderer.h"
+#include "rendering/Texture.h"
 #include "util/ScopeProfiler.h"
 
 #include <GL/gl.h>
+#include <SDL_mouse.h>
 
 namespace gui
 {
 namespace
 {
+// GUI units.
+const float CursorSize = 32;
+
 math::Vec2 ConvertPixel(int x, int y)
 {
     return GUI::GetInstancePtr()->PosFromPixel(x, y);
@@ -20,7 +26,58 @@ input::Input::ClickLimits GetClickLimits()
     const GUI* gui = GUI::GetInstancePtr();
     return {gui->GetClickTimeTolerance(), gui->GetClickTolerance()};
 }
+
+/// The mouse is over one of the children at most, the frontmost: whoever lies behind is covered there.
+/// A child may reach out of its owner, and has the mouse there too.
+/// @param allowed  false when it is covered
+/// @param pos      inner coordinates
+/// @return         whether the mouse is over anything there
+bool UpdateMouseOverTree(Component& component, bool allowed, const math::Vec2& pos)
+{
+    bool isOver = allowed && component.GetOuterBBLocal().Contains(pos);
+    component.SetMouseOverOuter(isOver);
+    component.ForwardEvent(
+        [&](Component* child)
+        {
+            if (child->IsMouseTransparent())
+                return;
+            if (UpdateMouseOverTree(*child, allowed, pos - child->GetInnerPos()))
+            {
+                isOver = true;
+                allowed = false;
+            }
+        });
+    return isOver;
 }
+}
+
+// Hangs in the root, behind what is added there later: the console, which wants its keys before a text
+// box does.
+class GUI::KeyboardListener final : public input::InputListener
+{
+public:
+    explicit KeyboardListener(GUI* gui)
+        : InputListener(50)
+        , m_gui(gui)
+    {
+    }
+
+    void OnKeyEvent(const input::KeyEvent& event) override
+    {
+        if (event.GetKey() >= input::FirstMouseKey)
+            return;
+        util::LockPtr<Component> owner(m_gui->m_keyboardOwner);
+        for (Component* top = owner.get(); top; top = top->GetOwnerComponent())
+            if (top == m_gui->m_root.get())
+            {
+                owner->OnKeyEvent(event);
+                return;
+            }
+    }
+
+private:
+    GUI* m_gui; // whose it is
+};
 
 GUI::GUI()
     : InputListener(50)
@@ -36,14 +93,21 @@ GUI::GUI()
     , m_opaqueness(this, "opaqueness", 0.9f)
     , m_root(QUIB_NEW Component)
     , m_main(QUIB_NEW Component)
+    , m_tooltips(QUIB_NEW Component)
+    , m_keyboardListener(QUIB_NEW KeyboardListener(this))
 {
     SetReflectedName("GUI");
     m_root->SetReflectedName("Root");
     m_main->SetReflectedName("Main");
     m_scale->AddChangeCallback(util::MakeCallback(&GUI::OnScaleChange, this));
 
+    m_tooltips->SetReflectedName("Tooltips");
+    m_tooltips->SetMouseTransparent(true);
     m_main->SetFillOwner(true);
+    m_tooltips->SetFillOwner(true);
     m_root->AddComponent(m_main);
+    m_root->AddComponent(m_tooltips);
+    m_root->AddListener(util::WeakPtr<InputListener>(m_keyboardListener));
     AddReflectedChild(m_root);
 
     input::Input* input = input::Input::GetInstancePtr();
@@ -57,6 +121,8 @@ GUI::~GUI() = default;
 
 void GUI::Update(float dt)
 {
+    // What opens, moves or goes under a still mouse is noticed too.
+    UpdateMouseOver(input::Input::GetInstancePtr()->GetMousePos());
     m_root->Update(dt);
 }
 
@@ -64,8 +130,69 @@ void GUI::Draw()
 {
     util::ScopeProfiler profile("GUI::Draw");
     Begin();
-    m_root->DrawCompAndChildren();
+    {
+        rendering::AttribPusher attribs;
+        glPushMatrix();
+        m_root->DrawCompAndChildren();
+        glMatrixMode(GL_MODELVIEW);
+        glPopMatrix();
+    }
+    DrawCursor();
     End();
+}
+
+void GUI::OnMouseMove(const input::MouseEvent& event)
+{
+    util::ScopeProfiler profile("GUI:OnMouseMove");
+    UpdateMouseOver(event.GetPosition());
+    InputListener::OnMouseMove(event);
+}
+
+void GUI::UpdateMouseOver(const math::Vec2& pos)
+{
+    UpdateMouseOverTree(*m_root, true, m_root->GUIToLocal(pos));
+}
+
+void GUI::ClaimKeyboard(const ComponentPtr& component)
+{
+    m_keyboardOwner = util::WeakPtr<Component>(component);
+}
+
+void GUI::ReleaseKeyboard(const ComponentPtr& component)
+{
+    if (HasKeyboard(component.get()))
+        m_keyboardOwner = util::WeakPtr<Component>();
+}
+
+bool GUI::HasKeyboard(const Component* component) const
+{
+    return component && m_keyboardOwner.GetUnlocked() == component;
+}
+
+void GUI::SetCursor(const rendering::TexturePtr& texture)
+{
+    m_cursor = texture;
+}
+
+void GUI::DrawCursor()
+{
+    const bool isOurs = m_cursor && !m_forceOSCursor;
+    ShowOSCursor(!isOurs);
+    if (!isOurs)
+        return;
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    renderer->SetColor4(1, 1, 1, 1);
+    m_cursor->Bind();
+    renderer->DrawRect(input::Input::GetInstancePtr()->GetMousePos(), CursorSize);
+    m_cursor->Unbind();
+}
+
+void GUI::ShowOSCursor(bool show)
+{
+    if (m_isOSCursorShown == show)
+        return;
+    m_isOSCursorShown = show;
+    SDL_ShowCursor(show ? 1 : 0);
 }
 
 void GUI::Begin()
@@ -122,7 +249,8 @@ math::Vec2 GUI::GetSize() const
 void GUI::OnNewWindowSize(int width, int height)
 {
     m_windowSize = math::TVector2<int>(width, height);
-    m_root->SetInnerSize(GetSize());
+    m_isOSCursorShown.reset(); // a new window may have forgotten
+    m_root->SetOuterSize(GetSize());
 }
 
 void GUI::OnScaleChange()

@@ -8,6 +8,11 @@
 
 #include <optional>
 
+namespace rendering
+{
+class Texture;
+}
+
 namespace gui
 {
 class GUI : public input::InputListener, public util::Singleton<GUI>
@@ -19,12 +24,29 @@ public:
     const ComponentPtr& GetRoot() const { return m_root; }
     /// What the application fills.
     const ComponentPtr& GetMainContainer() const { return m_main; }
+    /// In front of the main container. The mouse goes through it.
+    const ComponentPtr& GetTooltipLayer() const { return m_tooltips; }
 
     void Update(float dt);
     void Draw();
     /// Pushes GL's attributes and matrices and sets up GUI coordinates: (0, 0) at the top left.
     void Begin();
     void End();
+
+    void OnMouseMove(const input::MouseEvent& event) override;
+
+    /// Key events (not those of mouse and joysticks) go to it before all others but the console, and
+    /// then on as always, so that it gets them once more in its place, handled if it has done so. One
+    /// component at most has the keyboard: the latest that claimed it. It gets nothing while it hangs
+    /// outside of the tree.
+    void ClaimKeyboard(const ComponentPtr& component);
+    /// Does nothing when another has it.
+    void ReleaseKeyboard(const ComponentPtr& component);
+    bool HasKeyboard(const Component* component) const;
+
+    /// Drawn at the mouse, 32 x 32, with its hot spot in the middle, in place of the desktop's.
+    /// @param texture  null for the desktop's
+    void SetCursor(const util::SharedPtr<rendering::Texture>& texture);
 
     /// GUI.scale held to 0.1 to 10, so that no script can lock its user out. The attribute keeps
     /// what was written.
@@ -44,6 +66,12 @@ public:
     void OnScaleChange();
 
 private:
+    class KeyboardListener;
+
+    void UpdateMouseOver(const math::Vec2& pos);
+    void DrawCursor();
+    void ShowOSCursor(bool show);
+
     script::AttribWrapper<float> m_clickTolerance;     // GUI units
     script::AttribWrapper<float> m_clickTimeTolerance; // seconds
     script::AttribWrapper<bool> m_forceOSCursor;
@@ -56,6 +84,11 @@ private:
     script::AttribWrapper<float> m_opaqueness;
     ComponentPtr m_root;
     ComponentPtr m_main;
+    ComponentPtr m_tooltips;
+    util::SharedPtr<InputListener> m_keyboardListener; // in the root
+    util::WeakPtr<Component> m_keyboardOwner;
+    util::SharedPtr<rendering::Texture> m_cursor;     // null: the desktop's
+    std::optional<bool> m_isOSCursorShown;            // as told SDL last, in this window
     math::TVector2<int> m_windowSize;                 // pixels
     std::optional<rendering::AttribPusher> m_attribs; // from Begin to End
 };
