@@ -79,4 +79,6 @@ int IntersectCount(const LinesegmentList& segments, const LinesegmentList& list)
 /// Whether any two of the lines intersect. Quadratic in their number: less than a nanosecond per
 /// pair (bench/polygon).
 bool AnyIntersect(const LinesegmentList& lines);
+/// For each of the lines, whether it intersects any other. Costs the same.
+std::vector<bool> FindIntersecting(const LinesegmentList& lines);
 }

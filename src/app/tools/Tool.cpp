@@ -8,6 +8,8 @@
 #include "app/Undoer.h"
 #include "app/entities/Entity.h"
 #include "input/Input.h"
+#include "logging/Log.h"
+#include "util/Failures.h"
 
 #include <SDL_keysym.h>
 
@@ -67,5 +69,23 @@ void Tool::AddEntityUndoable(const EntityPtr& entity, const char* name)
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     Scene::GetInstancePtr()->AddEntity(entity);
     Undoer::GetInstancePtr()->AddUndo(before, name);
+}
+
+void Tool::LogCaught(const char* location)
+{
+    try
+    {
+        throw;
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, location);
+        Log(logging::LogInfo, util::String("Error: ") + e.what() + "\n");
+    }
+    catch (...)
+    {
+        CatchException(location);
+        Log(logging::LogInfo, "Fail\n");
+    }
 }
 }

@@ -57,6 +57,9 @@ protected:
     /// One step of undo.
     /// @param name  see Undoer::AddUndo
     static void AddEntityUndoable(const EntityPtr& entity, const char* name);
+    /// In a catch (...): logs "Error: " and what was thrown, or "Fail".
+    /// @param location  QUIB_LOCATION
+    static void LogCaught(const char* location);
 
 private:
     bool m_inUse = false;

@@ -1,0 +1,47 @@
+// A stroke drawn by hand: points in the world, in the order drawn.
+#pragma once
+
+#include "math/Vector.h"
+#include "physics/Linesegment.h"
+
+namespace app
+{
+class Line
+{
+public:
+    /// What CheckSelfIntersect finds.
+    enum Shape
+    {
+        Open = 0,
+        Closed = 1,
+        Hopeless = 2, // crosses itself all over
+    };
+
+    const math::Vec2List& GetPoints() const { return m_points; }
+    /// One that equals the last is left out, so that no two neighbours are equal.
+    void Add(const math::Vec2& point);
+    float Length() const;
+    /// From each point to the next.
+    physics::LinesegmentList GetSegments() const;
+    /// A line strip in the renderer's colour, of two points and more.
+    void Draw() const;
+
+    /// Tells whether the line is a shape, and cuts the tails off a shape that crosses itself: what is left
+    /// is the loop around the middle of the line. One that does not cross itself is a shape when its
+    /// ends nearly meet. Quadratic in the number of points: 10 ms for 5,000 (bench/sketch).
+    Shape CheckSelfIntersect();
+
+    // Whether, in the ring of the points, a side crosses others. A part of what a line can tell; nothing asks.
+
+    /// The first side against all others.
+    bool FirstLineIntersectTheRest() const;
+    /// The side that closes the ring against all others.
+    bool LastLineIntersectTheRest() const;
+
+private:
+    math::Vec2List m_points;
+};
+
+/// Where they cross: each segment of a with each of b, in the order of a, and then of b.
+math::Vec2List IntersectTest(const Line& a, const Line& b);
+}
