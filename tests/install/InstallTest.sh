@@ -89,7 +89,8 @@ check "the work directory is the current one" is "$(head -n 1 <<<"$version")" "w
 
 home=$HOME/.local/share/quib
 check "the user's folder has a link to the data" is "$(readlink "$home/data")" "$prefix/share/quib/data"
-check "the data are there" test -e "$home/data/README.md"
+check "the data are there" test -e "$home/data/textures/mouse.png"
+check "the window's icon is there" cmp "$home/Quib.bmp" "$prefix/share/quib/Quib.bmp"
 for folder in scenes/quiblets screenshots; do
     check "the user's folder has $folder" test -d "$home/$folder"
 done
