@@ -244,7 +244,8 @@ void App::DrawComp() const
         util::ScopeProfiler culling("Culling");
         m_visibleEntities.clear();
         for (const auto& entity : scene->GetEntities())
-            if (entity->IsInView(view))
+            // One that is shown elsewhere than it lies can be anywhere.
+            if (entity->IsInView(view) || entity->GetDrawTransform() != math::Mat3())
                 m_visibleEntities.push_back(entity);
     }
 
@@ -292,6 +293,20 @@ void App::MarkMouseOver() const
         entity->SetMouseOver(picked->Contains(entity));
 }
 
+static void DrawTransformed(const Entity& entity)
+{
+    const math::Mat3& transform = entity.GetDrawTransform();
+    if (transform == math::Mat3())
+    {
+        entity.Draw();
+        return;
+    }
+    glPushMatrix();
+    math::Mat4FromMat2D(transform).MultToGL();
+    entity.Draw();
+    glPopMatrix();
+}
+
 // Each entity stands in a depth layer of its own, so that a later one covers an earlier one whatever
 // order each draws its own parts in.
 void App::DrawEntities() const
@@ -311,7 +326,7 @@ void App::DrawEntities() const
     {
         entity->SetSelected(Scene::GetInstancePtr()->IsSelected(entity));
         util::ScopeProfiler drawing("Entity::Draw");
-        entity->Draw();
+        DrawTransformed(*entity);
         glTranslatef(0, 0, step);
     }
     glDisable(GL_DEPTH_TEST);

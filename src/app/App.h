@@ -67,6 +67,8 @@ public:
     /// How much can be undone, and redone.
     unsigned long GetMaxUndo() const;
     void AddOnMaxUndoChange(const util::CallbackPtr& callback);
+    /// Of its grip: 1 would be that of a hinge.
+    float GetDragToolStrength() const { return m_dragToolStrength; }
     bool GetBorders() const { return m_borders; }
     bool GetDrawOBBs() const { return m_drawOBBs; }
     bool GetDrawMapOBBs() const { return m_drawMapOBBs; }

@@ -95,6 +95,9 @@ public:
 
     /// Moves what GetTransformEntities of the group tells.
     void Transform(const GroupPtr& group, const math::Mat2D& matrix);
+    /// Between StartTransform and EndTransform of each, which are the caller's.
+    /// @param entities  geometries first, as GetTransformEntities gives them
+    static void TransformEach(const std::vector<EntityPtr>& entities, const math::Mat2D& matrix);
     /// Scales or mirrors, which replaces the geometry entities. The group and all groups of the scene
     /// hold the new ones afterwards. One that can't be scaled so far stays, and the log says why.
     void Transform(const GroupPtr& group, const math::Mat3& matrix);

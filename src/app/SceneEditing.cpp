@@ -172,6 +172,13 @@ void Scene::Transform(const GroupPtr& group, const math::Mat2D& matrix)
     const std::vector<EntityPtr> entities = group->GetTransformEntities();
     for (const EntityPtr& entity : entities)
         entity->StartTransform();
+    TransformEach(entities, matrix);
+    for (const EntityPtr& entity : entities)
+        entity->EndTransform();
+}
+
+void Scene::TransformEach(const std::vector<EntityPtr>& entities, const math::Mat2D& matrix)
+{
     // A body looks at all its geometries when one of them has moved: each is told once.
     std::map<unsigned, BodyPtr> bodies;
     size_t i = 0;
@@ -188,8 +195,6 @@ void Scene::Transform(const GroupPtr& group, const math::Mat2D& matrix)
         body.second->OnGeomChange();
     for (; i < entities.size(); ++i)
         entities[i]->Transform(matrix);
-    for (const EntityPtr& entity : entities)
-        entity->EndTransform();
 }
 
 void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)

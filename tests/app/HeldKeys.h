@@ -51,6 +51,8 @@ private:
             return KMOD_LALT;
         case SDLK_RALT:
             return KMOD_RALT;
+        case SDLK_LMETA:
+            return KMOD_LMETA;
         default:
             return 0;
         }

@@ -199,8 +199,13 @@ void DrawSpring(const physics::Linesegment& line, float size, const Vec4& color)
 
 void DrawRing(const Vec2& center, float size, const Vec4& color)
 {
+    DrawHandle(center, 1.3f * size, color);
+}
+
+void DrawHandle(const Vec2& center, float size, const Vec4& color)
+{
     static const rendering::Texture* s_fill = MakeTexture(RingFill);
     const NoDepthTest noDepthTest;
-    DrawSquare(s_fill, center, 1.3f * size, color);
+    DrawSquare(s_fill, center, size, color);
 }
 }

@@ -20,4 +20,6 @@ void DrawPen(const math::Vec2& center, float size, const math::Vec4& color);
 void DrawSpring(const physics::Linesegment& line, float size, const math::Vec4& color);
 /// Around one of that size, which is under the mouse or selected.
 void DrawRing(const math::Vec2& center, float size, const math::Vec4& color);
+/// A ring that fills the square itself: something to take hold of.
+void DrawHandle(const math::Vec2& center, float size, const math::Vec4& color);
 }

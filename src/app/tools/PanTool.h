@@ -1,4 +1,4 @@
-// Moves the view.
+// Moves the view, so that the picture follows the mouse.
 #pragma once
 
 #include "app/tools/Tool.h"
@@ -10,5 +10,12 @@ class PanTool final : public Tool
 public:
     PanTool();
     ~PanTool() override;
+
+    void OnDragBegin(const input::DragEvent& event) override;
+    void OnDrag(const input::DragEvent& event) override;
+    void OnDragEnd(const input::DragEvent& event) override;
+    /// The view stays where it is.
+    bool Disband() override;
+    util::String GetCursorName() const override;
 };
 }

@@ -1,14 +1,17 @@
 // Fastens pens.
 #pragma once
 
-#include "app/tools/Tool.h"
+#include "app/tools/AttachTool.h"
 
 namespace app
 {
-class PenTool final : public Tool
+class PenTool final : public AttachTool
 {
 public:
     PenTool();
     ~PenTool() override;
+
+private:
+    EntityPtr Make(const math::Vec2& pos, float size) const override;
 };
 }

@@ -1,0 +1,44 @@
+#include "app/tools/AttachTool.h"
+
+#include "app/App.h"
+#include "app/Scene.h"
+#include "app/entities/Entity.h"
+#include "gui/GUI.h"
+#include "input/Key.h"
+#include "util/Timer.h"
+
+#include <limits>
+
+namespace app
+{
+AttachTool::AttachTool(const char* undoName)
+    : m_undoName(undoName)
+    , m_lastTime(-std::numeric_limits<double>::infinity())
+{
+}
+
+AttachTool::~AttachTool() = default;
+
+void AttachTool::OnClick(const input::ClickEvent& event)
+{
+    if (!IsFor(input::MouseLeft, event) || event.GetClickCount() != 1)
+        return;
+    const math::Vec2 pos = ToWorld(event.GetPosition());
+    if (!Scene::GetInstancePtr()->GetEntityAt(pos))
+        return;
+    event.SetHandled(true);
+    const double now = util::Timer::GetCurrentTime();
+    if (IsSecondOfTwo(event.GetPosition(), now))
+        return;
+    AddEntityUndoable(Make(pos, App::GetInstancePtr()->GetDefaultJointSize()), m_undoName);
+    m_lastTime = now;
+    m_lastPos = event.GetPosition();
+}
+
+bool AttachTool::IsSecondOfTwo(const math::Vec2& pos, double time) const
+{
+    const gui::GUI* gui = gui::GUI::GetInstancePtr();
+    return time - m_lastTime <= gui->GetClickTimeTolerance() &&
+           math::Distance(pos, m_lastPos) <= gui->GetClickTolerance();
+}
+}

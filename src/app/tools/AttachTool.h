@@ -1,0 +1,32 @@
+// What hinges, welds and pens have in common: a click on something fastens one there.
+#pragma once
+
+#include "app/tools/Tool.h"
+
+namespace app
+{
+class AttachTool : public Tool
+{
+public:
+    ~AttachTool() override;
+
+    /// The second click of a double click is taken, and makes nothing.
+    void OnClick(const input::ClickEvent& event) override;
+
+protected:
+    /// @param undoName  see Undoer::AddUndo
+    explicit AttachTool(const char* undoName);
+
+private:
+    /// Fastened there, and not in the scene yet.
+    /// @param pos   in the world
+    /// @param size  world units
+    virtual EntityPtr Make(const math::Vec2& pos, float size) const = 0;
+    bool IsSecondOfTwo(const math::Vec2& pos, double time) const;
+
+    const char* m_undoName;
+    // Of the click that made the latest one.
+    double m_lastTime;    // seconds
+    math::Vec2 m_lastPos; // GUI units
+};
+}
