@@ -5,6 +5,7 @@
 #include "input/Input.h"
 #include "input/InputEvent.h"
 #include "logging/Logger.h"
+#include "os/Clipboard.h"
 #include "os/Platform.h"
 #include "physics/Simulation.h"
 #include "rendering/Renderer.h"
@@ -276,7 +277,9 @@ void Subsystem::SetVSync(bool)
 void Subsystem::OnOtherEvent(const input::InputEvent& event)
 {
     const SDL_Event& sdl = event.GetEvent();
-    if (sdl.type == SDL_QUIT)
+    if (sdl.type == SDL_SYSWMEVENT)
+        os::ServeClipboard(*sdl.syswm.msg);
+    else if (sdl.type == SDL_QUIT)
     {
         m_exit = true;
         event.SetHandled(true);

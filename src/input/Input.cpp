@@ -1,5 +1,6 @@
 #include "input/Input.h"
 
+#include "input/BindInputListener.h"
 #include "input/InputEvent.h"
 #include "os/Platform.h"
 #include "util/Failures.h"
@@ -22,6 +23,14 @@ math::Vec2 OneToOne(int x, int y)
 Input::ClickLimits UsualClickLimits()
 {
     return {0.4f, 3.5f};
+}
+
+util::SharedPtr<util::Pointee> ListenForBindings(script::KeyBinder* binder)
+{
+    const util::SharedPtr<script::KeyBinder::BindInputListener> listener =
+        QUIB_NEW script::KeyBinder::BindInputListener(binder);
+    Input::GetInstancePtr()->AddListener(util::WeakPtr<InputListener>(listener.get()));
+    return listener;
 }
 
 // SDL keeps 128 events and silently drops more, which a slow frame and a quick mouse can bring together.
@@ -53,6 +62,7 @@ Input::Input()
     , m_posFromPixel(OneToOne)
     , m_clickLimits(UsualClickLimits)
 {
+    script::KeyBinder::SetKeyboard({Key::GetKeyName, Key::GetKeyFromName, ListenForBindings});
 }
 
 void Input::InitializeSDL()

@@ -1,5 +1,7 @@
 #include "os/Platform.h"
 
+#include "os/Clipboard.h"
+
 #include <SDL.h>
 #include <boost/filesystem.hpp>
 
@@ -17,6 +19,7 @@ namespace
 {
 math::TVector2<int> s_displaySize(0, 0);
 util::String s_clipboard;
+bool s_isClipboardOwned = false; // it went to the desktop, which may have another by now
 }
 
 util::String CalcDataDir(const util::String& argv0)
@@ -48,14 +51,21 @@ bool GetDisplaySize(math::TVector2<int>& size)
     return true;
 }
 
-// Copy and paste inside the program; other programs see none of it. Nothing here can fail.
 void SetClipboardText(const util::String& text)
 {
+    // Kept here, too: without a desktop copy and paste work inside the program.
     s_clipboard = text;
+    s_isClipboardOwned = OwnClipboard(text);
+    if (!s_isClipboardOwned && GetClipboardState() != ClipboardState::Unknown)
+        std::cerr << "Unable to write text to clipboard!" << std::endl;
 }
+
 util::String GetClipboardText()
 {
-    return s_clipboard;
+    const ClipboardState state = GetClipboardState();
+    const bool isForeign =
+        state == ClipboardState::Others && (s_isClipboardOwned || s_clipboard.empty());
+    return isForeign ? AskForClipboard() : s_clipboard;
 }
 
 bool TryLock(const util::String& path)

@@ -15,7 +15,8 @@ bool GetDisplaySize(math::TVector2<int>& size);
 /// Reads and keeps the display size: once a window exists SDL reports the window instead.
 void NoteDisplaySize();
 
-/// Latin-1. It reaches this program only.
+/// Latin-1. Where there is no desktop, or it refuses with a line on standard error, the text reaches this
+/// program only.
 void SetClipboardText(const util::String& text);
 /// Latin-1; "" when there is none.
 util::String GetClipboardText();

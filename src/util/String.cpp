@@ -170,6 +170,47 @@ String Plural(size_t n)
     return n == 1 ? "" : "s";
 }
 
+String Latin1ToUTF8(const String& text)
+{
+    String utf8;
+    utf8.reserve(text.size());
+    for (const char c : text)
+    {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 0x80)
+            utf8 += c;
+        else
+        {
+            utf8 += static_cast<char>(0xC0 | code >> 6);
+            utf8 += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return utf8;
+}
+
+bool UTF8ToLatin1(const String& text, String& latin1)
+{
+    String result;
+    result.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        const auto first = static_cast<unsigned char>(text[i]);
+        if (first < 0x80)
+        {
+            result += text[i];
+            continue;
+        }
+        // All of Latin-1 has two bytes, the first of which is C2 or C3.
+        const auto second = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        if ((first != 0xC2 && first != 0xC3) || (second & 0xC0) != 0x80)
+            return false;
+        result += static_cast<char>(first << 6 | (second & 0x3F));
+        ++i;
+    }
+    latin1 = result;
+    return true;
+}
+
 String ToString(bool value)
 {
     return value ? "true" : "false";

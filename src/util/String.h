@@ -26,6 +26,10 @@ bool iequals(const String& a, const String& b);
 String Shorten(const String& text, size_t length = 1000);
 /// "" for 1, else "s".
 String Plural(size_t n);
+/// For the world outside, where text is UTF-8.
+String Latin1ToUTF8(const String& text);
+/// @return false, with latin1 left alone, for what is no UTF-8 or has characters beyond Latin-1
+bool UTF8ToLatin1(const String& text, String& latin1);
 
 /// bool as "true" and "false", floating values with 6 significant digits, all in the classic locale.
 String ToString(bool value);

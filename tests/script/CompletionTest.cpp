@@ -28,7 +28,7 @@ TEST_F(Completion, ReachesADotAtOnce)
 {
     EXPECT_EQ("math.", Expand("ma"));
     EXPECT_EQ("x = math.", Expand("x = ma"));
-    EXPECT_EQ("Keys", Expand("ke"));
+    EXPECT_EQ("Keys.", Expand("ke"));
 }
 
 TEST_F(Completion, OffersWhatFits)

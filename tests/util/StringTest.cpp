@@ -160,3 +160,42 @@ TEST(Shorten, KeepsTheHeadOfALongText)
     EXPECT_EQ(std::string(1000, 'x'), util::Shorten(std::string(1000, 'x')));
     EXPECT_EQ(std::string(1000, 'x') + "...", util::Shorten(std::string(1001, 'x')));
 }
+
+TEST(Latin1ToUTF8, GivesEachCharacterItsOneOrTwoBytes)
+{
+    EXPECT_EQ("", util::Latin1ToUTF8(""));
+    EXPECT_EQ("plain\n", util::Latin1ToUTF8("plain\n"));
+    EXPECT_EQ("caf\xc3\xa9 \xc2\x80\xc2\xbf\xc3\x80\xc3\xbf",
+              util::Latin1ToUTF8("caf\xe9 \x80\xbf\xc0\xff"));
+}
+
+TEST(UTF8ToLatin1, TakesBackWhatTheOtherMakes)
+{
+    util::String all, back;
+    for (int c = 0; c < 256; ++c)
+        all += static_cast<char>(c);
+    ASSERT_TRUE(util::UTF8ToLatin1(util::Latin1ToUTF8(all), back));
+    EXPECT_EQ(all, back);
+}
+
+TEST(UTF8ToLatin1, RefusesWhatLiesBeyondAndWhatIsBroken)
+{
+    const char* const cases[] = {
+        "10 \xe2\x82\xac",  // a euro
+        "\xc4\x80",         // the first beyond
+        "\xf0\x9f\x98\x80", // a face
+        "\xc3",             // cut off
+        "\xc3x",            // its second byte is none
+        "\xc3\xc3",
+        "\xa9",     // a second byte alone
+        "\xc0\x80", // longer than need be
+        "\xc1\xbf",
+        "\xff\xfe",
+    };
+    for (const char* text : cases)
+    {
+        util::String latin1 = "left alone";
+        EXPECT_FALSE(util::UTF8ToLatin1(text, latin1)) << text;
+        EXPECT_EQ("left alone", latin1);
+    }
+}

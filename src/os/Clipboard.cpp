@@ -1,0 +1,278 @@
+#include "os/Clipboard.h"
+
+#include <SDL.h>
+#include <SDL_syswm.h>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
+#include <vector>
+
+namespace os
+{
+namespace
+{
+// Milliseconds without a word from the owner.
+const Uint32 Patience = 500;
+const Uint32 PollInterval = 2;
+const size_t MaxTextSize = size_t(64) << 20;
+
+// The display belongs to SDL, which may use it in between.
+class DisplayLock
+{
+public:
+    DisplayLock()
+    {
+        SDL_VERSION(&m_info.version);
+        m_isOpen = SDL_WasInit(SDL_INIT_VIDEO) && SDL_GetWMInfo(&m_info) > 0 &&
+                   m_info.subsystem == SDL_SYSWM_X11 && m_info.info.x11.display;
+        if (m_isOpen)
+            m_info.info.x11.lock_func();
+    }
+    ~DisplayLock()
+    {
+        if (m_isOpen)
+            m_info.info.x11.unlock_func();
+    }
+    DisplayLock(const DisplayLock&) = delete;
+    DisplayLock& operator=(const DisplayLock&) = delete;
+
+    bool IsOpen() const { return m_isOpen; }
+    Display* GetDisplay() const { return m_info.info.x11.display; }
+
+private:
+    SDL_SysWMinfo m_info = {};
+    bool m_isOpen;
+};
+
+// A program that asked may be gone before it is served: that must not end this one.
+class ErrorsIgnored
+{
+public:
+    explicit ErrorsIgnored(Display* display)
+        : m_display(display)
+    {
+        XSync(display, False);
+        m_before = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    }
+    ~ErrorsIgnored()
+    {
+        XSync(m_display, False);
+        XSetErrorHandler(m_before);
+    }
+    ErrorsIgnored(const ErrorsIgnored&) = delete;
+    ErrorsIgnored& operator=(const ErrorsIgnored&) = delete;
+
+private:
+    Display* m_display;
+    XErrorHandler m_before;
+};
+
+struct Atoms
+{
+    explicit Atoms(Display* display)
+    {
+        const char* names[] = {"CLIPBOARD", "TARGETS", "UTF8_STRING",
+                               "TEXT",      "INCR",    "QUIB_CLIPBOARD"};
+        Atom* const atoms[] = {&clipboard, &targets, &utf8, &text, &incremental, &property};
+        for (int i = 0; i < 6; ++i)
+            *atoms[i] = XInternAtom(display, names[i], False);
+    }
+
+    Atom clipboard, targets, utf8, text, incremental, property;
+};
+
+// What is served, and by which window. The window is ours alone, hidden, and outlives that of SDL, which
+// is made anew with each size.
+struct Owner
+{
+    Display* display = nullptr;
+    Window window = 0;
+    util::String text; // Latin-1
+};
+Owner s_owner;
+
+Window GetWindow(Display* display)
+{
+    if (s_owner.display != display) // SDL has opened another one
+    {
+        s_owner = Owner();
+        s_owner.display = display;
+        s_owner.window =
+            XCreateSimpleWindow(display, DefaultRootWindow(display), -10, -10, 1, 1, 0, 0, 0);
+        // To be told of the pieces of a long text.
+        XSelectInput(display, s_owner.window, PropertyChangeMask);
+    }
+    return s_owner.window;
+}
+
+/// Waits for an event of our window.
+bool WaitFor(Display* display, int type, XEvent& event)
+{
+    for (const Uint32 start = SDL_GetTicks(); SDL_GetTicks() - start < Patience;)
+    {
+        if (XCheckTypedWindowEvent(display, s_owner.window, type, &event))
+            return true;
+        SDL_Delay(PollInterval);
+    }
+    return false;
+}
+
+/// Reads the property and deletes it, which tells the owner to go on.
+/// @return its type; 0 when there is none
+Atom TakeProperty(Display* display, Atom property, util::String& bytes)
+{
+    Atom type = 0;
+    unsigned long left = 1;
+    for (long offset = 0; left > 0 && bytes.size() < MaxTextSize;)
+    {
+        int format = 0;
+        unsigned long count = 0;
+        unsigned char* data = nullptr;
+        if (XGetWindowProperty(display, s_owner.window, property, offset, 1 << 16, False,
+                               AnyPropertyType, &type, &format, &count, &left, &data) != Success)
+            break;
+        if (format == 8)
+            bytes.append(reinterpret_cast<const char*>(data), count);
+        offset += static_cast<long>(count * format / 32);
+        XFree(data);
+        if (count == 0)
+            break;
+    }
+    XDeleteProperty(display, s_owner.window, property);
+    return type;
+}
+
+/// A long text comes piece by piece, the last of which is empty.
+bool TakePieces(Display* display, Atom property, util::String& bytes)
+{
+    XEvent event;
+    while (bytes.size() < MaxTextSize && WaitFor(display, PropertyNotify, event))
+    {
+        if (event.xproperty.atom != property || event.xproperty.state != PropertyNewValue)
+            continue;
+        const size_t before = bytes.size();
+        TakeProperty(display, property, bytes);
+        if (bytes.size() == before)
+            return true;
+    }
+    return false;
+}
+
+/// @return false when the owner has nothing of that kind
+bool Convert(Display* display, const Atoms& atoms, Atom target, util::String& bytes)
+{
+    XEvent event;
+    while (XCheckTypedWindowEvent(display, s_owner.window, SelectionNotify, &event) ||
+           XCheckTypedWindowEvent(display, s_owner.window, PropertyNotify, &event))
+        ; // answers that came too late
+    XConvertSelection(display, atoms.clipboard, target, atoms.property, s_owner.window,
+                      CurrentTime);
+    if (!WaitFor(display, SelectionNotify, event) || event.xselection.property == None)
+        return false;
+    // The news of the property has come with it, and is not that of a piece.
+    while (XCheckTypedWindowEvent(display, s_owner.window, PropertyNotify, &event))
+        ;
+    util::String whole;
+    if (TakeProperty(display, atoms.property, whole) != atoms.incremental)
+    {
+        bytes = whole;
+        return true;
+    }
+    bytes.clear();
+    return TakePieces(display, atoms.property, bytes);
+}
+
+void SetProperty(const XSelectionRequestEvent& request, Atom property, Atom type,
+                 const util::String& bytes)
+{
+    XChangeProperty(request.display, request.requestor, property, type, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(bytes.data()),
+                    static_cast<int>(bytes.size()));
+}
+
+/// @return false when the text is not to be had as that
+bool Serve(const XSelectionRequestEvent& request, const Atoms& atoms, Atom property)
+{
+    // What is longer than one request would have to go piece by piece: no scene is.
+    const long most = XExtendedMaxRequestSize(request.display);
+    if (s_owner.text.size() * 2 + 64 >
+        size_t(most > 0 ? most : XMaxRequestSize(request.display)) * 4)
+        return false;
+    if (request.target == atoms.targets)
+    {
+        const Atom targets[] = {atoms.targets, atoms.utf8, XA_STRING, atoms.text};
+        XChangeProperty(request.display, request.requestor, property, XA_ATOM, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(targets), 4);
+    }
+    else if (request.target == atoms.utf8)
+        SetProperty(request, property, atoms.utf8, util::Latin1ToUTF8(s_owner.text));
+    else if (request.target == XA_STRING || request.target == atoms.text)
+        SetProperty(request, property, XA_STRING, s_owner.text);
+    else
+        return false;
+    return true;
+}
+}
+
+bool OwnClipboard(const util::String& text)
+{
+    const DisplayLock lock;
+    if (!lock.IsOpen())
+        return false;
+    Display* const display = lock.GetDisplay();
+    const Window window = GetWindow(display);
+    const Atom clipboard = Atoms(display).clipboard;
+    s_owner.text = text;
+    XSetSelectionOwner(display, clipboard, window, CurrentTime);
+    return XGetSelectionOwner(display, clipboard) == window;
+}
+
+ClipboardState GetClipboardState()
+{
+    const DisplayLock lock;
+    if (!lock.IsOpen())
+        return ClipboardState::Unknown;
+    Display* const display = lock.GetDisplay();
+    const Window window = GetWindow(display);
+    return XGetSelectionOwner(display, Atoms(display).clipboard) == window ? ClipboardState::Ours
+                                                                           : ClipboardState::Others;
+}
+
+util::String AskForClipboard()
+{
+    const DisplayLock lock;
+    if (!lock.IsOpen())
+        return "";
+    Display* const display = lock.GetDisplay();
+    GetWindow(display);
+    const Atoms atoms(display);
+    const ErrorsIgnored ignored(display);
+    util::String bytes, text;
+    if (Convert(display, atoms, atoms.utf8, bytes))
+        return util::UTF8ToLatin1(bytes, text) ? text : "";
+    return Convert(display, atoms, XA_STRING, text) ? text : "";
+}
+
+void ServeClipboard(const SDL_SysWMmsg& message)
+{
+    if (message.subsystem != SDL_SYSWM_X11 || message.event.xevent.type != SelectionRequest)
+        return;
+    const DisplayLock lock;
+    const XSelectionRequestEvent& request = message.event.xevent.xselectionrequest;
+    if (!lock.IsOpen() || request.display != s_owner.display || request.owner != s_owner.window)
+        return;
+    const ErrorsIgnored ignored(request.display);
+    // Old programs name no property: it is the target then.
+    const Atom property = request.property != None ? request.property : request.target;
+    XEvent answer = {};
+    answer.xselection.type = SelectionNotify;
+    answer.xselection.display = request.display;
+    answer.xselection.requestor = request.requestor;
+    answer.xselection.selection = request.selection;
+    answer.xselection.target = request.target;
+    answer.xselection.time = request.time;
+    answer.xselection.property = Serve(request, Atoms(request.display), property) ? property : None;
+    XSendEvent(request.display, request.requestor, False, NoEventMask, &answer);
+}
+}
