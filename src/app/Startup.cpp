@@ -4,11 +4,14 @@
 #include "app/AppGUI.h"
 #include "app/Constants.h"
 #include "app/FileInfo.h"
+#include "app/ProgramArguments.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
+#include "input/Recorder.h"
+#include "input/Replay.h"
 #include "logging/Logger.h"
 #include "os/Platform.h"
 #include "physics/SPH.h"
@@ -23,7 +26,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
 namespace app
 {
@@ -117,6 +122,16 @@ core::WindowParams FirstWindowParams()
     return params;
 }
 
+void TakeSizeOfReplay(const input::Replay& replay)
+{
+    const input::Recording& recording = replay.GetRecording();
+    if (recording.windowWidth <= 0)
+        return;
+    core::WindowParams params = core::Subsystem::GetInstancePtr()->GetConfigParams();
+    params.size = math::TVector2<int>(recording.windowWidth, recording.windowHeight);
+    core::Subsystem::GetInstancePtr()->SetParams(params);
+}
+
 void OpenWindow(bool isFirstRun)
 {
     core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
@@ -125,7 +140,11 @@ void OpenWindow(bool isFirstRun)
         App::GetInstancePtr()->SetFirstTimeRunning();
         subsystem->SetParams(FirstWindowParams());
     }
+    if (const input::Replay* replay = input::Replay::Get())
+        TakeSizeOfReplay(*replay);
     subsystem->ApplyParserConfig();
+    if (input::Recorder* recorder = input::Recorder::Get())
+        recorder->NoteWindow(subsystem->GetWidth(), subsystem->GetHeight());
     if (const GLubyte* extensions = glGetString(GL_EXTENSIONS))
         Log(logging::LogInfo, util::String("Available OpenGL extensions: ") +
                                   reinterpret_cast<const char*>(extensions));
@@ -290,6 +309,65 @@ void EndAfterFailure(const util::String& title, const util::String& message, Pop
 }
 }
 
+namespace app
+{
+namespace
+{
+input::Recording ReadRecording(const util::String& path)
+{
+    // To open a pipe could last.
+    std::ifstream file(Files()->IsFile(path) ? path : "", std::ios::binary);
+    const util::String text((std::istreambuf_iterator<char>(file)), {});
+    if (!file.is_open() || file.bad())
+        throw input::BadRecording("it can't be read");
+    return input::ParseRecording(text);
+}
+
+/// Both last as long as the program.
+void StartRecordingOrReplay(const ProgramArguments& arguments)
+{
+    if (!arguments.record.empty())
+        new input::Recorder(arguments.record);
+    if (arguments.replay.empty())
+        return;
+    try
+    {
+        new input::Replay(ReadRecording(arguments.replay), arguments.quitAfterReplay);
+    }
+    catch (input::BadRecording& e)
+    {
+        throw input::BadRecording(arguments.replay + ": " + e.what());
+    }
+}
+
+/// Ends the program when they can't be followed. There is no log yet that could be told.
+ProgramArguments FollowArguments(int argc, char** argv)
+{
+    try
+    {
+        const ProgramArguments arguments = ReadProgramArguments(argc, argv);
+        if (arguments.help)
+        {
+            std::cout << ProgramHelp << std::flush;
+            std::exit(0);
+        }
+        StartRecordingOrReplay(arguments);
+        return arguments;
+    }
+    catch (std::invalid_argument& e)
+    {
+        std::cerr << "quib: " << e.what() << std::endl;
+        std::exit(2);
+    }
+    catch (input::BadRecording& e)
+    {
+        std::cerr << "quib: " << e.what() << std::endl;
+        std::exit(1);
+    }
+}
+}
+}
+
 int SDL_main(int argc, char** argv)
 {
     util::FileSystem::GetInstancePtr()->CalcWorkDir(argc > 0 ? argv[0] : "");
@@ -299,10 +377,12 @@ int SDL_main(int argc, char** argv)
         std::exit(0);
     }
 
+    app::ProgramArguments arguments = app::FollowArguments(argc, argv);
+
     core::Subsystem::HandleSignals();
     try
     {
-        app::RunProgram(argc, argv);
+        app::RunProgram(static_cast<int>(arguments.others.size()), arguments.others.data());
     }
     catch (std::exception& e)
     {

@@ -4,6 +4,8 @@
 #include "gui/GUI.h"
 #include "input/Input.h"
 #include "input/InputEvent.h"
+#include "input/Recorder.h"
+#include "input/Replay.h"
 #include "logging/Logger.h"
 #include "os/Clipboard.h"
 #include "os/Platform.h"
@@ -86,17 +88,16 @@ int ClampToDisplay(int extent, int display)
 // Nobody uses the two values: they are there for reading bug reports.
 void LogPrecisions()
 {
-    const double beforeSleep = util::Timer::GetCurrentTime();
+    const unsigned beforeSleep = util::Timer::GetRealMilliseconds();
     SDL_Delay(1);
-    const double sleepPrecision = util::Timer::GetCurrentTime() - beforeSleep;
+    const unsigned sleepPrecision = util::Timer::GetRealMilliseconds() - beforeSleep;
 
-    const double start = util::Timer::GetCurrentTime();
-    double now = start;
+    const unsigned start = util::Timer::GetRealMilliseconds();
+    unsigned now = start;
     while (now == start)
-        now = util::Timer::GetCurrentTime();
-    Log(logging::LogInfo, "sleep precision=" + util::ToString(sleepPrecision * 1000) +
-                              "ms, timer precision: " + util::ToString((now - start) * 1000) +
-                              "ms");
+        now = util::Timer::GetRealMilliseconds();
+    Log(logging::LogInfo, "sleep precision=" + util::ToString(sleepPrecision) +
+                              "ms, timer precision: " + util::ToString(now - start) + "ms");
 }
 }
 
@@ -116,7 +117,6 @@ Subsystem::Subsystem()
     , m_minFPS(this, "minFPS", 10.0f)
     , m_maxFPS(this, "maxFPS", 60.0f)
     , m_vSync(this, "vSync", false, &Subsystem::GetVSync, &Subsystem::SetVSync)
-    , m_fpsTime(util::Timer::GetCurrentTime())
 {
     SetReflectedName("System");
     AddLoggers();
@@ -316,8 +316,11 @@ void Subsystem::HandleSignals()
 void Subsystem::PumpEvents()
 {
     input::Input::GetInstancePtr()->PumpEvents();
-    if (s_exitSignal)
+    const input::Replay* replay = input::Replay::Get();
+    if (s_exitSignal || (replay && replay->WantsQuit()))
         m_exit = true;
+    if (input::Recorder* recorder = m_exit ? input::Recorder::Get() : nullptr)
+        recorder->NoteQuit();
     if (s_screenshotSignal)
     {
         s_screenshotSignal = 0;
@@ -391,7 +394,10 @@ void Subsystem::LimitRate(float dt)
 {
     if (m_maxFPS < 1)
         m_maxFPS = 1;
-    if (const unsigned milliseconds = CalcFrameSleep(dt, m_maxFPS))
+    const input::Replay* replay = input::Replay::Get();
+    if (replay && !replay->IsOver())
+        SDL_Delay(replay->GetTimeToNextFrame());
+    else if (const unsigned milliseconds = CalcFrameSleep(dt, m_maxFPS))
         SDL_Delay(milliseconds);
 }
 

@@ -79,7 +79,7 @@ private:
     bool m_screenshotAdded = false;
     bool m_screenshotWished = false;
     int m_frameCount = 0; // since the last measurement of the rate
-    double m_fpsTime;     // seconds; of that measurement
+    double m_fpsTime = 0; // seconds; of that measurement
     double m_fps = 0;
     bool m_exit = false;
     VideoMode m_videoMode;

@@ -115,8 +115,9 @@ void ButtonInput::OnKeyEvent(const KeyEvent& event)
     const int eventKey = event.GetKey();
     if (!HasKey(eventKey))
         return;
-    // A release always counts: one that somebody else has taken must not leave the button stuck.
-    if (event.IsDown() && event.IsHandled())
+    // A release always counts: one that somebody else has taken must not leave the button stuck. Repeats
+    // never do: that of a press which somebody has taken is not the button's either.
+    if (event.IsDown() && (event.IsHandled() || event.IsRepeat()))
         return;
     const Input* input = Input::GetInstancePtr();
     for (int key : m_keys)
@@ -124,7 +125,7 @@ void ButtonInput::OnKeyEvent(const KeyEvent& event)
             return;
     if (!m_toggle)
         m_isOn = event.IsDown();
-    else if (event.IsDown() && !event.IsRepeat())
+    else if (event.IsDown())
         m_isOn = !m_isOn;
 }
 

@@ -2,6 +2,8 @@
 
 #include "input/BindInputListener.h"
 #include "input/InputEvent.h"
+#include "input/Recorder.h"
+#include "input/Replay.h"
 #include "os/Platform.h"
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
@@ -34,10 +36,11 @@ util::SharedPtr<util::Pointee> ListenForBindings(script::KeyBinder* binder)
 }
 
 // SDL keeps 128 events and silently drops more, which a slow frame and a quick mouse can bring together.
-// Its filter sees each event before that, so they wait here.
-std::vector<SDL_Event>& WaitingEvents()
+// Its filter sees each event before that, so they wait here. So do the modifiers: when many events come
+// in one frame, SDL's own are those after the last of them.
+std::vector<RecordedEvent>& WaitingEvents()
 {
-    static auto* s_events = new std::vector<SDL_Event>;
+    static auto* s_events = new std::vector<RecordedEvent>;
     return *s_events;
 }
 
@@ -45,8 +48,29 @@ int KeepEvent(const SDL_Event* event)
 {
     if (event->type == SDL_SYSWMEVENT)
         return 1; // SDL's queue alone keeps the message that it points to
-    WaitingEvents().push_back(*event);
+    WaitingEvents().push_back({*event, SDL_GetModState()});
     return 0; // not for SDL's own queue
+}
+
+/// Reads all events that there are. A handler may make SDL look for more.
+template<typename Handler>
+void ForEachRealEvent(const Handler& handler)
+{
+    std::vector<RecordedEvent>& waiting = WaitingEvents();
+    for (bool isMore = true; isMore;)
+    {
+        SDL_Event event;
+        const bool isPushed = SDL_PollEvent(&event); // by whoever; it fills the waiting ones too
+        isMore = isPushed || !waiting.empty();
+        for (size_t i = 0; i < waiting.size(); ++i)
+        {
+            const RecordedEvent copy = waiting[i];
+            handler(copy.event, copy.mods);
+        }
+        waiting.clear();
+        if (isPushed)
+            handler(event, SDL_GetModState());
+    }
 }
 }
 
@@ -65,10 +89,23 @@ Input::Input()
     script::KeyBinder::SetKeyboard({Key::GetKeyName, Key::GetKeyFromName, ListenForBindings});
 }
 
+/// A recording was made on a screen of its own.
+void Input::NoteDisplay()
+{
+    if (const Replay* replay = Replay::Get())
+        os::SetDisplaySize(math::TVector2<int>(replay->GetRecording().displayWidth,
+                                               replay->GetRecording().displayHeight));
+    math::TVector2<int> size;
+    if (Recorder* recorder = Recorder::Get())
+        if (os::GetDisplaySize(size))
+            recorder->NoteDisplay(size.x, size.y);
+}
+
 void Input::InitializeSDL()
 {
     SetTextInput(true);
-    if (SDL_WasInit(SDL_INIT_JOYSTICK))
+    NoteDisplay();
+    if (SDL_WasInit(SDL_INIT_JOYSTICK) || Replay::Get())
     {
         LookForJoysticks();
         CalibrateJoysticks();
@@ -82,45 +119,165 @@ void Input::InitializeSDL()
 void Input::PumpEvents()
 {
     util::ScopeProfiler profile("Event handling");
+    Replay* const replay = Replay::Get();
+    const bool wasReplaying = replay && !replay->IsOver();
+    const bool isReplaying = wasReplaying && replay->NextFrame();
     {
         util::ScopeProfiler profileJoysticks("Joystick update");
+        if (Recorder* recorder = Recorder::Get())
+            recorder->BeginFrame();
         m_pumpTime = util::Timer::GetCurrentTime();
+    }
+    if (wasReplaying && !isReplaying)
+    {
+        if (replay->WantsQuit())
+            return;
+        ReturnFromReplay();
     }
     {
         util::ScopeProfiler profileLoop("Poll loop");
-        std::vector<SDL_Event>& waiting = WaitingEvents();
-        SDL_Event resize;
-        bool isResized = false;
-        const auto deliver = [&](const SDL_Event& event)
+        if (isReplaying)
+            PumpReplay(replay->GetFrame());
+        else
+            PumpRealEvents();
+    }
+    CheckClickTimeout();
+}
+
+void Input::PumpRealEvents()
+{
+    ForEachRealEvent(
+        [this](const SDL_Event& event, int mods)
         {
-            if (event.type != SDL_VIDEORESIZE)
-            {
-                HandleEvent(event);
-                return;
-            }
-            resize = event;
-            isResized = true;
-        };
-        for (bool isMore = true; isMore;)
-        {
-            SDL_Event event;
-            const bool isPushed =
-                SDL_PollEvent(&event); // by whoever; it fills the waiting ones too
-            isMore = isPushed || !waiting.empty();
-            // A handler may make SDL look for events again: by index.
-            for (size_t i = 0; i < waiting.size(); ++i)
-                deliver(SDL_Event(waiting[i]));
-            waiting.clear();
-            if (isPushed)
-                deliver(event);
-        }
-        if (isResized)
-            HandleEvent(resize);
+            if (event.type == SDL_VIDEORESIZE)
+                KeepResize(event);
+            else
+                Deliver(event, mods);
+        });
+    if (m_isResized)
+    {
+        m_isResized = false;
+        SDL_Event resize = {};
+        resize.type = SDL_VIDEORESIZE;
+        resize.resize.w = m_newSize.x;
+        resize.resize.h = m_newSize.y;
+        Deliver(resize, SDL_GetModState());
     }
     int x = 0, y = 0;
     SDL_GetMouseState(&x, &y);
+    ReleaseLostButtons(x, y);
+    if (Recorder* recorder = Recorder::Get())
+        recorder->NoteState(SDL_GetModState(), x, y);
     m_mousePos = m_posFromPixel(x, y);
-    CheckClickTimeout();
+}
+
+void Input::KeepResize(const SDL_Event& event)
+{
+    m_isResized = true;
+    m_newSize = math::TVector2<int>(event.resize.w, event.resize.h);
+}
+
+void Input::PumpReplay(const RecordedFrame& frame)
+{
+    // Meanwhile a user can close the window, and other programs get what was copied here.
+    ForEachRealEvent(
+        [this](const SDL_Event& event, int)
+        {
+            if (event.type == SDL_QUIT || event.type == SDL_SYSWMEVENT)
+                HandleEvent(event);
+            else if (event.type == SDL_VIDEORESIZE)
+                KeepResize(event);
+        });
+    // Axes are read at any time: they stand where they stood when the frame began.
+    for (const RecordedEvent& recorded : frame.events)
+        if (recorded.event.type == SDL_JOYAXISMOTION)
+            if (const JoystickPtr joystick = GetJoystick(recorded.event.jaxis.which))
+                joystick->SetAxis(recorded.event.jaxis.axis, recorded.event.jaxis.value);
+    for (const RecordedEvent& recorded : frame.events)
+        Deliver(recorded.event, recorded.mods);
+    m_mods = frame.mods;
+    m_mousePos = m_posFromPixel(frame.mouseX, frame.mouseY);
+}
+
+/// What the user of the recording held down is not held any more.
+void Input::ReturnFromReplay()
+{
+    Log(logging::LogVerbose, "The replay is over");
+    m_mods.reset();
+    const std::map<int, bool> keys = m_keys;
+    for (const auto& [key, isDown] : keys)
+        if (isDown)
+            OnKeyEvent(KeyEvent(key, 0, false, m_mousePos));
+}
+
+void Input::Deliver(const SDL_Event& event, int mods)
+{
+    if (Recorder* recorder = Recorder::Get())
+        recorder->NoteEvent(event, mods);
+    m_mods = mods;
+    switch (event.type)
+    {
+    case SDL_ACTIVEEVENT:
+    case SDL_QUIT:
+    case SDL_SYSWMEVENT:
+    case SDL_VIDEORESIZE:
+    case SDL_VIDEOEXPOSE:
+    case SDL_USEREVENT:
+        HandleEvent(event); // a window that can't be had is none of a user's slips
+        break;
+    default:
+        try
+        {
+            HandleEvent(event);
+        }
+        catch (std::exception& e)
+        {
+            // The events after this one are wanted all the same.
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogError, util::String("An event failed: ") + e.what());
+        }
+    }
+    if (!Replay::Get() || Replay::Get()->IsOver())
+        m_mods.reset();
+}
+
+int Input::GetModState() const
+{
+    return m_mods ? *m_mods : SDL_GetModState();
+}
+
+/// A window that is made anew, or another program that takes the mouse, costs us the release of a button:
+/// the gesture must end all the same.
+void Input::ReleaseLostButtons(int x, int y)
+{
+    unsigned down = 0;
+    for (int button : {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT})
+        if (IsKeyDown(FirstMouseKey + button))
+            down |= SDL_BUTTON(button);
+    m_heldButtons &= down;
+    unsigned held = 0;
+    if (!down || !os::GetHeldMouseButtons(held))
+    {
+        m_lostButtons = 0;
+        return;
+    }
+    // Only a button that the desktop has seen held can be lost: a press that a program has made up is
+    // known to us alone.
+    m_heldButtons |= down & held;
+    const unsigned missing = m_heldButtons & ~held;
+    // The release may be on its way, but in the frame after the first question it must have come.
+    const unsigned lost = missing & m_lostButtons;
+    m_lostButtons = missing & ~lost;
+    for (int button : {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT})
+        if (lost & SDL_BUTTON(button))
+        {
+            SDL_Event event = {};
+            event.type = SDL_MOUSEBUTTONUP;
+            event.button.button = static_cast<Uint8>(button);
+            event.button.x = static_cast<Uint16>(x);
+            event.button.y = static_cast<Uint16>(y);
+            Deliver(event, SDL_GetModState());
+        }
 }
 
 void Input::HandleEvent(const SDL_Event& event)
@@ -247,7 +404,7 @@ bool Input::IsAnyKeyDown(std::initializer_list<int> keys) const
 
 int Input::CheckModifier(Modifier modifier) const
 {
-    const int mask = SDL_GetModState();
+    const int mask = GetModState();
     switch (modifier)
     {
     case ModNone:
@@ -307,6 +464,16 @@ JoystickPtr Input::GetJoystick(int index) const
 void Input::LookForJoysticks()
 {
     m_joysticks.clear();
+    if (const Replay* replay = Replay::Get())
+    {
+        for (const RecordedJoystick& recorded : replay->GetRecording().joysticks)
+        {
+            if (recorded.index >= static_cast<int>(m_joysticks.size()))
+                m_joysticks.resize(recorded.index + 1);
+            m_joysticks[recorded.index] = QUIB_NEW Joystick(recorded);
+        }
+        return;
+    }
     SDL_JoystickEventState(SDL_ENABLE);
     const int count = std::clamp(SDL_NumJoysticks(), 0, JoystickCount);
     Log(logging::LogVerbose,
@@ -325,6 +492,10 @@ void Input::LookForJoysticks()
             Log(logging::LogWarning, e.what());
         }
     }
+    if (Recorder* recorder = Recorder::Get())
+        for (const JoystickPtr& joystick : m_joysticks)
+            if (joystick)
+                recorder->NoteJoystick(joystick->Record());
 }
 
 void Input::CalibrateJoysticks()
@@ -334,9 +505,15 @@ void Input::CalibrateJoysticks()
             joystick->Calibrate();
 }
 
-util::String Input::GetClipboardText() const
+util::String Input::GetClipboardText()
 {
-    return os::GetClipboardText();
+    if (Replay* replay = Replay::Get())
+        if (replay->HasPaste())
+            return replay->TakePaste();
+    const util::String text = os::GetClipboardText();
+    if (Recorder* recorder = Recorder::Get())
+        recorder->NotePaste(text);
+    return text;
 }
 
 void Input::SetClipboardText(const util::String& text)

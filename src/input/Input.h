@@ -7,11 +7,14 @@
 #include "util/Singleton.h"
 
 #include <initializer_list>
+#include <optional>
 
 union SDL_Event;
 
 namespace input
 {
+struct RecordedFrame;
+
 // Keys that others are held with.
 enum Modifier
 {
@@ -47,7 +50,8 @@ public:
 
     /// Once a frame: delivers all waiting events, however many, reads the mouse, and makes a drag of a
     /// press that was held for long. Of several resizes only the last is delivered, after all other
-    /// events: each one costs a new GL context.
+    /// events: each one costs a new GL context. What an event of a key or of the mouse throws is logged.
+    /// During a replay the frame's recorded events come in place of all that.
     void PumpEvents();
 
     /// Delivers one event as PumpEvents does.
@@ -81,7 +85,7 @@ public:
 
     // The clipboard of the desktop, in Latin-1.
 
-    util::String GetClipboardText() const;
+    util::String GetClipboardText();
     void SetClipboardText(const util::String& text);
 
     /// How pixels become positions. Set by the GUI, which lies above this; one to one before that.
@@ -102,6 +106,16 @@ public:
     void OnMouseMove(const MouseEvent& event) override;
 
 private:
+    void NoteDisplay();
+    void PumpRealEvents();
+    void PumpReplay(const RecordedFrame& frame);
+    void ReturnFromReplay();
+    /// @param mods  SDL's modifiers as they were with the event
+    void Deliver(const SDL_Event& event, int mods);
+    void KeepResize(const SDL_Event& event);
+    /// @param x, y  where the mouse is, in pixels
+    void ReleaseLostButtons(int x, int y);
+    int GetModState() const;
     bool IsAnyKeyDown(std::initializer_list<int> keys) const;
     KeyEvent BuildKeyEvent(const SDL_Event& event, bool down);
     char BuildCharacter(int key);
@@ -132,6 +146,16 @@ private:
     std::map<int, bool> m_keys;
     int m_wheel = 0;
     math::Vec2 m_mousePos;
+    std::optional<int>
+        m_mods; // SDL's modifiers as of the event under way, or of the replayed frame
+
+    bool m_isResized = false; // to m_newSize, which is not delivered yet
+    math::TVector2<int> m_newSize;
+
+    // SDL's bits of the buttons that are down here: those that the desktop has seen held too, and of
+    // these the ones that it saw released, of which we have not been told.
+    unsigned m_heldButtons = 0;
+    unsigned m_lostButtons = 0;
 
     GestureState m_state = Idle;
     double m_pressTime = 0; // seconds

@@ -12,12 +12,16 @@ struct _SDL_Joystick;
 
 namespace input
 {
+struct RecordedJoystick;
+
 class Joystick final : public util::Pointee
 {
 public:
     /// @param index  SDL's
     /// @throws BadDataException  "Failed to open joystick " and SDL's reason
     explicit Joystick(int index);
+    /// One that a replay moves.
+    explicit Joystick(const RecordedJoystick& recorded);
     ~Joystick() override;
 
     int GetIndex() const { return m_index; }
@@ -30,12 +34,20 @@ public:
     math::Vec2 GetAxis(int axisX, int axisY) const;
     /// The present position of the stick counts as its centre.
     void Calibrate();
+    /// Moves one of a replay.
+    /// @param value  as SDL reads it: -32768 to 32767
+    void SetAxis(int axis, int value);
+    RecordedJoystick Record() const;
     /// Text for the log, a line each: what it is and what it has.
     util::String Describe() const;
 
 private:
+    int ReadAxis(int axis) const;
+
     int m_index;
-    _SDL_Joystick* m_handle;
+    _SDL_Joystick* m_handle; // null for one of a replay, which has these two instead
+    util::String m_recordedName;
+    std::vector<int> m_recordedAxes;
     std::vector<float> m_offsets; // by axis
 };
 

@@ -112,12 +112,16 @@ const KeyTable& GetTable()
 }
 }
 
+bool Key::HasName(int key)
+{
+    return key >= 0 && key < KEYBUFFERSIZE && !GetTable().m_keyToName[key].empty();
+}
+
 const util::String& Key::GetKeyName(int key)
 {
-    const KeyTable& table = GetTable();
-    if (key < 0 || key >= KEYBUFFERSIZE || table.m_keyToName[key].empty())
+    if (!HasName(key))
         QUIB_THROW(BadDataException("Unknown key"));
-    return table.m_keyToName[key];
+    return GetTable().m_keyToName[key];
 }
 
 int Key::GetKeyFromName(const util::String& name)
@@ -127,6 +131,11 @@ int Key::GetKeyFromName(const util::String& name)
     if (found == table.m_nameToKey.end())
         QUIB_THROW(BadDataException("Unknown name of key \"" + name + "\""));
     return found->second;
+}
+
+bool Key::IsKeyName(const util::String& name)
+{
+    return GetTable().m_nameToKey.count(util::ToLower(name)) != 0;
 }
 
 bool Key::IsMouseButton(int key)

@@ -29,9 +29,12 @@ namespace Key
 {
 /// @throws BadDataException  "Unknown key": there are numbers that stand for no key
 const util::String& GetKeyName(int key);
+bool HasName(int key);
 /// Case does not count.
 /// @throws BadDataException  Unknown name of key "name"
 int GetKeyFromName(const util::String& name);
+/// Whether that would find one.
+bool IsKeyName(const util::String& name);
 
 bool IsMouseButton(int key);
 

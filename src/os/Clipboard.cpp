@@ -1,7 +1,6 @@
 #include "os/Clipboard.h"
 
-#include <SDL.h>
-#include <SDL_syswm.h>
+#include "os/DisplayLock.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -12,38 +11,11 @@ namespace os
 {
 namespace
 {
-// Milliseconds without a word from the owner.
+// Milliseconds: without a word from the owner, and for all that it has to say.
 const Uint32 Patience = 500;
+const Uint32 LongestTransfer = 2000;
 const Uint32 PollInterval = 2;
 const size_t MaxTextSize = size_t(64) << 20;
-
-// The display belongs to SDL, which may use it in between.
-class DisplayLock
-{
-public:
-    DisplayLock()
-    {
-        SDL_VERSION(&m_info.version);
-        m_isOpen = SDL_WasInit(SDL_INIT_VIDEO) && SDL_GetWMInfo(&m_info) > 0 &&
-                   m_info.subsystem == SDL_SYSWM_X11 && m_info.info.x11.display;
-        if (m_isOpen)
-            m_info.info.x11.lock_func();
-    }
-    ~DisplayLock()
-    {
-        if (m_isOpen)
-            m_info.info.x11.unlock_func();
-    }
-    DisplayLock(const DisplayLock&) = delete;
-    DisplayLock& operator=(const DisplayLock&) = delete;
-
-    bool IsOpen() const { return m_isOpen; }
-    Display* GetDisplay() const { return m_info.info.x11.display; }
-
-private:
-    SDL_SysWMinfo m_info = {};
-    bool m_isOpen;
-};
 
 // A program that asked may be gone before it is served: that must not end this one.
 class ErrorsIgnored
@@ -147,7 +119,9 @@ Atom TakeProperty(Display* display, Atom property, util::String& bytes)
 bool TakePieces(Display* display, Atom property, util::String& bytes)
 {
     XEvent event;
-    while (bytes.size() < MaxTextSize && WaitFor(display, PropertyNotify, event))
+    const Uint32 start = SDL_GetTicks();
+    while (bytes.size() < MaxTextSize && SDL_GetTicks() - start < LongestTransfer &&
+           WaitFor(display, PropertyNotify, event))
     {
         if (event.xproperty.atom != property || event.xproperty.state != PropertyNewValue)
             continue;

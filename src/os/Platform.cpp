@@ -51,6 +51,11 @@ bool GetDisplaySize(math::TVector2<int>& size)
     return true;
 }
 
+void SetDisplaySize(const math::TVector2<int>& size)
+{
+    s_displaySize = size;
+}
+
 void SetClipboardText(const util::String& text)
 {
     // Kept here, too: without a desktop copy and paste work inside the program.

@@ -14,6 +14,13 @@ util::String CalcDataDir(const util::String& argv0);
 bool GetDisplaySize(math::TVector2<int>& size);
 /// Reads and keeps the display size: once a window exists SDL reports the window instead.
 void NoteDisplaySize();
+/// What is to be told from now on; 0 for unknown.
+void SetDisplaySize(const math::TVector2<int>& size);
+
+/// Which of the mouse's buttons are down as the desktop has it, whoever gets their events.
+/// @param held  SDL's bits of the left, middle and right one
+/// @return false when nobody can tell
+bool GetHeldMouseButtons(unsigned& held);
 
 /// Latin-1. Where there is no desktop, or it refuses with a line on standard error, the text reaches this
 /// program only.

@@ -68,8 +68,21 @@ TEST_F(ButtonInputTest, AHandledPressDoesNotCountButItsReleaseDoes)
     test::SendKey(SDLK_a, true, true);
     EXPECT_FALSE(button.IsOn());
     Press(SDLK_a);
+    EXPECT_FALSE(button.IsOn()) << "the repeat of a press that is another's";
+    Release(SDLK_a);
+    Press(SDLK_a);
     ASSERT_TRUE(button.IsOn());
     test::SendKey(SDLK_a, false, true);
+    EXPECT_FALSE(button.IsOn());
+}
+
+TEST_F(ButtonInputTest, TheRepeatsOfItsKeyDoNotSwitchItOnAgain)
+{
+    ButtonInput button;
+    button.Assign(SDLK_a);
+    Press(SDLK_a);
+    button.SetOn(false);
+    Press(SDLK_a);
     EXPECT_FALSE(button.IsOn());
 }
 

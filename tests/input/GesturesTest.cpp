@@ -290,3 +290,133 @@ TEST_F(GesturesTest, AMotionThatSomebodyTakesDragsNothing)
     Move(101, 0, 1, 0);
     EXPECT_EQ("drag 324 from 0,0 by 101,0 to 101,0", listener->notes.back());
 }
+
+namespace
+{
+// As the window system brings them: they wait for the next frame.
+class SlowFrameTest : public GesturesTest
+{
+protected:
+    void Wait(Uint8 type, Uint8 button, int x, int y)
+    {
+        SDL_Event event = {};
+        event.type = type;
+        event.button.button = button;
+        event.button.x = x;
+        event.button.y = y;
+        SDL_GetEventFilter()(&event);
+    }
+    void WaitPress(Uint8 button, int x, int y) { Wait(SDL_MOUSEBUTTONDOWN, button, x, y); }
+    void WaitRelease(Uint8 button, int x, int y) { Wait(SDL_MOUSEBUTTONUP, button, x, y); }
+    void WaitMove(int x, int y, int dx, int dy)
+    {
+        SDL_Event event = {};
+        event.type = SDL_MOUSEMOTION;
+        event.motion.x = x;
+        event.motion.y = y;
+        event.motion.xrel = dx;
+        event.motion.yrel = dy;
+        SDL_GetEventFilter()(&event);
+    }
+};
+}
+
+TEST_F(SlowFrameTest, AClickShorterThanAFrameIsOne)
+{
+    WaitPress(1, 5, 6);
+    WaitRelease(1, 5, 6);
+    input->PumpEvents();
+    EXPECT_EQ(Notes{"click 324 5,6 x1"}, listener->notes);
+}
+
+TEST_F(SlowFrameTest, TwoClicksInAFrameAreTwo)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        WaitPress(1, 5, 6);
+        WaitRelease(1, 5, 6);
+    }
+    input->PumpEvents();
+    EXPECT_EQ((Notes{"click 324 5,6 x1", "click 324 5,6 x1"}), listener->notes);
+}
+
+TEST_F(SlowFrameTest, AWholeDragInAFrameKeepsAllItsSteps)
+{
+    WaitPress(1, 100, 50);
+    WaitMove(110, 50, 10, 0);
+    WaitMove(110, 55, 0, 5);
+    WaitRelease(1, 110, 55);
+    WaitMove(200, 200, 90, 145);
+    input->PumpEvents();
+    EXPECT_EQ(
+        (Notes{"begin 324 from 100,50 by 0,0 to 100,50", "drag 324 from 100,50 by 10,0 to 110,50",
+               "drag 324 from 100,50 by 0,5 to 110,55", "end 324 from 100,50 by 0,0 to 110,55"}),
+        listener->notes);
+}
+
+TEST_F(SlowFrameTest, AReleaseThatWaitedOutTheClicksTimeIsAClickStill)
+{
+    // The frame was slow, and not the hand.
+    WaitPress(1, 5, 6);
+    input->PumpEvents();
+    WaitRelease(1, 5, 6);
+    SDL_Delay(int(TimeLimit * 1000) + 10);
+    input->PumpEvents();
+    EXPECT_EQ(Notes{"click 324 5,6 x1"}, listener->notes);
+}
+
+TEST_F(SlowFrameTest, HundredsOfStepsOfAStrokeAllArriveInOrder)
+{
+    WaitPress(1, 0, 0);
+    for (int i = 1; i <= 600; ++i)
+        WaitMove(10 * i, 0, 10, 0);
+    WaitRelease(1, 6000, 0);
+    input->PumpEvents();
+    ASSERT_EQ(602u, listener->notes.size());
+    for (int i = 1; i <= 600; ++i)
+        ASSERT_EQ("drag 324 from 0,0 by 10,0 to " + util::ToString(10 * i) + ",0",
+                  listener->notes[i]);
+}
+
+TEST_F(SlowFrameTest, EachEventHasTheModifiersOfItsTime)
+{
+    // Shift was down for the first key and up for the second, long before anybody looked.
+    std::vector<bool> shifts;
+    class ShiftListener final : public InputListener
+    {
+    public:
+        explicit ShiftListener(std::vector<bool>* shifts)
+            : InputListener(50)
+            , m_shifts(shifts)
+        {
+        }
+        void OnKeyEvent(const KeyEvent& event) override
+        {
+            if (event.GetKey() == SDLK_a && event.IsDown())
+                m_shifts->push_back(event.IsShiftDown());
+        }
+
+    private:
+        std::vector<bool>* m_shifts;
+    };
+    const util::SharedPtr<ShiftListener> shiftListener = QUIB_NEW ShiftListener(&shifts);
+    input->AddListener(util::WeakPtr<InputListener>(shiftListener.get()));
+    const auto key = [](Uint8 type, SDLKey sym)
+    {
+        SDL_Event event = {};
+        event.type = type;
+        event.key.keysym.sym = sym;
+        event.key.keysym.unicode = 'A';
+        SDL_GetEventFilter()(&event);
+    };
+    SDL_SetModState(KMOD_LSHIFT);
+    key(SDL_KEYDOWN, SDLK_LSHIFT);
+    key(SDL_KEYDOWN, SDLK_a);
+    key(SDL_KEYUP, SDLK_a);
+    SDL_SetModState(KMOD_NONE);
+    key(SDL_KEYUP, SDLK_LSHIFT);
+    key(SDL_KEYDOWN, SDLK_a);
+    key(SDL_KEYUP, SDLK_a);
+    input->PumpEvents();
+    EXPECT_EQ((std::vector<bool>{true, false}), shifts);
+}

@@ -1,0 +1,26 @@
+// What the command line of quib asks for.
+#pragma once
+
+#include "util/String.h"
+
+#include <vector>
+
+namespace app
+{
+struct ProgramArguments
+{
+    util::String record; // the file to write a recording to; "" for none
+    util::String replay; // the recording to play; "" for none
+    bool quitAfterReplay = false;
+    bool help = false;
+    std::vector<char*> others; // the program's name and all that is no option, in order
+};
+
+/// What is no option is passed on as it is.
+/// @throws std::invalid_argument  for an option without its file, or given twice, and for options that
+///                                exclude each other
+ProgramArguments ReadProgramArguments(int argc, char** argv);
+
+/// The text of --help.
+extern const char* const ProgramHelp;
+}
