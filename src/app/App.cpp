@@ -88,6 +88,7 @@ App::App()
     m_language->AddChangeCallback(util::MakeCallback(&App::CreateGUI, this));
     AddVoidCmd("undo", [] { Undoer::GetInstancePtr()->Undo(); });
     AddVoidCmd("redo", [] { Undoer::GetInstancePtr()->Redo(); });
+    AddCmd1("ChangeLanguage", [this](script::ObjectPtr name) { return ChangeLanguage(name); });
 
     // Until there is a window, and where there never is one, views are those of the window asked for.
     const core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
@@ -105,6 +106,12 @@ App::App()
 }
 
 App::~App() = default;
+
+script::ObjectPtr App::ChangeLanguage(const script::ObjectPtr& name)
+{
+    m_language = script::ObjectToValue<util::String>(name);
+    return QUIB_NEW script::Void;
+}
 
 void App::CreateGUI()
 {

@@ -83,6 +83,7 @@ public:
     math::Vec4 RandomEntityColor4();
 
 private:
+    script::ObjectPtr ChangeLanguage(const script::ObjectPtr& name);
     void DrawEntities() const;
     void MarkMouseOver() const;
     void DrawBodyCenters() const;

@@ -1,33 +1,55 @@
 #include "app/AppGUI.h"
 
 #include "app/App.h"
-#include "app/Camera.h"
 #include "app/Constants.h"
 #include "app/FileInfo.h"
+#include "app/Language.h"
 #include "app/Scene.h"
 #include "app/SceneLoader.h"
 #include "app/Serializer.h"
+#include "app/Snapshot.h"
 #include "app/Undoer.h"
+#include "app/tools/Tools.h"
+#include "app/widgets/Popup.h"
+#include "core/Subsystem.h"
 #include "input/Input.h"
+#include "os/Platform.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
 #include "util/Timer.h"
 
-#include <SDL_keysym.h>
-#include <SDL_mouse.h>
+#include <boost/format.hpp>
 
 #include <algorithm>
+#include <utility>
 
 namespace app
 {
 const util::String SceneEnding = ".qib";
 
+const char* const EntityMenuID = "EntityOptions";
+const char* const WaterMenuID = "WaterMenu";
+const char* const BackgroundMenuID = "BackgroundMenu";
+
 namespace
 {
-const int WheelUpKey = input::FirstMouseKey + SDL_BUTTON_WHEELUP;
-const int WheelDownKey = input::FirstMouseKey + SDL_BUTTON_WHEELDOWN;
+const char* const UnnamedScene = "unnamed.qib";
+
+/// "Options for Box", as the language puts it.
+util::String MakePopupTitle(const Group& group)
+{
+    const util::String pattern = Language::GetInstancePtr()->Get("PopupTitle");
+    const util::String name = Language::GetInstancePtr()->Get(group.GetDescriptiveName());
+    if (pattern.find("%1%") == util::String::npos)
+        return pattern + " " + name;
+    boost::format format;
+    // A translator's slip is no reason to show no menu.
+    format.exceptions(boost::io::no_error_bits);
+    format.parse(pattern);
+    return (format % name).str();
+}
 }
 
 AppGUI::AppGUI()
@@ -35,12 +57,20 @@ AppGUI::AppGUI()
     , m_drawInside(this, "drawInside", false)
     , m_leftClickMenus(this, "leftClickMenus", false)
     , m_drawHingesWhenRunning(this, "drawHingesWhenRunning", true)
+    , m_trapUser(this, "trapUser", false)
+    , m_simpleMode(this, "simpleMode", false)
+    , m_popupHolder(QUIB_NEW gui::Component)
+    , m_windowedSize(core::WindowParams().size)
     , m_lastAutosave(util::Timer::GetCurrentTime())
 {
     SetReflectedName("GUI");
     SetFillOwner(true);
     AddCmd("takeSnapshot", &AppGUI::TakeSnapshot);
+    m_popupHolder->SetReflectedName("Popup");
+    AddComponent(m_popupHolder);
 }
+
+AppGUI::~AppGUI() = default;
 
 void AppGUI::Update(float dt)
 {
@@ -60,24 +90,17 @@ void AppGUI::Update(float dt)
         // Read again: what the saving cost is no waiting.
         m_lastAutosave = util::Timer::GetCurrentTime();
     }
+    Tools::GetInstancePtr()->Update(dt);
 }
 
-void AppGUI::OnKeyEvent(const input::KeyEvent& event)
+const GroupPtr& AppGUI::GetSelection() const
 {
-    Component::OnKeyEvent(event);
-    const bool isUp = event.GetKey() == WheelUpKey;
-    if (event.IsHandled() || !event.IsDown() || (!isUp && event.GetKey() != WheelDownKey))
-        return;
-    // With these the wheel does not mean the view.
-    for (int modifier : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LSHIFT, SDLK_RSHIFT})
-        if (input::Input::GetInstancePtr()->IsKeyDown(modifier))
-            return;
-    // At the end of its range the view does not creep.
-    Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
-    if (camera->GetZoom() == (isUp ? Camera::GetMaxZoom() : Camera::GetMinZoom()))
-        return;
-    camera->ZoomView(isUp ? 1 : -1, event.GetPosition());
-    event.SetHandled(true);
+    return Scene::GetInstancePtr()->GetSelection();
+}
+
+math::Vec2 AppGUI::GetMousePos() const
+{
+    return App::GetInstancePtr()->GetMousePos();
 }
 
 bool AppGUI::LoadScene(util::String name, bool autosave)
@@ -85,7 +108,10 @@ bool AppGUI::LoadScene(util::String name, bool autosave)
     std::replace(name.begin(), name.end(), '\\', '/');
     const util::SharedPtr<SceneLoader> loader = QUIB_NEW SceneLoader(false, MakeLongFileName(name));
     if (!autosave)
+    {
         FileInfo::GetInstancePtr()->SetFileName(name);
+        ClosePopup();
+    }
     Undoer* undoer = Undoer::GetInstancePtr();
     undoer->Do(loader);
     // Deliberate: a scene that was loaded runs.
@@ -96,7 +122,10 @@ bool AppGUI::LoadScene(util::String name, bool autosave)
 void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
 {
     if (!autosave)
+    {
         FileInfo::GetInstancePtr()->SetFileName(name);
+        ClosePopup();
+    }
     const util::String path = MakeLongFileName(name);
     try
     {
@@ -121,6 +150,19 @@ void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
         Log(logging::LogError, "Failed to save scene to " + path);
 }
 
+void AppGUI::OnSceneSave()
+{
+    const util::String name = FileInfo::GetInstancePtr()->GetFileName();
+    SaveSceneAs(name.empty() ? UnnamedScene : name, false);
+}
+
+void AppGUI::OnSceneLoad()
+{
+    const gui::ComponentPtr dialog = QUIB_NEW Popup("LoadSceneMenu", "");
+    PositionInCenter(*dialog);
+    SetPopup(dialog);
+}
+
 void AppGUI::TogglePlaying()
 {
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
@@ -135,9 +177,117 @@ void AppGUI::TakeSnapshot()
     Undoer::GetInstancePtr()->Do(QUIB_NEW SnapshotAction);
 }
 
+void AppGUI::EraseWater()
+{
+    Scene::GetInstancePtr()->EraseWater();
+}
+
+void AppGUI::InvertSelection()
+{
+    ClosePopup();
+    const GroupPtr others = QUIB_NEW Group;
+    for (const EntityPtr& entity : Scene::GetInstancePtr()->GetEntities())
+        if (!GetSelection()->Contains(entity))
+            others->Add(entity);
+    GetSelection()->Set(others);
+}
+
+void AppGUI::AssignToEmptyGroup(const GroupPtr& entities)
+{
+    if (entities->IsEmpty())
+        return;
+    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    Scene::GetInstancePtr()->AddGroup(QUIB_NEW Group(entities->GetEntities()));
+    Undoer::GetInstancePtr()->AddUndo(before, "UndoGroupAssignment");
+}
+
+void AppGUI::ToggleFullscreen()
+{
+    core::Subsystem* subsystem = core::Subsystem::GetInstancePtr();
+    core::WindowParams params = subsystem->GetConfigParams();
+    params.fullscreen = !params.fullscreen;
+    if (params.fullscreen)
+    {
+        m_windowedSize = params.size;
+        // No change of the screen's mode, and so nothing to bring back after a crash.
+        os::GetDisplaySize(params.size);
+    }
+    else
+        params.size = m_windowedSize;
+    subsystem->SetConfigParams(params);
+    subsystem->ApplyParserConfig();
+}
+
+void AppGUI::OnSliderBegin()
+{
+    m_beforeSlider = Snapshot::TakeSnapshot();
+}
+
+void AppGUI::OnSliderEnd()
+{
+    if (const SnapshotPtr before = std::exchange(m_beforeSlider, nullptr))
+        Undoer::GetInstancePtr()->AddUndo(before, "UndoSliderChange");
+}
+
+void AppGUI::OpenMenu()
+{
+    gui::ComponentPtr menu;
+    if (!GetSelection()->IsEmpty())
+        menu = QUIB_NEW Popup(EntityMenuID, MakePopupTitle(*GetSelection()));
+    else if (Scene::GetInstancePtr()->IsWaterAt(GetMousePos()))
+        menu = QUIB_NEW Popup(WaterMenuID, "");
+    else
+        menu = QUIB_NEW Popup(BackgroundMenuID, "");
+    PositionAtMouse(*menu);
+    SetPopup(menu);
+}
+
+void AppGUI::SetPopup(const gui::ComponentPtr& popup)
+{
+    ClosePopup();
+    m_popupHolder->AddComponent(popup);
+}
+
+void AppGUI::ClosePopup()
+{
+    m_popupHolder->RemoveAllComponents();
+}
+
+gui::ComponentPtr AppGUI::GetPopup() const
+{
+    const std::vector<gui::ComponentPtr>& popups = m_popupHolder->GetComponents();
+    return popups.empty() ? nullptr : popups.front();
+}
+
+void AppGUI::PositionAtMouse(gui::Component& component) const
+{
+    Place(component, input::Input::GetInstancePtr()->GetMousePos());
+}
+
+void AppGUI::PositionInCenter(gui::Component& component) const
+{
+    Place(component, (GetInnerSize() - component.GetOuterSize()) * 0.5f);
+}
+
+void AppGUI::Place(gui::Component& component, const math::Vec2& pos) const
+{
+    const math::Vec2 room = GetInnerSize() - component.GetOuterSize();
+    // What does not fit shows its top left.
+    component.SetOuterPos(math::Vec2(std::max(0.0f, std::min(pos.x, room.x)),
+                                     std::max(0.0f, std::min(pos.y, room.y))));
+}
+
 void AppGUI::Rebuild()
 {
-    RemoveAllComponents();
+    ClosePopup();
+}
+
+WidgetPtr AppGUI::GetWidget(const util::String& id) const
+{
+    const auto found =
+        std::find_if(m_widgets.begin(), m_widgets.end(),
+                     [&id](const WidgetPtr& widget) { return widget->GetID() == id; });
+    return found != m_widgets.end() ? *found : nullptr;
 }
 
 void AppGUI::RemoveWidget(const WidgetPtr& widget)

@@ -101,6 +101,10 @@ public:
     /// Scales or mirrors, which replaces the geometry entities. The group and all groups of the scene
     /// hold the new ones afterwards. One that can't be scaled so far stays, and the log says why.
     void Transform(const GroupPtr& group, const math::Mat3& matrix);
+    /// Puts other geometries in the place of these: in the list, the group, all groups and chains. Joints
+    /// and pens keep their points, wherever these lie on what they are fastened to now.
+    /// @param map  from entities of the scene to those that replace them
+    void ReplaceGeoms(const GroupPtr& group, const EntityMap& map);
     /// Copies of the group's entities, each directly above its original and in the same groups.
     /// @return a new group of them, with the name of this one
     GroupPtr CreateClone(const GroupPtr& group);

@@ -165,6 +165,15 @@ ScaledJoint ScaleJoint(const JointEntityPtr& joint, const GeomMap& newGeoms, boo
     scaled.joint = joint;
     return scaled;
 }
+
+// Welds hold bodies together, which are about to be others.
+void Unweld(const std::vector<ScaledJoint>& joints)
+{
+    WeldBatch unwelding;
+    for (const ScaledJoint& scaled : joints)
+        if (scaled.joint->AsFixJointEntity())
+            scaled.joint->RemoveFromSimulation();
+}
 }
 
 void Scene::Transform(const GroupPtr& group, const math::Mat2D& matrix)
@@ -250,14 +259,7 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
             if (newGeoms.count(pen->GetGeom().get()) || members.count(entity))
                 pens.emplace_back(pen, TransformCoordinate(matrix, pen->GetPos()));
 
-    // Welds hold bodies together, which are about to be others.
-    {
-        WeldBatch unwelding;
-        for (const ScaledJoint& scaled : joints)
-            if (scaled.joint->AsFixJointEntity())
-                scaled.joint->RemoveFromSimulation();
-    }
-
+    Unweld(joints);
     scaledGroup->Update(newEntities);
     ReplaceEntities(newEntities);
 
@@ -284,6 +286,44 @@ void Scene::Transform(const GroupPtr& group, const math::Mat3& matrix)
             pen->SetSize(pen->GetSize() * factor);
     }
     SortByDepth();
+}
+
+void Scene::ReplaceGeoms(const GroupPtr& group, const EntityMap& map)
+{
+    DepthTagEntities();
+    GeomMap newGeoms;
+    for (const EntityPtr& entity : m_entities)
+        if (const EntityPtr* found = map.Find(entity))
+        {
+            (*found)->SetZDepth(entity->GetZDepth());
+            newGeoms[entity->AsGeomEntity()->GetGeom().get()] = (*found)->AsGeomEntity()->GetGeom();
+        }
+    std::vector<ScaledJoint> joints;
+    for (const EntityPtr& entity : m_entities)
+        if (JointEntity* joint = entity->ToJointEntity())
+            if (const ScaledJoint moved = ScaleJoint(joint, newGeoms, false, math::Mat3());
+                moved.joint)
+                joints.push_back(moved);
+
+    Unweld(joints);
+    group->Update(map);
+    ReplaceEntities(map);
+
+    WeldBatch welding;
+    for (const ScaledJoint& moved : joints)
+    {
+        moved.joint->AttachToWorld(moved.geoms[0], moved.points[0], moved.geoms[1],
+                                   moved.points[1]);
+        if (moved.joint->AsFixJointEntity())
+            moved.joint->AddToSimulation();
+    }
+    for (const EntityPtr& entity : m_entities)
+        if (PenEntity* pen = entity->ToPenEntity())
+            if (const GeomPtr geom = Find(newGeoms, pen->GetGeom().get()))
+            {
+                const Vec2 pos = pen->GetPos();
+                pen->AttachTo(geom, TransformCoordinate(geom->GetPoseInv(), pos));
+            }
 }
 
 void Scene::ReplaceEntities(const EntityMap& map)

@@ -1,7 +1,7 @@
 #include "app/SceneLoader.h"
 
-#include "app/App.h"
 #include "app/Camera.h"
+#include "app/EntityActions.h"
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -105,9 +105,7 @@ void SceneLoader::ImportQuiblet(const util::String& text)
     Scene* scene = Scene::GetInstancePtr();
     const GroupPtr loaded = Serializer::GetInstancePtr()->Deserialize(text);
     scene->SetSelection(loaded);
-    if (const math::BoundingBox box = loaded->CalcFiniteAABB(); box.IsFinite())
-        scene->Transform(loaded, math::Mat2D::Translation(App::GetInstancePtr()->GetMousePos() -
-                                                          box.GetCenter()));
+    MoveToMouse(loaded);
     scene->MoveToFront(loaded);
     Log(logging::LogVerbose, "Imported quiblet " + m_path);
 }

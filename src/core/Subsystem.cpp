@@ -165,6 +165,11 @@ void Subsystem::SetTitle(const util::String& title)
 void Subsystem::SetParams(const WindowParams& params)
 {
     m_windowParams = params;
+    SetConfigParams(params);
+}
+
+void Subsystem::SetConfigParams(const WindowParams& params)
+{
     m_configParams = params;
     // At once, and not in the next frame only: this may be the last, and the settings are saved.
     for (const auto& poker : m_pokers)

@@ -36,11 +36,15 @@ public:
     /// The frame loop. Returns when somebody asked for the exit, with all GL resources unloaded.
     void Run();
     void Exit() { m_exit = true; }
+    /// Whether somebody has asked for the exit.
+    bool IsExiting() const { return m_exit; }
 
     int GetWidth() const { return m_windowParams.GetWidth(); }
     int GetHeight() const { return m_windowParams.GetHeight(); }
     /// What the attributes ask for.
     const WindowParams& GetConfigParams() const { return m_configParams; }
+    /// For the next ApplyParserConfig; the attributes tell the same.
+    void SetConfigParams(const WindowParams& params);
     /// Sets both copies, without a new window.
     void SetParams(const WindowParams& params);
 

@@ -3,8 +3,6 @@
 #include "input/Input.h"
 #include "util/Callback.h"
 
-#include <SDL_keysym.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -288,7 +286,7 @@ TEST_F(AppGUITest, DoesNotZoomPastTheEndsNorMoveThere)
     }
 }
 
-TEST_F(AppGUITest, LeavesTheWheelToWhoHasTakenItAndToCtrlAndShift)
+TEST_F(AppGUITest, LeavesTheWheelToWhoHasTakenIt)
 {
     class Taker final : public gui::Component
     {
@@ -300,14 +298,6 @@ TEST_F(AppGUITest, LeavesTheWheelToWhoHasTakenItAndToCtrlAndShift)
     TurnWheel(327, Vec2(3, 3));
     TheGUI()->RemoveComponent(taker);
     EXPECT_EQ(150, TheCamera()->GetZoom());
-    for (int key : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LSHIFT, SDLK_RSHIFT})
-    {
-        input::Input* input = input::Input::GetInstancePtr();
-        input->OnKeyEvent(input::KeyEvent(key, 0, true, Vec2()));
-        TurnWheel(327, Vec2(3, 3));
-        input->OnKeyEvent(input::KeyEvent(key, 0, false, Vec2()));
-        EXPECT_EQ(150, TheCamera()->GetZoom()) << key;
-    }
 }
 
 TEST_F(AppGUITest, TakesTheTextsOfTheFileForTheScene)
@@ -343,6 +333,35 @@ TEST_F(AppGUITest, SaysThatASceneWasNotSavedAndLeavesTheOldFileWhole)
     EXPECT_EQ("old", test::Slurp(Dir() / "scenes/old.qib"));
     EXPECT_TRUE(log.Has("Failed to save scene to " + (Dir() / "scenes/old.qib"))) << log.Text();
     boost::filesystem::remove_all(Dir() / "scenes/old.qib.tmp");
+}
+
+TEST_F(AppGUITest, SavesItsSettings)
+{
+    for (const char* name : {"drawInside", "leftClickMenus", "trapUser", "simpleMode"})
+    {
+        SCOPED_TRACE(name);
+        const util::String setting = util::String("App.GUI.") + name;
+        EXPECT_EQ("false", Run(setting));
+        Run(setting + " = true");
+        Parser()->SaveConfig(Dir() / "settings.cfg");
+        Run(setting + " = false");
+        Parser()->LoadConfig(Dir() / "settings.cfg");
+        EXPECT_EQ("true", Run(setting));
+        Run(setting + " = false");
+    }
+}
+
+TEST_F(AppGUITest, FindsAPanelByItsKind)
+{
+    EXPECT_FALSE(TheGUI()->GetWidget("Toolbar"));
+    const WidgetPtr first = QUIB_NEW Widget("Toolbar", nullptr),
+                    second = QUIB_NEW Widget("Toolbar", nullptr);
+    TheGUI()->AddWidget(first);
+    TheGUI()->AddWidget(second);
+    EXPECT_EQ(first, TheGUI()->GetWidget("Toolbar"));
+    TheGUI()->RemoveWidget(first);
+    EXPECT_EQ(second, TheGUI()->GetWidget("Toolbar"));
+    TheGUI()->RemoveWidget(second);
 }
 
 TEST_F(AppGUITest, LogsWhyASaveFailedForTheFileOnly)

@@ -275,10 +275,10 @@ TEST_F(AppTest, FindsColorsUnderASkyThatIsNoColor)
 TEST_F(AppTest, RebuildsTheInterfaceForANewLanguage)
 {
     const util::SharedPtr<AppGUI> before = TheApp()->GetAppGUI();
-    before->AddComponent(QUIB_NEW gui::Component);
+    before->SetPopup(QUIB_NEW gui::Component);
     Run("App.language = \"Klingon\"");
     EXPECT_EQ(before, TheApp()->GetAppGUI());
-    EXPECT_TRUE(before->GetComponents().empty());
+    EXPECT_FALSE(before->GetPopup());
     Run("App.language = \"English\"");
 }
 

@@ -3,6 +3,7 @@
 #include "AppFixture.h"
 #include "app/Action.h"
 #include "app/Chain.h"
+#include "app/EntityActions.h"
 #include "app/Snapshot.h"
 #include "app/entities/FixJointEntity.h"
 #include "app/entities/HingeEntity.h"
@@ -255,11 +256,54 @@ protected:
             variable->SetObject(script::ValueToObject(1 + Int(3)));
     }
 
+    /// One that brings its own step, or finds nothing to do.
+    void Act(void (*action)(const GroupPtr&))
+    {
+        Step step{"", State(), ""};
+        const ActionPtr last = Undoer::GetInstancePtr()->GetNextUndo();
+        action(AnyGroup());
+        const ActionPtr next = Undoer::GetInstancePtr()->GetNextUndo();
+        if (next == last)
+            return;
+        step.name = next->GetNameKey();
+        step.after = State();
+        m_steps.push_back(step);
+    }
+
+    /// Redone, an erasure erases from what is there then: what has moved by itself since the last entry
+    /// must be in one, and what is dead must be gone, or a weld that goes would bring it back to life.
+    void MakePointForErasing()
+    {
+        TheScene()->Update(0);
+        Do(QUIB_NEW SnapshotAction);
+    }
+
     void OneEdit()
     {
         const size_t count = m_steps.size();
-        switch (Int(19))
+        switch (Int(23))
         {
+        case 19:
+            Act(Int(2) ? OnMirror : Loosen);
+            break;
+        case 20:
+            Act(Int(2) ? AddCenterHinge : TransformIntoCircles);
+            break;
+        case 21:
+            if (Int(2))
+            {
+                Act(DissolveChain);
+                break;
+            }
+            MakePointForErasing();
+            Act(OnErase);
+            break;
+        case 22:
+            if (Int(3) == 0)
+                Act(Liquify);
+            else if (TheScene()->GetEntities().size() < 12)
+                Act(OnClone);
+            break;
         case 0:
         case 1:
             Edit("UndoPolygon", [this] { AddSomething(); });
@@ -331,9 +375,7 @@ protected:
                 Edit("UndoDissolveChain", [entity] { entity->GetChain()->Detach(); });
             break;
         case 10:
-            // Redone, it erases from what is there then: what has moved by itself since the last entry
-            // must be in one.
-            Do(QUIB_NEW SnapshotAction);
+            MakePointForErasing();
             Do(QUIB_NEW EraseEntities(AnyGroup()));
             break;
         case 11:
