@@ -64,6 +64,8 @@ public:
     float GetAutosaveTime() const { return m_autosaveTime; }
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
     int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
+    /// How many times as dense as other bodies chains are.
+    float GetChainDensityFactor() const { return m_chainDensityFactor; }
     /// How much can be undone, and redone.
     unsigned long GetMaxUndo() const;
     void AddOnMaxUndoChange(const util::CallbackPtr& callback);

@@ -1,8 +1,25 @@
 #include "app/tools/CircleTool.h"
 
+#include "app/entities/CircleEntity.h"
+#include "physics/Circle.h"
+
 namespace app
 {
-CircleTool::CircleTool() = default;
+CircleTool::CircleTool()
+    : PreviewTool("UndoCircle")
+{
+}
 
 CircleTool::~CircleTool() = default;
+
+void CircleTool::UpdatePreview(const math::Vec2& end)
+{
+    const float radius = math::Distance(GetStart(), end);
+    if (GetPreview() && radius == m_radius)
+        return;
+    // Back at its centre nothing is left of the circle.
+    SetPreview(radius > 0 ? QUIB_NEW CircleEntity(QUIB_NEW physics::Circle(GetStart(), radius))
+                          : util::SharedPtr<CircleEntity>());
+    m_radius = radius;
+}
 }

@@ -26,16 +26,31 @@ protected:
         if (!SDL_GetVideoSurface() && !SDL_SetVideoMode(1024, 768, 0, SDL_SWSURFACE))
             FAIL() << SDL_GetError();
         gui::GUI::GetInstancePtr()->OnNewWindowSize(1024, 768);
-        Sim()->m_running = false;
-        // A pixel is a hundredth of a unit, and a screen centimetre 0.3386.
-        TheCamera()->SetPan(math::Vec2());
-        TheCamera()->SetZoom(100);
+        Prepare();
         ChooseSketchTool();
     }
     void TearDown() override
     {
         ChooseSketchTool();
         AppFixture::TearDown();
+    }
+
+    /// As at the beginning of a test, but for the tools.
+    static void StartAnew()
+    {
+        Reset();
+        Prepare();
+    }
+    /// So many steps of a hundredth of a second, with a frame after each. Paused again afterwards.
+    static void Play(int steps)
+    {
+        Sim()->m_running = true;
+        for (int i = 0; i < steps; ++i)
+        {
+            Sim()->Update(0.01);
+            TheScene()->Update(0.01f);
+        }
+        Sim()->m_running = false;
     }
 
     static Tools* TheTools() { return Tools::GetInstancePtr(); }
@@ -132,6 +147,13 @@ protected:
     }
 
 private:
+    static void Prepare()
+    {
+        Sim()->m_running = false;
+        // A pixel is a hundredth of a unit, and a screen centimetre 0.3386.
+        TheCamera()->SetPan(math::Vec2());
+        TheCamera()->SetZoom(100);
+    }
     static void ChooseSketchTool()
     {
         TheTools()->GetTool()->Disband();
