@@ -292,11 +292,13 @@ void Input::HandleEvent(const SDL_Event& event)
             ++m_wheel;
         if (m_isMouseButtonDown && event.button.button == SDL_BUTTON_WHEELDOWN)
             --m_wheel;
-        OnKeyEvent(KeyEvent(FirstMouseKey + event.button.button, 0, m_isMouseButtonDown,
-                            m_posFromPixel(event.button.x, event.button.y)));
+        m_mousePos = m_posFromPixel(event.button.x, event.button.y);
+        OnKeyEvent(
+            KeyEvent(FirstMouseKey + event.button.button, 0, m_isMouseButtonDown, m_mousePos));
         break;
     case SDL_MOUSEMOTION:
-        OnMouseMove(MouseEvent(event.motion.state, m_posFromPixel(event.motion.x, event.motion.y),
+        m_mousePos = m_posFromPixel(event.motion.x, event.motion.y);
+        OnMouseMove(MouseEvent(event.motion.state, m_mousePos,
                                m_posFromPixel(event.motion.xrel, event.motion.yrel)));
         break;
     case SDL_KEYDOWN:

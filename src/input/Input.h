@@ -62,7 +62,8 @@ public:
     /// Not zero when the modifier is held: SDL says so, and its key has been seen to go down, as SDL's own
     /// state may stick when the window loses the focus. For what is no Modifier the mask of SDL's state.
     int CheckModifier(Modifier modifier) const;
-    /// As of the last PumpEvents, in GUI units.
+    /// In GUI units. While events are delivered, where the mouse was at the latest of them: in a slow
+    /// frame it may have clicked in one place and be in another by now.
     const math::Vec2& GetMousePos() const { return m_mousePos; }
     /// Seconds; when the last PumpEvents began.
     double GetPumpTime() const { return m_pumpTime; }

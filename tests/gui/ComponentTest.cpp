@@ -41,6 +41,8 @@ public:
     {
         Component::OnKeyEvent(event);
         m_notes->push_back(m_name + " key");
+        if (m_onKey)
+            m_onKey();
     }
     void OnFormChange() override
     {
@@ -49,6 +51,7 @@ public:
     }
 
     std::function<void()> m_onUpdate;
+    std::function<void()> m_onKey;
     mutable Vec4 m_drawnColor;
     int m_formChanges = 0;
 
@@ -210,6 +213,30 @@ TEST_F(ComponentTest, EventsReachTheChildAddedLastFirst)
     const NotingPtr a = Add("a"), b = Add("b");
     owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
     EXPECT_EQ((Notes{"b key", "a key", "owner key"}), notes);
+}
+
+TEST_F(ComponentTest, AmongEqualsTheOrderOfEventsIsThatOfDrawingBackwards)
+{
+    const NotingPtr a = Add("a"), b = Add("b"), c = Add("c");
+    // There and back: it stays in front of those that it has passed.
+    a->SetPriority(60);
+    a->SetPriority(50);
+    owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
+    EXPECT_EQ((Notes{"a key", "c key", "b key", "owner key"}), notes);
+    notes.clear();
+    owner->DrawChildren();
+    EXPECT_EQ((Notes{"b", "c", "a"}), notes);
+}
+
+TEST_F(ComponentTest, AChildMayLeaveDuringAnEventThatOthersGetStill)
+{
+    const NotingPtr a = Add("a"), b = Add("b");
+    b->m_onKey = [&] { owner->RemoveAllComponents(); };
+    owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
+    EXPECT_EQ((Notes{"b key", "a key", "owner key"}), notes) << "as the event began with both";
+    notes.clear();
+    owner->OnKeyEvent(input::KeyEvent('a', 0, true, Vec2()));
+    EXPECT_EQ(Notes{"owner key"}, notes);
 }
 
 TEST_F(ComponentTest, OneThatFillsItsOwnerFollowsItsSize)

@@ -1,38 +1,67 @@
-#include "gui/GUI.h"
+#include "gui/GUIFixture.h"
 
-#include "input/Input.h"
-#include "script/Parser.h"
+#include "AllocationCounter.h"
+#include "gui/LookAndFeel.h"
+#include "rendering/Texture.h"
 
-#include <SDL_events.h>
+#include <GL/gl.h>
+#include <SDL.h>
 
-#include <gtest/gtest.h>
+#include <dlfcn.h>
 
+using gui::Component;
+using gui::ComponentPtr;
 using gui::GUI;
+using gui::Notes;
+using gui::NotingComponent;
+using gui::NotingPtr;
 using math::Vec2;
 
 namespace
 {
-class GUITest : public testing::Test
+unsigned s_milliseconds = 0;
+std::vector<int> s_shown; // what SDL_ShowCursor was told
+
+class GUITest : public gui::GUIFixture
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        if (GUI::GetInstancePtr()->GetOwner().IsNull())
-            GUI::GetInstancePtr()->AddToRoot();
-    }
     void TearDown() override
     {
-        Script("GUI.scale = 1.0");
-        GUI::GetInstancePtr()->OnNewWindowSize(0, 0);
+        gui->SetCursor(nullptr);
+        Script("GUI.forceOSCursor = false");
+        GUIFixture::TearDown();
     }
-
-    util::String Script(const util::String& code)
+    NotingPtr Make(const std::string& name) { return QUIB_NEW NotingComponent(name, &notes); }
+    std::vector<int> DrawAndTakeShown()
     {
-        return script::Parser::GetInstancePtr()->ExecuteToString(code);
+        s_shown.clear();
+        gui->Draw();
+        return s_shown;
+    }
+    static rendering::TexturePtr MakeTexture()
+    {
+        // Without a context no image is asked for.
+        return QUIB_NEW rendering::Texture([] { return rendering::ImageFloatPtr(); }, {GL_ALPHA});
     }
 
-    GUI* gui = GUI::GetInstancePtr();
+    Notes notes;
 };
+}
+
+void gui::SetMilliseconds(unsigned time)
+{
+    s_milliseconds = time;
+}
+
+// They stand before SDL's own.
+extern "C" Uint32 SDL_GetTicks()
+{
+    return s_milliseconds;
+}
+extern "C" int SDL_ShowCursor(int toggle)
+{
+    s_shown.push_back(toggle);
+    return toggle;
 }
 
 TEST_F(GUITest, OffersItsSettingsToScripts)
@@ -55,13 +84,18 @@ TEST_F(GUITest, OffersItsSettingsToScripts)
     EXPECT_EQ("[0.0625, 0.0625]", Script("GUI.fontShadowOffset"));
 }
 
-TEST_F(GUITest, TheRootHoldsTheMainContainerWhichFillsIt)
+TEST_F(GUITest, TheRootHoldsTheMainContainerAndTheTooltipsWhichFillIt)
 {
     EXPECT_TRUE(gui->GetRoot()->HasComponent(gui->GetMainContainer()));
     EXPECT_EQ("Root", gui->GetRoot()->GetReflectedName());
     EXPECT_EQ("Main", gui->GetMainContainer()->GetReflectedName());
     EXPECT_EQ("Main", Script("GUI.Root.Main"));
+    EXPECT_EQ("Tooltips", Script("GUI.Root.Tooltips"));
+    EXPECT_EQ((std::vector<ComponentPtr>{gui->GetMainContainer(), gui->GetTooltipLayer()}),
+              gui->GetRoot()->GetComponents())
+        << "the tooltips are in front";
     gui->OnNewWindowSize(300, 200);
+    EXPECT_EQ(Vec2(300, 200), gui->GetTooltipLayer()->GetInnerSize());
     EXPECT_EQ(Vec2(300, 200), gui->GetRoot()->GetInnerSize());
     EXPECT_EQ(Vec2(300, 200), gui->GetMainContainer()->GetInnerSize());
 }
@@ -139,4 +173,150 @@ TEST_F(GUITest, PassesUpdatesAndEventsToTheTree)
     EXPECT_EQ(0.25f, counter->seconds);
     EXPECT_EQ(1, counter->moves);
     gui->GetMainContainer()->RemoveComponent(counter);
+}
+
+TEST_F(GUITest, SeesTheMouseBeforeTheTreeDoes)
+{
+    class Looker : public Component
+    {
+    public:
+        void OnMouseMove(const input::MouseEvent&) override { wasOver = IsMouseOverOuter(); }
+        bool wasOver = false;
+    };
+    const util::SharedPtr<Looker> looker = QUIB_NEW Looker;
+    Place(looker, Main(), 10, 10, 20, 20);
+    MoveMouse(15, 15);
+    EXPECT_TRUE(looker->wasOver);
+}
+
+TEST_F(GUITest, WhatIsAddedToTheRootLaterIsInFrontOfAll)
+{
+    const NotingPtr main = Make("main"), later = Make("later");
+    Main()->AddComponent(main);
+    gui->GetRoot()->AddComponent(later);
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"later key", "main key"}), notes);
+    EXPECT_EQ(later, gui->GetRoot()->GetComponents().back());
+    gui->GetRoot()->RemoveComponent(later);
+}
+
+TEST_F(GUITest, TheOneWithTheKeyboardGetsKeysFirstAndThenInItsPlace)
+{
+    const NotingPtr a = Make("a"), b = Make("b");
+    Main()->AddComponent(a);
+    Main()->AddComponent(b);
+    gui->ClaimKeyboard(a);
+    EXPECT_TRUE(gui->HasKeyboard(a.get()));
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"a key", "b key", "a key"}), notes);
+    gui->ClaimKeyboard(b);
+    EXPECT_FALSE(gui->HasKeyboard(a.get()));
+    gui->ReleaseKeyboard(a); // no longer its own
+    EXPECT_TRUE(gui->HasKeyboard(b.get()));
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"b key", "b key", "a key"}), notes);
+    gui->ReleaseKeyboard(b);
+    EXPECT_FALSE(gui->HasKeyboard(b.get()));
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"b key", "a key"}), notes);
+}
+
+TEST_F(GUITest, TheConsolesPlaceIsBeforeTheKeyboard)
+{
+    const NotingPtr a = Make("a"), console = Make("console");
+    Main()->AddComponent(a);
+    gui->GetRoot()->AddComponent(console);
+    gui->ClaimKeyboard(a);
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"console key", "a key", "a key"}), notes);
+    gui->GetRoot()->RemoveComponent(console);
+    gui->ReleaseKeyboard(a);
+}
+
+TEST_F(GUITest, ButtonsOfTheMouseAreNoMatterOfTheKeyboard)
+{
+    const NotingPtr a = Make("a");
+    Main()->AddComponent(a);
+    gui->ClaimKeyboard(a);
+    for (const int key : {324, 327, 400})
+    {
+        notes.clear();
+        gui->GetRoot()->OnKeyEvent(Press(key));
+        EXPECT_EQ(Notes{"a key"}, notes) << key;
+    }
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press(322));
+    EXPECT_EQ((Notes{"a key", "a key"}), notes);
+    gui->ReleaseKeyboard(a);
+}
+
+TEST_F(GUITest, OutsideOfTheTreeTheKeyboardIsOfNoUse)
+{
+    NotingPtr a = Make("a");
+    const ComponentPtr owner = QUIB_NEW Component;
+    owner->AddComponent(a);
+    gui->ClaimKeyboard(a);
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ(Notes(), notes);
+    Main()->AddComponent(owner);
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ((Notes{"a key", "a key"}), notes);
+    owner->RemoveAllComponents();
+    a = nullptr;
+    notes.clear();
+    gui->GetRoot()->OnKeyEvent(Press('a'));
+    EXPECT_EQ(Notes(), notes) << "it is gone";
+    EXPECT_FALSE(gui->HasKeyboard(nullptr));
+}
+
+TEST_F(GUITest, TellsSDLOfTheCursorOnlyWhenThatChanges)
+{
+    EXPECT_EQ(std::vector<int>{1}, DrawAndTakeShown()) << "a new window may have forgotten";
+    EXPECT_EQ(std::vector<int>(), DrawAndTakeShown());
+    gui->SetCursor(MakeTexture());
+    EXPECT_EQ(std::vector<int>{0}, DrawAndTakeShown());
+    EXPECT_EQ(std::vector<int>(), DrawAndTakeShown());
+    Script("GUI.forceOSCursor = true");
+    EXPECT_EQ(std::vector<int>{1}, DrawAndTakeShown());
+    Script("GUI.forceOSCursor = false");
+    EXPECT_EQ(std::vector<int>{0}, DrawAndTakeShown());
+    gui->OnNewWindowSize(400, 300);
+    EXPECT_EQ(std::vector<int>{0}, DrawAndTakeShown());
+    gui->SetCursor(nullptr);
+    EXPECT_EQ(std::vector<int>{1}, DrawAndTakeShown());
+}
+
+TEST_F(GUITest, AFrameAllocatesNothing)
+{
+    const ComponentPtr window = Place(Main(), 10, 10, 100, 100);
+    window->SetBorder(gui::LookAndFeel::GetDefault()->GetWindowBorder());
+    const ComponentPtr a = Place(window, 0, 0, 50, 50), b = Place(window, 20, 20, 50, 50);
+    a->SetTooltip(QUIB_NEW Component);
+    gui->SetCursor(MakeTexture());
+    size_t allocations = 0;
+    const auto frame = [&](int x)
+    {
+        MoveMouse(x, 15); // the input copies its listeners for each event
+        const size_t before = test::g_allocations;
+        gui->OnMouseMove(input::MouseEvent(0, Vec2(float(x), 15), Vec2()));
+        gui->Update(0.02f);
+        gui->Draw();
+        allocations += test::g_allocations - before;
+    };
+    frame(15);
+    SetSeconds(101);
+    frame(15); // the tooltip comes
+    ASSERT_EQ(1u, gui->GetTooltipLayer()->GetComponents().size());
+    allocations = 0;
+    frame(16);
+    frame(200);
+    frame(40);
+    EXPECT_EQ(0u, allocations);
 }

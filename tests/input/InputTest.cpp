@@ -204,6 +204,25 @@ TEST_F(InputTest, PumpingReadsTheMouse)
     EXPECT_EQ(math::Vec2(123, 45), input->GetMousePos());
 }
 
+TEST_F(InputTest, DuringAnEventTheMouseIsWhereItWasThen)
+{
+    SDL_Event move = {};
+    move.type = SDL_MOUSEMOTION;
+    move.motion.x = 10;
+    move.motion.y = 20;
+    input->HandleEvent(move);
+    EXPECT_EQ(math::Vec2(10, 20), input->GetMousePos());
+    SDL_Event press = {};
+    press.type = SDL_MOUSEBUTTONDOWN;
+    press.button.button = 3;
+    press.button.x = 30;
+    press.button.y = 40;
+    input->HandleEvent(press);
+    EXPECT_EQ(math::Vec2(30, 40), input->GetMousePos());
+    press.type = SDL_MOUSEBUTTONUP;
+    input->HandleEvent(press);
+}
+
 TEST_F(InputTest, OfSeveralResizesOnlyTheLastIsDeliveredAndAfterAllElse)
 {
     SDL_Event events[] = {Resize(100, 100), KeyOf(SDL_KEYDOWN, SDLK_a), Resize(200, 150),
