@@ -183,7 +183,9 @@ void GUI::DrawCursor()
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     renderer->SetColor4(1, 1, 1, 1);
     m_cursor->Bind();
-    renderer->DrawRect(input::Input::GetInstancePtr()->GetMousePos(), CursorSize);
+    const math::Vec2 size(CursorSize, CursorSize);
+    renderer->DrawRectGUI(input::Input::GetInstancePtr()->GetMousePos() - size / 2.0f, size,
+                          math::Vec2(1, 1));
     m_cursor->Unbind();
 }
 

@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 
 using core::Subsystem;
@@ -99,6 +100,19 @@ protected:
         event.motion.x = static_cast<Uint16>(x);
         event.motion.y = static_cast<Uint16>(y);
         input::Input::GetInstancePtr()->HandleEvent(event);
+    }
+    /// Of 2 x 2 pixels.
+    /// @param alpha  the bottom row first
+    static void SetCursor(std::array<float, 4> alpha)
+    {
+        const auto makeImage = [alpha]
+        {
+            const rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(2, 2);
+            for (unsigned i = 0; i < 4; ++i)
+                (*image)(i % 2, i / 2) = alpha[i];
+            return image;
+        };
+        GUI::GetInstancePtr()->SetCursor(QUIB_NEW rendering::Texture(makeImage, {GL_ALPHA8}));
     }
 
     test::XServer server{"640x480x24"};
@@ -212,9 +226,7 @@ TEST_F(GUIInContextTest, WhatADrawingLeavesBehindDoesNotReachTheCursor)
             }
         };
         main->AddComponent(QUIB_NEW Rude);
-        GUI::GetInstancePtr()->SetCursor(QUIB_NEW rendering::Texture(
-            [] { return rendering::ImageFloatPtr(QUIB_NEW rendering::ImageFloat(4, 4, 1)); },
-            {GL_ALPHA8}));
+        SetCursor({1, 1, 1, 1});
         MoveMouse(50, 50);
         Draw();
         EXPECT_EQ("ffffff", Pixel(50, 50));
@@ -226,10 +238,7 @@ TEST_F(GUIInContextTest, TheCursorIsDrawnAroundTheMouseWholeAndUpright)
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
         Script("GUI.opaqueness = 0.5");
-        const util::SharedPtr<rendering::ImageFloat> image = QUIB_NEW rendering::ImageFloat(2, 2);
-        (*image)(0, 0) = 1; // the top left alone
-        GUI::GetInstancePtr()->SetCursor(QUIB_NEW rendering::Texture(
-            [image] { return rendering::ImageFloatPtr(image); }, {GL_ALPHA8}));
+        SetCursor({0, 0, 1, 0}); // the top left alone
         MoveMouse(60, 50);
         Draw();
         EXPECT_EQ("ffffff", Pixel(45, 35)) << "whatever the opaqueness";
