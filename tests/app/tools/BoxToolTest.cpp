@@ -140,5 +140,14 @@ TEST_F(BoxToolTest, TheSelectionStaysWhenABoxIsMade)
     EXPECT_EQ(2u, EntityCount());
     EXPECT_TRUE(TheScene()->IsSelected(circle));
 }
+
+TEST_F(BoxToolTest, DrawsWithTheMouseOnceItsKeyIsTapped)
+{
+    Tap('x');
+    MouseDrag({Vec2(1, 1), Vec2(1.5f, 1.2f), Vec2(2, 3)});
+    ASSERT_TRUE(LastBox());
+    EXPECT_NEAR(1, LastBox()->GetSize().x, 0.011f);
+    EXPECT_NEAR(2, LastBox()->GetSize().y, 0.011f);
+}
 }
 }

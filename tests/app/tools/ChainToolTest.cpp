@@ -562,5 +562,13 @@ TEST_F(ChainToolTest, ARopeGrowsNoLongerThanItsLimitAndIsFreeThere)
     EXPECT_EQ(size_t(ChainTool::MaxLinks), Hinges().size());
     EXPECT_EQ("UndoChain", NextUndo());
 }
+
+TEST_F(ChainToolTest, DrawsWithTheMouseOnceItsKeyIsTapped)
+{
+    Tap('n');
+    MouseDrag({Vec2(0, 0), Vec2(0.5f, 0), Vec2(1, 0), Vec2(2, 0)});
+    EXPECT_EQ(7u, Links().size());
+    EXPECT_EQ("UndoChain", NextUndo());
+}
 }
 }

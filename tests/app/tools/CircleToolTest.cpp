@@ -144,5 +144,14 @@ TEST_F(CircleToolTest, APreviewThatCannotBeMadeIsLogged)
     EXPECT_EQ(0u, EntityCount());
     EXPECT_EQ("", NextUndo());
 }
+
+TEST_F(CircleToolTest, DrawsWithTheMouseOnceItsKeyIsTapped)
+{
+    Tap('c');
+    MouseDrag({Vec2(1, 1), Vec2(1.5f, 1), Vec2(3, 1)});
+    ASSERT_EQ(1u, EntityCount());
+    EXPECT_NEAR(2, CircleOf(TheScene()->GetEntities()[0])->GetRadius(), 0.02f);
+    EXPECT_EQ("UndoCircle", NextUndo());
+}
 }
 }

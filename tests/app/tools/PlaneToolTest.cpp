@@ -148,5 +148,13 @@ TEST_F(PlaneToolTest, ThingsComeToRestOnIt)
     Play(300);
     EXPECT_NEAR(-0.5f, GeomOf(circle).GetCenter().y, 0.05f);
 }
+
+TEST_F(PlaneToolTest, DrawsWithTheMouseOnceItsKeyIsTapped)
+{
+    Tap('p');
+    MouseDrag({Vec2(0, -2), Vec2(0, -1), Vec2(0, 1)});
+    ASSERT_TRUE(LastPlane());
+    EXPECT_NEAR(1, LastPlane()->GetPlane().normal.y, 1e-4f);
+}
 }
 }
