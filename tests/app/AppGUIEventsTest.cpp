@@ -219,9 +219,8 @@ TEST_F(AppGUIEventsTest, ADragOfTheSelectedMovesItOrGrabsItWhileTheWorldRuns)
         bool running;
         const char* tool;
     } cases[] = {
-        {{a}, Vec2(0, 0), false, "move"},
-        {{a, b}, Vec2(0, 0), true, "move"},
-        {{plane}, Vec2(0, -3), true, "move"},
+        {{a}, Vec2(0, 0), false, "move"},      {{a}, Vec2(0, 0), true, "drag"},
+        {{a, b}, Vec2(0, 0), true, "move"},    {{plane}, Vec2(0, -3), true, "move"},
         {{plane}, Vec2(0, -3), false, "move"},
     };
     for (const auto& c : cases)
@@ -296,6 +295,23 @@ TEST_F(AppGUIEventsTest, ADragStaysWithItsToolWhenAKeyLendsAnother)
     Button(false);
     EXPECT_EQ("drag end ", m_recorder->Take());
     test::SendKey('c', false);
+}
+
+TEST_F(AppGUIEventsTest, AGestureWorksWhileAToolKeyIsHeld)
+{
+    AddBox(0, 0);
+    test::SendKey('h', true);
+    const Vec2 pan = TheCamera()->GetPan();
+    MouseDrag({Vec2(3, 0), Vec2(3, 1), Vec2(3, 2)}, input::MouseRight);
+    EXPECT_NE(pan, TheCamera()->GetPan());
+    test::SendKey('h', false);
+    EXPECT_FALSE(TheTools()->HasActive());
+}
+
+TEST_F(AppGUIEventsTest, ADragOfWhatIsNotSelectedIsAStroke)
+{
+    AddBox(0, 0);
+    EXPECT_EQ("sketch", ToolOfDrag(Vec2(0, 0)));
 }
 
 // Failures.

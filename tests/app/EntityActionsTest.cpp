@@ -42,7 +42,6 @@ protected:
         return Add("Scene.addBox { pos = [" + util::ToString(x) + ", " + util::ToString(y) +
                    "]; size = [1.0, 1.0] }");
     }
-    /// An arrow head: its centre is not that of its box.
     static util::SharedPtr<GeomEntity> AddPolygon(const util::String& more = "")
     {
         return Add("Scene.addPolygon { vecs = [[0, 0], [2, 0], [2, 1], [0, 1]]; " + more + " }");
