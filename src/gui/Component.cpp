@@ -33,6 +33,13 @@ std::vector<ComponentPtr>& Walked()
     static auto* s_walked = new std::vector<ComponentPtr>;
     return *s_walked;
 }
+
+void PopWalked()
+{
+    // It may end here, and walk over its own children in that: not inside of the vector.
+    const ComponentPtr last = std::move(Walked().back());
+    Walked().pop_back();
+}
 }
 
 // All walks share one stack, so that none of them allocates once it has its capacity.
@@ -46,21 +53,21 @@ Component::Round::Round(const Component& component)
 Component::Round::~Round()
 {
     while (Walked().size() > m_begin)
-        Walked().pop_back();
+        PopWalked();
 }
 
 Component* Component::Round::Next()
 {
     // The one that was handed out stays on the stack until now, which keeps it alive.
     if (m_isUnderWay)
-        Walked().pop_back();
+        PopWalked();
     while (Walked().size() > m_begin)
     {
         Component* child = Walked().back().get();
         m_isUnderWay = child->GetOwnerComponent() == &m_component;
         if (m_isUnderWay)
             return child;
-        Walked().pop_back();
+        PopWalked();
     }
     m_isUnderWay = false;
     return nullptr;
