@@ -144,8 +144,8 @@ private:
     script::AttribWrapper<bool> m_drawHingesWhenRunning;
     script::AttribWrapper<bool> m_trapUser;   // no menu leads out of the program
     script::AttribWrapper<bool> m_simpleMode; // menus leave out what few need
-    ToolPtr
-        m_dragTool; // the one whose drag is under way, whatever is current meanwhile; may be null
+    // The one whose drag is under way, null for none. Another may be current meanwhile: a key can lend one.
+    ToolPtr m_dragTool;
     gui::ComponentPtr m_popupHolder;
     std::vector<WidgetPtr> m_widgets;
     SnapshotPtr m_beforeSlider;         // while a slider is being moved
@@ -154,7 +154,7 @@ private:
     double m_lastAutosave; // seconds
 };
 
-// What the popups show, of which menus are found by.
+// The kinds of popup that OpenMenu opens.
 extern const char* const EntityMenuID;
 extern const char* const WaterMenuID;
 extern const char* const BackgroundMenuID;

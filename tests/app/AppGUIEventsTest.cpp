@@ -1,6 +1,5 @@
 #include "tools/ToolFixture.h"
 
-#include "app/SceneLoader.h"
 #include "app/tools/BoxTool.h"
 #include "app/tools/BrushTool.h"
 #include "app/tools/CircleTool.h"
