@@ -258,9 +258,13 @@ void ScaleTool::Draw() const
 void ScaleTool::DrawUsedRing(const std::vector<Ring>& rings) const
 {
     const Vec2 factor = GetCurrentScaleFactor(), arm = m_ring.pos - m_center;
-    const Vec2 handle = m_center + Vec2(arm.x * factor.x, arm.y * factor.y);
+    const Vec2 reach(arm.x * factor.x, arm.y * factor.y);
     if (m_center != m_ring.anchor)
-        DrawLineStrip({m_center - (handle - m_center), handle}, GuideColor);
+    {
+        const Vec2 along(m_ring.axes.x ? reach.x : 0, m_ring.axes.y ? reach.y : 0);
+        DrawLineStrip({m_center - along, m_center + along}, GuideColor);
+    }
+    const Vec2 handle = m_center + reach;
     // By its place: what is mirrored has another ring there.
     const auto used = std::min_element(
         rings.begin(), rings.end(),
