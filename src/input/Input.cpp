@@ -246,7 +246,7 @@ int Input::GetModState() const
     return m_mods ? *m_mods : SDL_GetModState();
 }
 
-/// A window that is made anew, or another program that takes the mouse, costs us the release of a button:
+/// A window that loses the mouse for a moment, as when it is hidden, does not get the release of a button:
 /// the gesture must end all the same.
 void Input::ReleaseLostButtons(int x, int y)
 {

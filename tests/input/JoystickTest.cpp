@@ -315,3 +315,27 @@ TEST_F(JoystickTest, AJoystickTextThatNamesNothingIsAWarning)
                   log.Lines());
     }
 }
+
+TEST_F(JoystickTest, OneThatIsUnpluggedWhileItIsUsedIsHarmlessAndKeepsItsText)
+{
+    PlugIn({"Pad", {32767, 0}, 4, 0, 1});
+    const DirInputPtr stick = DirInput::Deserialize("joy 0 axis 0 1");
+    const DirInputPtr hat = DirInput::Deserialize("joy 0 hat 0");
+    ASSERT_TRUE(stick && hat);
+    PluggedIn().clear();
+    for (const bool isLookedFor : {false, true})
+    {
+        if (isLookedFor)
+            input->LookForJoysticks();
+        EXPECT_NEAR(0, stick->GetDir().Length(), 1e-4f);
+        EXPECT_EQ(math::Vec2(0, 0), hat->GetDir());
+        EXPECT_EQ("joy 0 axis 0 1", stick->Serialize());
+        EXPECT_EQ("joy 0 hat 0", hat->Serialize());
+        // What it still had to say.
+        Send(SDL_JOYBUTTONDOWN, 0, 3, 0);
+        Send(SDL_JOYBUTTONUP, 0, 3, 0);
+        SDL_Event event = {};
+        event.type = SDL_JOYAXISMOTION;
+        input->HandleEvent(event);
+    }
+}

@@ -97,6 +97,11 @@ done
 check "the user has the scenes" cmp "$home/scenes/welcome.qib" "$prefix/share/quib/scenes/welcome.qib"
 check "the user has an autoexec.cfg" test -e "$home/autoexec.cfg"
 
+# So does a recording that can't be played: the file was meant from where the caller stands.
+check "a recording is looked for there" is \
+    "$("$prefix/bin/quib" --quit-after-replay --replay "no such" 2>&1 | tail -n 1)" \
+    "quib: $work/no such: it can't be read"
+
 # What the user changed stays; a link to a tree that has moved is renewed.
 echo "// mine" >"$home/autoexec.cfg"
 ln -sfn /gone "$home/data"
@@ -123,7 +128,7 @@ if command -v Xvfb >/dev/null; then
     if wait_for 20 test -s display; then
         # Two arguments are one path with a blank, from where the caller stands.
         cp mine.qib "my own.qib"
-        DISPLAY=:$(cat display) "$prefix/bin/quib" my own.qib >quib.log 2>&1 &
+        DISPLAY=:$(cat display) "$prefix/bin/quib" my --record "my session" own.qib >quib.log 2>&1 &
         quib=$!
         check "the window program comes up" wait_for 60 grep -q "Running program" quib.log
         check "it loads the caller's scene" grep -q "Loading argument $work/my own.qib" quib.log
@@ -133,6 +138,7 @@ if command -v Xvfb >/dev/null; then
         wait "$quib" || status=$?
         quib=""
         check "it ends in order, not with $status" is $status 0
+        check "its recording lies where the caller stands" is "$(tail -n 1 "my session")" quit
         check "it leaves its configuration" test -s "$home/config.cfg"
         check "it leaves its scene" test -s "$home/scenes/_ONEXITSAVE.qib"
         check "it leaves its log" grep -q "Returning 0 from main" "$home/Logfile.txt"

@@ -3,9 +3,9 @@
 #include "os/Clipboard.h"
 
 #include "FreshProcess.h"
-#include "input/Input.h"
 #include "input/InputEvent.h"
 #include "os/Platform.h"
+#include "window/InputWindow.h"
 #include "window/XServer.h"
 
 #include <SDL.h>
@@ -20,7 +20,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 
 namespace
@@ -99,31 +98,14 @@ public:
     }
 };
 
-// A program with a window, as Quib has it.
-class Quib
+class Quib : public test::InputWindow
 {
 public:
     explicit Quib(const std::string& display)
+        : InputWindow(display)
     {
-        setenv("SDL_VIDEODRIVER", "x11", 1);
-        setenv("DISPLAY", display.c_str(), 1);
-        if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE) != 0 ||
-            !SDL_SetVideoMode(100, 80, 0, SDL_SWSURFACE | SDL_RESIZABLE))
-            throw std::runtime_error(SDL_GetError());
-        XSetErrorHandler(nullptr); // Xlib's own, which ends the program at the first error
-        input::Input::GetInstancePtr()->InitializeSDL();
         input::Input::GetInstancePtr()->AddListener(
             util::WeakPtr<input::InputListener>(m_server.get()));
-    }
-
-    void RunUntil(const std::function<bool()>& condition)
-    {
-        EXPECT_TRUE(test::WaitFor(
-            [&]
-            {
-                input::Input::GetInstancePtr()->PumpEvents();
-                return condition();
-            }));
     }
 
 private:
