@@ -429,7 +429,7 @@ void Scene::ClearScene()
 {
     // The scene is made before the tools, and clears itself then.
     if (Tools::Exists())
-        Tools::GetInstancePtr()->GetTool()->Disband();
+        Tools::GetInstancePtr()->Disband();
     m_camera->Reset();
     // The scene is made before what reads files, and clears itself then.
     if (Serializer::Exists())

@@ -113,6 +113,8 @@ void BorderLayout::Organize(Component& component, const std::vector<ComponentPtr
             children[i]->SetOuterPos(pos);
         }
     }
-    component.SetInnerSize(Vec2::Max(component.GetInnerSize(), needed));
+    // A size that is no number would be another one each time.
+    if (IsFinite(needed))
+        component.SetInnerSize(Vec2::Max(component.GetInnerSize(), needed));
 }
 }

@@ -298,8 +298,9 @@ Vec2List AssertMaxDist(const Vec2List& list, float maxDist)
         if (d > maxDist)
         {
             const float pieces = std::ceil(d / maxDist);
-            // A side of strange length must not end in the machine's memory.
-            DATA_ASSERT(pieces <= 1e6f);
+            // Sides of strange lengths must not end in the machine's memory.
+            DATA_ASSERT(pieces <= static_cast<float>(Polygon::MaxPoints) &&
+                        ret.size() + static_cast<size_t>(pieces) <= Polygon::MaxPoints + 1);
             const int n = static_cast<int>(pieces);
             for (int k = 1; k < n; ++k)
                 ret.push_back(math::Lerp(p, q, static_cast<float>(k) / n));

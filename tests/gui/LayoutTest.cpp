@@ -269,6 +269,14 @@ TEST(BorderLayout, WithoutChildrenItKeepsItsSize)
     EXPECT_EQ(Vec2(100, 10), row->GetInnerSize());
 }
 
+TEST(BorderLayout, ASizeThatIsNoNumberEndsInNoHang)
+{
+    const ComponentPtr row = QUIB_NEW Component(QUIB_NEW BorderLayout(0));
+    row->SetInnerSize(100, 5);
+    Add(row, std::numeric_limits<float>::quiet_NaN(), 10);
+    EXPECT_EQ(Vec2(100, 5), row->GetInnerSize());
+}
+
 TEST(BorderLayout, ChildrenThatItMovesTellNobody)
 {
     const ComponentPtr row = QUIB_NEW Component(QUIB_NEW BorderLayout(0));

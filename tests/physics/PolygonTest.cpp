@@ -464,6 +464,13 @@ TEST(AssertMaxDist, RefusesMillionsOfPieces)
 {
     EXPECT_THROW(AssertMaxDist({Vec2(0, 0), Vec2(1e30f, 0), Vec2(0, 0)}, 0.1f), BadDataException);
     EXPECT_THROW(AssertMaxDist({Vec2(0, 0), Vec2(1, 0), Vec2(0, 0)}, 0), BadDataException);
+    // Nor may they come together from many sides.
+    Vec2List ring;
+    for (int i = 0; i < 100; ++i)
+        ring.push_back(Vec2(i % 2 ? 2000 : 0, i));
+    ring.push_back(ring.front());
+    EXPECT_EQ(100000, AssertMaxDist({Vec2(0, 0), Vec2(50000, 0), Vec2(0, 0)}, 1).size());
+    EXPECT_THROW(AssertMaxDist(ring, 1), BadDataException);
 }
 
 TEST(AssertMinDist, DropsPointsThatAreTooNear)

@@ -26,7 +26,7 @@ public:
     virtual void Update(float dt);
     /// In world coordinates, on top of the scene.
     virtual void Draw() const;
-    /// Breaks off what it is doing; a tool that is not in use does nothing.
+    /// Breaks off what it is doing.
     /// @return whether there was anything to break off
     virtual bool Disband();
     /// In the folder of cursors; "" for none of its own.

@@ -22,6 +22,8 @@
 
 #include <SDL_keysym.h>
 
+#include <utility>
+
 namespace app
 {
 namespace
@@ -104,7 +106,12 @@ void Tools::OnKeyEvent(const input::KeyEvent& event)
 void Tools::OnToolKeyPress(const input::KeyEvent& event)
 {
     if (m_heldKey != 0 || event.IsRepeat())
+    {
+        // What took the press has the repeats too.
+        if (event.GetKey() == m_heldKey)
+            event.SetHandled(true);
         return;
+    }
     const input::Input* input = input::Input::GetInstancePtr();
     // With these a letter means a command. The window system's key counts as Ctrl does.
     if (event.IsCtrlDown() || event.IsAltDown() || input->CheckModifier(input::ModMeta))
@@ -122,20 +129,29 @@ void Tools::OnToolKeyPress(const input::KeyEvent& event)
 void Tools::OnToolKeyRelease()
 {
     const double held = util::Timer::GetCurrentTime() - m_pressTime;
-    const ToolPtr tool = m_keyTool;
+    // Before anything that may throw: the next frame would find the key released again.
+    const ToolPtr tool = std::exchange(m_keyTool, nullptr);
+    m_heldKey = 0;
     if (held > gui::GUI::GetInstancePtr()->GetClickTimeTolerance())
         tool->Disband();
     else
         Select(tool);
-    m_keyTool = nullptr;
-    m_heldKey = 0;
+}
+
+void Tools::Disband()
+{
+    const ToolPtr current = GetTool(), active = m_active;
+    current->Disband();
+    // It may be hidden by one that is lent.
+    if (active && active != current)
+        active->Disband();
 }
 
 void Tools::Update(float dt)
 {
     // Somebody else may have taken the release.
     if (m_keyTool && !input::Input::GetInstancePtr()->IsKeyDown(m_heldKey))
-        OnToolKeyRelease();
+        QUIB_PASS_ON(OnToolKeyRelease());
     const ToolPtr tool = GetTool();
     QUIB_PASS_ON(tool->Update(dt));
 }

@@ -50,6 +50,9 @@ public:
     void SetActive(const ToolPtr& tool);
     bool HasActive() const { return bool(m_active); }
 
+    /// Breaks off whatever is under way, as the scene is about to be another.
+    void Disband();
+
     /// Null for a key of no tool.
     ToolPtr ToolFromKey(int key) const;
     /// 0 for a tool without a key.

@@ -1,14 +1,25 @@
 #include "ToolFixture.h"
 
 #include "app/tools/BoxTool.h"
+#include "app/tools/BrushTool.h"
+#include "app/tools/ChainTool.h"
 #include "app/tools/CircleTool.h"
+#include "app/tools/DragTool.h"
+#include "app/tools/FixJointTool.h"
+#include "app/tools/HingeTool.h"
 #include "app/tools/MoveTool.h"
+#include "app/tools/PanTool.h"
+#include "app/tools/PenTool.h"
+#include "app/tools/PlaneTool.h"
+#include "app/tools/RotateTool.h"
+#include "app/tools/ScaleTool.h"
 #include "app/tools/SpringTool.h"
+#include "util/Timer.h"
 
 #include <SDL_keysym.h>
 
-#include <chrono>
-#include <thread>
+#include <stdexcept>
+#include <string>
 
 namespace app
 {
@@ -25,16 +36,49 @@ protected:
         TheTools()->OnKeyEvent(event);
         return event.IsHandled();
     }
-    static void WaitLongerThanAClick()
+    void SetUp() override
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(430));
+        ToolFixture::SetUp();
+        util::Timer::SetSource([](unsigned) { return s_now; });
     }
+    void TearDown() override
+    {
+        util::Timer::SetSource(nullptr);
+        ToolFixture::TearDown();
+    }
+    static void Wait(unsigned milliseconds) { s_now += milliseconds; }
+    static void WaitLongerThanAClick() { Wait(401); }
     template<typename T>
     static bool IsCurrent()
     {
         return TheTools()->GetTool() == ToolPtr(TheTools()->Get<T>());
     }
+
+private:
+    static inline unsigned s_now = 1000000; // milliseconds
 };
+
+// Writes down what happens to it.
+class NotingTool : public Tool
+{
+public:
+    bool Disband() override
+    {
+        ++disbanded;
+        if (throws)
+            throw std::runtime_error("can't");
+        return true;
+    }
+    void Update(float) override
+    {
+        if (throws)
+            throw std::runtime_error("can't");
+    }
+
+    int disbanded = 0;
+    bool throws = false;
+};
+using NotingToolPtr = util::SharedPtr<NotingTool>;
 
 TEST_F(ToolsTest, BeginsWithTheSketchTool)
 {
@@ -44,17 +88,28 @@ TEST_F(ToolsTest, BeginsWithTheSketchTool)
 
 TEST_F(ToolsTest, KnowsTheToolOfEachKey)
 {
-    const util::String keys = "bkdpcxnsfher";
-    for (char key : keys)
+    const Tools& tools = *TheTools();
+    const struct
     {
-        const ToolPtr tool = TheTools()->ToolFromKey(key);
-        ASSERT_TRUE(tool) << key;
-        EXPECT_EQ(key, TheTools()->KeyFromTool(tool));
+        int key;
+        ToolPtr tool;
+    } cases[] = {
+        {'b', tools.Get<BrushTool>()},    {'k', tools.Get<SketchTool>()},
+        {'d', tools.Get<DragTool>()},     {'p', tools.Get<PlaneTool>()},
+        {'c', tools.Get<CircleTool>()},   {'x', tools.Get<BoxTool>()},
+        {'n', tools.Get<ChainTool>()},    {'s', tools.Get<SpringTool>()},
+        {'f', tools.Get<FixJointTool>()}, {'h', tools.Get<HingeTool>()},
+        {'e', tools.Get<PenTool>()},      {'r', tools.Get<ScaleTool>()},
+    };
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(c.tool, tools.ToolFromKey(c.key)) << char(c.key);
+        EXPECT_EQ(c.key, tools.KeyFromTool(c.tool)) << char(c.key);
     }
-    EXPECT_EQ('c', TheTools()->KeyFromTool(TheTools()->Get<CircleTool>()));
-    EXPECT_EQ('x', TheTools()->KeyFromTool(TheTools()->Get<BoxTool>()));
-    EXPECT_EQ(0, TheTools()->KeyFromTool(TheTools()->Get<MoveTool>()));
-    EXPECT_FALSE(TheTools()->ToolFromKey('m'));
+    EXPECT_EQ(0, tools.KeyFromTool(tools.Get<MoveTool>()));
+    EXPECT_EQ(0, tools.KeyFromTool(tools.Get<RotateTool>()));
+    EXPECT_EQ(0, tools.KeyFromTool(tools.Get<PanTool>()));
+    EXPECT_FALSE(tools.ToolFromKey('m'));
 }
 
 TEST_F(ToolsTest, AKeyThatIsTappedChoosesItsTool)
@@ -105,21 +160,108 @@ TEST_F(ToolsTest, ALentToolHidesThatOfTheGesture)
     EXPECT_TRUE(IsCurrent<SketchTool>());
 }
 
+TEST_F(ToolsTest, TheBorderBetweenTappedAndHeldIsThatOfClicks)
+{
+    for (const int tolerance : {400, 200})
+    {
+        Run("GUI.clickTimeTolerance = " + std::to_string(tolerance / 1000.0));
+        Key('c', true);
+        Wait(tolerance + 1);
+        Key('c', false);
+        EXPECT_TRUE(IsCurrent<SketchTool>()) << tolerance;
+        Key('c', true);
+        Wait(tolerance - 1);
+        Key('c', false);
+        EXPECT_TRUE(IsCurrent<CircleTool>()) << tolerance;
+        TheTools()->Select(TheTools()->Get<SketchTool>());
+    }
+    Run("GUI.clickTimeTolerance = 0.4");
+}
+
 TEST_F(ToolsTest, RepeatsOfAHeldKeyChangeNothing)
 {
     Key('c', true);
     WaitLongerThanAClick();
-    EXPECT_FALSE(Key('c', true));
-    EXPECT_FALSE(Key('c', true));
+    // Nor are they for anybody else.
+    EXPECT_TRUE(Key('c', true));
+    EXPECT_TRUE(Key('c', true));
     EXPECT_TRUE(IsCurrent<CircleTool>());
     // It still counts as held since its first press.
     Key('c', false);
     EXPECT_TRUE(IsCurrent<SketchTool>());
 }
 
+TEST_F(ToolsTest, BreaksOffTheToolThatGoes)
+{
+    const NotingToolPtr chosen = QUIB_NEW NotingTool, active = QUIB_NEW NotingTool;
+    TheTools()->Select(chosen);
+    TheTools()->SetActive(active);
+    EXPECT_EQ(1, chosen->disbanded);
+    EXPECT_EQ(0, active->disbanded);
+    TheTools()->SetActive(nullptr);
+    EXPECT_EQ(1, active->disbanded);
+    TheTools()->Select(TheTools()->Get<BoxTool>());
+    EXPECT_EQ(2, chosen->disbanded);
+    // A lent one that comes, and one that goes.
+    TheTools()->Select(chosen);
+    Key('c', true);
+    EXPECT_EQ(3, chosen->disbanded);
+    WaitLongerThanAClick();
+    Key('c', false);
+    EXPECT_EQ(3, chosen->disbanded);
+}
+
+TEST_F(ToolsTest, ANewSceneBreaksOffTheGestureBehindALentTool)
+{
+    const NotingToolPtr active = QUIB_NEW NotingTool;
+    Key('c', true);
+    TheTools()->SetActive(active);
+    TheScene()->ClearScene();
+    EXPECT_EQ(1, active->disbanded);
+    Key('c', false);
+}
+
+TEST_F(ToolsTest, EscapeBreaksOff)
+{
+    NotingTool tool;
+    const input::KeyEvent escape(SDLK_ESCAPE, 0, true, math::Vec2());
+    tool.OnKeyEvent(escape);
+    EXPECT_EQ(1, tool.disbanded);
+    EXPECT_TRUE(escape.IsHandled());
+    tool.OnKeyEvent(escape);
+    EXPECT_EQ(1, tool.disbanded) << "somebody had it already";
+    tool.OnKeyEvent(input::KeyEvent(SDLK_ESCAPE, 0, false, math::Vec2()));
+    EXPECT_EQ(1, tool.disbanded);
+}
+
+TEST_F(ToolsTest, WhatAToolThrowsInItsUpdateIsPassedOnWithALine)
+{
+    const NotingToolPtr tool = QUIB_NEW NotingTool;
+    TheTools()->Select(tool);
+    tool->throws = true;
+    const test::LogCapture log;
+    EXPECT_THROW(TheTools()->Update(0.01f), std::runtime_error);
+    EXPECT_TRUE(log.Has("Exception passed on at ")) << log.Text();
+    tool->throws = false;
+}
+
+TEST_F(ToolsTest, AToolThatThrowsWhenItGoesIsGoneAllTheSame)
+{
+    const NotingToolPtr tool = QUIB_NEW NotingTool;
+    TheTools()->Select(tool);
+    Key('c', true);
+    tool->throws = true;
+    EXPECT_THROW(Key('c', false), std::runtime_error);
+    EXPECT_EQ(ToolPtr(tool), TheTools()->GetTool());
+    tool->throws = false;
+    EXPECT_TRUE(Key('x', true));
+    EXPECT_TRUE(Key('x', false));
+    EXPECT_TRUE(IsCurrent<BoxTool>());
+}
+
 TEST_F(ToolsTest, LettersWithCtrlOrAltChooseNoTool)
 {
-    for (int modifier : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LALT})
+    for (int modifier : {SDLK_LCTRL, SDLK_RCTRL, SDLK_LALT, SDLK_RALT, SDLK_LMETA})
     {
         const test::HeldKeys held({modifier});
         EXPECT_FALSE(Key('c', true)) << modifier;
