@@ -24,6 +24,37 @@ LinesegmentList LinesOf(const Vec2List& ring)
         lines.emplace_back(ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]);
     return lines;
 }
+
+/// Of the ring, by Green's theorem, as in Steger 1996, "On the calculation of moments of polygons".
+/// @param area  becomes its area, negative for a clockwise ring
+Vec2 CentroidOf(const Vec2List& ring, double& area)
+{
+    // The sums run in double: the terms grow with the square of the distance from the origin and
+    // cancel, and in single precision the centroid of a shape of 1 unit, 300 units out, would lie
+    // outside of it.
+    const size_t n = ring.size();
+    double sum = 0, sumX = 0, sumY = 0;
+    for (size_t i = 0; i < n; ++i)
+    {
+        const Vec2 &v0 = ring[i], &v1 = ring[i + 1 < n ? i + 1 : 0];
+        const double x0 = v0.x, y0 = v0.y, x1 = v1.x, y1 = v1.y;
+        const double a = x0 * y1 - y0 * x1;
+        sum += a;
+        sumX += a * (x0 + x1);
+        sumY += a * (y0 + y1);
+    }
+    area = sum / 2;
+    return Vec2(static_cast<float>(sumX / (6 * area)), static_cast<float>(sumY / (6 * area)));
+}
+
+// How far from its origin a ring's coordinates are no better than this.
+float RoundingOf(const Vec2List& ring)
+{
+    float size = 0;
+    for (const Vec2& v : ring)
+        size = std::max({size, std::fabs(v.x), std::fabs(v.y)});
+    return size * std::numeric_limits<float>::epsilon();
+}
 }
 
 Polygon::Polygon(const Vec2List& points)
@@ -85,44 +116,30 @@ Polygon::Polygon(const Vec2List& points)
     SetWorldPose(math::Mat2D::Translation(center));
 }
 
-/// Area, centroid and moment of inertia of the ring by Green's theorem, as in Steger 1996, "On the
-/// calculation of moments of polygons". Orients the ring counter-clockwise, and moves the origin to the
-/// centroid, which it returns.
+/// Area, centroid and moment of inertia of the ring, by the sums of Steger 1996 again. Orients the ring
+/// counter-clockwise, and moves the origin to the centroid, which it returns.
 Vec2 Polygon::CalcAttribs()
 {
-    // The sums run in double: the terms grow with the square of the distance from the origin and
-    // cancel, and in single precision the centroid of a shape of 1 unit, 300 units out, would lie
-    // outside of it.
     const size_t n = m_vertices.size();
-    double sum = 0, sumX = 0, sumY = 0;
-    for (size_t i = 0; i < n; ++i)
-    {
-        const Vec2 &v0 = m_vertices[i], &v1 = m_vertices[i + 1 < n ? i + 1 : 0];
-        const double x0 = v0.x, y0 = v0.y, x1 = v1.x, y1 = v1.y;
-        const double a = x0 * y1 - y0 * x1;
-        sum += a;
-        sumX += a * (x0 + x1);
-        sumY += a * (y0 + y1);
-    }
-    const double area = sum / 2;
-    Vec2 center(static_cast<float>(sumX / (6 * area)), static_cast<float>(sumY / (6 * area)));
-    m_area = static_cast<float>(area);
-    if (m_area < 0)
-    {
-        m_area = -m_area;
-        std::reverse(m_vertices.begin(), m_vertices.end());
-    }
-    // A ring around its centroid, but for the rounding of its coordinates, stays as it is. Otherwise a
-    // polygon that is saved and loaded again and again would creep from bit to bit.
-    float size = 0;
-    for (const Vec2& v : m_vertices)
-        size = std::max({size, std::fabs(v.x), std::fabs(v.y)});
-    if (std::max(std::fabs(center.x), std::fabs(center.y)) <=
-        size * std::numeric_limits<float>::epsilon())
-        center = Vec2();
     const LinesegmentList givenLines = LinesOf(m_vertices);
-    for (Vec2& v : m_vertices)
-        v -= center;
+    double area = 0;
+    Vec2 rest = CentroidOf(m_vertices, area), center;
+    if (area < 0)
+        std::reverse(m_vertices.begin(), m_vertices.end());
+    // A ring around its centroid, but for the rounding of its coordinates, stays as it is. Otherwise a
+    // polygon that is saved and loaded again and again would creep from bit to bit. One that was drawn far
+    // out has a coarser centroid than its own coordinates deserve: a second look finds what is left of it.
+    for (int look = 0; look < 5; ++look)
+    {
+        if (std::max(std::fabs(rest.x), std::fabs(rest.y)) <= RoundingOf(m_vertices))
+            break;
+        for (Vec2& v : m_vertices)
+            v -= rest;
+        center += rest;
+        rest = CentroidOf(m_vertices, area);
+    }
+    // Of the ring as it is now: one that is loaded weighs the same to the bit.
+    m_area = static_cast<float>(std::fabs(area));
 
     double inertia = 0;
     for (size_t i = 0; i < n; ++i)

@@ -87,6 +87,32 @@ TEST_F(PolygonTest, StandsWhereThePointsWereGiven)
     ExpectNear(Vec2(0, 0), q->GetCenter());
 }
 
+TEST_F(PolygonTest, WhatIsMadeOfItsVerticesIsTheSameToTheBitWhereverItWasDrawn)
+{
+    test::Dice dice(7);
+    for (int i = 0; i < 2000; ++i)
+    {
+        // A hand's stroke, in pixels, in either direction.
+        const float distance = i % 2 ? 3.0f : 300.0f, radius = dice.Uniform(0.2f, 2);
+        const Vec2 middle(dice.Uniform(-distance, distance), dice.Uniform(-distance, distance));
+        const int count = dice.Int(3, 60);
+        Vec2List points;
+        for (int k = 0; k < count; ++k)
+        {
+            const float angle = 6.2831853f * static_cast<float>(k) / static_cast<float>(count);
+            const float r = radius * dice.Uniform(0.8f, 1);
+            points.push_back(middle + r * Vec2(std::cos(angle), std::sin(angle)));
+        }
+        if (i % 3 == 0)
+            std::reverse(points.begin(), points.end());
+        const PolygonPtr drawn = Make(points), loaded = Make(drawn->GetVertices());
+        ASSERT_EQ(drawn->GetVertices(), loaded->GetVertices()) << i;
+        ASSERT_EQ(drawn->Area(), loaded->Area()) << i;
+        ASSERT_EQ(drawn->InertiaSansMass(), loaded->InertiaSansMass()) << i;
+        ASSERT_EQ(Vec2(), loaded->GetCenter()) << i;
+    }
+}
+
 TEST_F(PolygonTest, KeepsItsShapeFarFromTheOrigin)
 {
     Vec2List points;
