@@ -2,6 +2,7 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -57,8 +58,10 @@ XServer::XServer(const std::string& screen)
         // A number of our own: a server that ends takes the socket of one along that has just chosen
         // the same.
         const std::string display = ":" + std::to_string(1000 + getpid() % 50000);
+        // Without "-accessx", Shift held for eight seconds makes the server wait with each key that is
+        // pressed until it has been down for a while.
         execlp("Xvfb", "Xvfb", display.c_str(), "-displayfd", end.c_str(), "-screen", "0",
-               screen.c_str(), "-nolisten", "tcp", static_cast<char*>(nullptr));
+               screen.c_str(), "-nolisten", "tcp", "-accessx", static_cast<char*>(nullptr));
         _exit(127);
     }
     close(ends[1]);
@@ -102,6 +105,8 @@ WindowInfo XServer::FindWindow()
         {
             found.id = children[i];
             found.title = name;
+            found.x = attributes.x;
+            found.y = attributes.y;
             found.width = attributes.width;
             found.height = attributes.height;
         }
@@ -138,7 +143,47 @@ bool XServer::WaitForSize(int width, int height)
 
 void XServer::MovePointer(int x, int y)
 {
-    XWarpPointer(X(m_connection), None, DefaultRootWindow(X(m_connection)), 0, 0, 0, 0, x, y);
+    XTestFakeMotionEvent(X(m_connection), -1, x, y, CurrentTime);
+    XSync(X(m_connection), False);
+}
+
+void XServer::Button(unsigned button, bool down)
+{
+    XTestFakeButtonEvent(X(m_connection), button, down, CurrentTime);
+    XSync(X(m_connection), False);
+}
+
+void XServer::Key(const std::string& name, bool down)
+{
+    const KeySym symbol = XStringToKeysym(name.c_str());
+    const KeyCode code = symbol == NoSymbol ? 0 : XKeysymToKeycode(X(m_connection), symbol);
+    if (code == 0)
+        throw std::runtime_error("the keyboard has no key " + name);
+    XTestFakeKeyEvent(X(m_connection), code, down, CurrentTime);
+    XSync(X(m_connection), False);
+}
+
+void XServer::Focus(unsigned long window)
+{
+    XSetInputFocus(X(m_connection), window ? window : static_cast<unsigned long>(PointerRoot),
+                   RevertToPointerRoot, CurrentTime);
+    XSync(X(m_connection), False);
+}
+
+unsigned long XServer::OpenOtherWindow()
+{
+    ::Display* x = X(m_connection);
+    const int screen = DefaultScreen(x);
+    const Window window = XCreateSimpleWindow(x, DefaultRootWindow(x), DisplayWidth(x, screen) - 20,
+                                              DisplayHeight(x, screen) - 20, 20, 20, 0, 0, 0);
+    XMapWindow(x, window);
+    XSync(x, False);
+    return window;
+}
+
+void XServer::CloseOtherWindow(unsigned long window)
+{
+    XDestroyWindow(X(m_connection), window);
     XSync(X(m_connection), False);
 }
 

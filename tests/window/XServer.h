@@ -16,6 +16,7 @@ struct WindowInfo
 {
     unsigned long id = 0; // 0: there is no such window
     std::string title;
+    int x = 0, y = 0; // over the screen
     int width = 0, height = 0;
 };
 
@@ -38,9 +39,22 @@ public:
     bool WaitForSize(int width, int height);
 
     void Resize(unsigned long window, int width, int height);
+    // The server's own mouse and keyboard. What they do has gone to the program when these return.
+
     /// Where it is over the screen.
     void MovePointer(int x, int y);
-    /// Presses and releases a button of the mouse where the pointer is: 4 and 5 are the wheel.
+    /// Buttons 1 to 3 are left, middle, right; 4 and 5 are the wheel, up and down.
+    void Button(unsigned button, bool down);
+    /// @param name  as X has it: "a", "F1", "Control_L", "space"
+    /// @throws std::runtime_error  when no key has that name
+    void Key(const std::string& name, bool down);
+    /// Who gets the keys. 0: who the pointer is over, as at the start.
+    void Focus(unsigned long window);
+    /// A small window of our own that somebody else could have opened, at the screen's lower right.
+    unsigned long OpenOtherWindow();
+    void CloseOtherWindow(unsigned long window);
+
+    /// Tells the window of a press and release of a button where the pointer is: 4 and 5 are the wheel.
     void PressButton(unsigned long window, unsigned button);
     /// What a window manager sends when its close box is pressed.
     void AskToClose(unsigned long window);
