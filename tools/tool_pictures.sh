@@ -58,8 +58,9 @@ shot()
     scale_idle() { pick; tap r; move -1.2 -1; }
     scale_hover() { pick; tap r; move -0.5 -0.5; }
     scale_tool() { pick; tap r; press 1 $(straight -0.5 -0.5 0.6 0.8); }
-    drag_tool() { tap space; tap d; press 1 $(straight -1.5 -0.7 -1.8 1.4); sleep 1; }
-    drag_turn() { drag_tool; xdotool mousedown 3; move -1.0 0.9; sleep 0.5; }
+    # Against the ground, so that there is something to hold it back.
+    drag_tool() { tap space; tap d; press 1 $(straight -1.2 -0.8 -1.6 -2.6); sleep 0.3; }
+    drag_turn() { tap space; tap d; press 1 $(straight -1.5 -0.7 -1.8 1.4); sleep 1; xdotool mousedown 3; move -1.0 0.9; sleep 0.5; }
     pan_tool() { press 3 $(straight 2.5 2 1.5 1.2); }
     menu() { click -1.2 -1 3; }
 

@@ -232,22 +232,31 @@ TEST_F(SketchGestureTest, EscapeDropsAStrokeAndTheOneBeforeIt)
 
 TEST_F(SketchGestureTest, InkReachesTheMouseInTheFrameThatSeesItMove)
 {
-    hand->MoveTo({-1, 0.5});
-    hand->Press();
-    for (const Point& tip : {Point{1, 0.5}, Point{1, -1}, Point{-1.5, -1}})
+    // With Shift all that is drawn is the way from the stroke's end to the mouse.
+    for (const bool shift : {false, true})
     {
-        hand->MoveTo(tip);
-        hand->Sync(); // seen
-        hand->Sync(); // and the frame that saw it is drawn
-        pixels = hand->Look();
-        EXPECT_TRUE(IsAnyNear(0.5 * tip + 0.5 * Point{-1, 0.5}, 300, IsInk));
-        // The cursor covers the tip itself.
-        const Point back = {tip.x > 0 && tip.y > 0 ? -0.3 : 0, tip.x > 0 && tip.y < 0 ? 0.3 : 0};
-        const Point before = tip.x < 0 ? tip + Point{0.3, 0} : tip + back;
-        EXPECT_TRUE(IsAnyNear(before, 3, IsInk)) << tip.x << ", " << tip.y;
+        SCOPED_TRACE(shift);
+        Point from = {-1, 0.5};
+        hand->MoveTo(from);
+        hand->Press();
+        if (shift)
+            hand->Hold("Shift_L");
+        for (const Point& tip : {Point{1, 0.5}, Point{1, -1}, Point{-1.5, -1}})
+        {
+            hand->MoveTo(tip);
+            hand->Sync(); // seen
+            hand->Sync(); // and the frame that saw it is drawn
+            pixels = hand->Look();
+            // The cursor covers the tip itself.
+            const Point before = tip + 0.3 / test::Distance(from, tip) * (from + -1.0 * tip);
+            EXPECT_TRUE(IsAnyNear(before, 3, IsInk)) << tip.x << ", " << tip.y;
+            if (!shift)
+                from = tip;
+        }
+        hand->Tap("Escape");
+        hand->Release();
+        hand->LetGoOfAll();
     }
-    hand->Tap("Escape");
-    hand->Release();
 }
 
 TEST_F(SketchGestureTest, AStrokeMayBeginOnABodyThatIsNotSelected)

@@ -27,7 +27,7 @@ trap clean_up EXIT
 fail()
 {
     echo "FAILED: $1" >&2
-    kill -0 "$xvfb_pid" 2>/dev/null || { echo "The X server on $DISPLAY has ended:" >&2; tail -n 3 "$work/xvfb" >&2; }
+    kill -0 "$xvfb_pid" 2>/dev/null || { echo "The X server on ${DISPLAY:-} has ended:" >&2; tail -n 3 "$work/xvfb" >&2; }
     [ ! -s "$work/err" ] || { echo "The last that Quib said:" >&2; grep -v handSync "$work/err" | tail -n 15 >&2; }
     exit 1
 }
@@ -47,6 +47,10 @@ has_line() { [ "$(wc -l <"$1")" -gt 0 ]; } # FILE
 
 begin() # WIDTH HEIGHT
 {
+    local program
+    for program in Xvfb xdotool; do
+        command -v "$program" >/dev/null || { echo "$program is missing: tools/install_packages test" >&2; exit 1; }
+    done
     width=$1 height=$2
     # A number of our own: a server that ends takes the socket of one along that has just chosen the same.
     # It must not begin anew when a Quib has ended, while the next one looks for it.
@@ -82,12 +86,14 @@ start() # [ARGUMENTS]
     sync
 }
 
-# Ends it as the window's close box does, and takes the exit code.
+# Ends it as the window's close box does. It must have had nothing to complain about.
 stop()
 {
     kill -TERM "$quib_pid"
     wait "$quib_pid" || fail "Quib ended with $?"
     quib_pid=""
+    ! grep -h "Exception caught\|Tool failed\|runtime error\|Sanitizer" "$work/err" "$work/out" >&2 ||
+        fail "Quib has complained"
 }
 
 is_running() { kill -0 "$quib_pid" 2>/dev/null; }
