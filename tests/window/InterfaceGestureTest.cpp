@@ -202,6 +202,18 @@ TEST_F(InterfaceGestureTest, CtrlGMakesAGroupThatIsSelectedAsOneAndCtrlUTakesItA
     EXPECT_EQ("2", Selected());
 }
 
+TEST_F(InterfaceGestureTest, WithAltAClickPicksOneOutOfItsGroup)
+{
+    Lay(TwoBoxes);
+    hand->Tap("Control_L", "a");
+    hand->Tap("Control_L", "g");
+    hand->Click({0, 2});
+    hand->Hold("Alt_L");
+    hand->Click({1, 0});
+    hand->LetGo("Alt_L");
+    EXPECT_EQ("2", Selected());
+}
+
 TEST_F(InterfaceGestureTest, AKeyThatIsNoShortcutWithCtrlDoesNothing)
 {
     Lay(TwoBoxes);

@@ -33,6 +33,7 @@ protected:
     {
         return entity.Has("size") ? entity.Vec("size") : Point{1, 1};
     }
+    static bool IsDarkRed(const Color& c) { return c.r > 100 && c.g < 40 && c.b < 40; }
     /// A turn about the middle, this far out.
     static std::vector<Point> Arc(double fromDegrees, double toDegrees)
     {
@@ -206,8 +207,7 @@ TEST_F(ManipulationGestureTest, AScaleIsSeenBeforeItIsDoneAndDoneAtTheRelease)
     hand->Click({0, 0});
     hand->Tap("r");
     hand->PressAlong(Straight({0.5, 0.5}, {1.3, 1.3}));
-    const auto isRed = [](const Color& c) { return c.r > 100 && c.g < 40 && c.b < 40; };
-    EXPECT_TRUE(WaitForPicture([&] { return IsAnyNear({1, 0.8}, 2, isRed); }));
+    EXPECT_TRUE(WaitForPicture([&] { return IsAnyNear({1, 0.8}, 2, IsDarkRed); }));
     EXPECT_AT((Point{1, 1}), SizeOf(hand->Save().One("Box")));
     hand->Release();
     EXPECT_AT((Point{1.8, 1.8}), SizeOf(hand->Save().One("Box")));
@@ -241,14 +241,13 @@ TEST_F(ManipulationGestureTest, ABodyIsPulledByTheDragTool)
     hand->Tap("d");
     hand->Do(Play);
     hand->PressAlong(Straight({0, -0.4}, {0, 1}));
-    const auto isRed = [](const Color& c) { return c.r > 100 && c.g < 40 && c.b < 40; };
     EXPECT_TRUE(WaitForPicture(
         [&] {
-            return IsAnyNear({0.15, 0.8}, 1, isRed);
+            return IsAnyNear({0.15, 0.8}, 1, IsDarkRed);
         }))
         << "it comes along";
     hand->Release();
-    EXPECT_TRUE(WaitForPicture([&] { return isRed(At({0.15, -0.7})); })) << "and falls back";
+    EXPECT_TRUE(WaitForPicture([&] { return IsDarkRed(At({0.15, -0.7})); })) << "and falls back";
 }
 
 TEST_F(ManipulationGestureTest, DraggingTheOneSelectedBodyOfARunningWorldGrabsIt)
@@ -258,10 +257,9 @@ TEST_F(ManipulationGestureTest, DraggingTheOneSelectedBodyOfARunningWorldGrabsIt
     hand->Do(Play);
     hand->PressAlong(Straight({0, -0.4}, {0, 1}));
     // Moved it would hang there, suspended and unturned; the grip turns it as it swings.
-    const auto isRed = [](const Color& c) { return c.r > 100 && c.g < 40 && c.b < 40; };
-    EXPECT_TRUE(WaitForPicture([&] { return IsAnyNear({0.15, 0.8}, 1, isRed); }));
+    EXPECT_TRUE(WaitForPicture([&] { return IsAnyNear({0.15, 0.8}, 1, IsDarkRed); }));
     hand->Release();
-    EXPECT_TRUE(WaitForPicture([&] { return isRed(At({0.15, -0.7})); }));
+    EXPECT_TRUE(WaitForPicture([&] { return IsDarkRed(At({0.15, -0.7})); }));
     // No undo of it: the one before it is the scene's.
     hand->Tap("space");
     EXPECT_EQ("Plane Box", Kinds(hand->Save()));
@@ -279,4 +277,46 @@ TEST_F(ManipulationGestureTest, CtrlDragInARunningWorldStopsItAndClones)
     const SavedScene scene = hand->Save();
     ASSERT_EQ("Plane Box Box", Kinds(scene));
     EXPECT_NEAR(0.9, PosOf(scene.All("Box")[1]).y, 0.1) << "it does not fall";
+}
+
+TEST_F(ManipulationGestureTest, TheRightButtonTurnsWhatTheDragToolHolds)
+{
+    Lay(Ground);
+    hand->Tap("d");
+    hand->Do(Play);
+    hand->PressAlong(Straight({0, -0.4}, {0, 0.8}));
+    ASSERT_TRUE(WaitForPicture([&] { return IsAnyNear({0.1, 0.7}, 1, IsDarkRed); }));
+    hand->Press(test::Hand::Right);
+    hand->MoveTo({-1.5, 1.2}); // the grip stays where it is, and the body turns
+    const auto isTurned = [&]
+    {
+        hand->Sync();
+        const double angle = AngleOf(hand->Save().One("Box"));
+        return std::abs(angle) > 20;
+    };
+    EXPECT_TRUE(test::WaitFor(isTurned));
+    hand->Release(test::Hand::Right);
+    hand->Release();
+}
+
+TEST_F(ManipulationGestureTest, ATurnSelectsWhatItBeginsOn)
+{
+    Lay(TwoBoxes);
+    hand->Click({-1, 0});
+    hand->Drag({{1.4, 0}, {1.38, 0.1}, {1.3, 0.3}, {1.1, 0.4}}, test::Hand::Right);
+    const SavedScene scene = hand->Save();
+    EXPECT_EQ("2", scene.Group("selected"));
+    EXPECT_NEAR(0, AngleOf(scene.All("Box")[0]), 0.001);
+    EXPECT_GT(AngleOf(scene.All("Box")[1]), 30);
+}
+
+TEST_F(ManipulationGestureTest, ADragOffBodiesIsABrushStrokeForToolsThatOnlyClick)
+{
+    hand->Tap("h");
+    std::vector<Point> circle = Round({0, 0}, 0.8, 40);
+    circle.push_back(circle.front());
+    hand->Drag(circle);
+    EXPECT_EQ("Polygon", Kinds(hand->Save()));
+    hand->Drag(Straight({0, 0}, {0.5, 0.25}));
+    EXPECT_AT((Point{0.5, 0.25}), PosOf(hand->Save().One("Polygon"))); // and on one a move
 }

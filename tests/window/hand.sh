@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2154  # who sources it sets quib
 # To be sourced by bash: a user's hand, by xdotool, at a Quib in an X server of its own.
 #
 #   quib=build/quib; source tests/window/hand.sh
