@@ -18,8 +18,10 @@ void CircleTool::UpdatePreview(const math::Vec2& end)
     if (GetPreview() && radius == m_radius)
         return;
     // Back at its centre nothing is left of the circle.
-    SetPreview(radius > 0 ? QUIB_NEW CircleEntity(QUIB_NEW physics::Circle(GetStart(), radius))
-                          : util::SharedPtr<CircleEntity>());
+    util::SharedPtr<CircleEntity> preview;
+    if (radius > 0)
+        preview = QUIB_NEW CircleEntity(QUIB_NEW physics::Circle(GetStart(), radius));
+    SetPreview(preview);
     m_radius = radius;
 }
 }

@@ -2,13 +2,10 @@
 
 #include "app/App.h"
 #include "app/entities/Entity.h"
-#include "logging/Log.h"
 #include "rendering/Pushers.h"
 #include "util/Failures.h"
 
 #include <GL/gl.h>
-
-#include <exception>
 
 namespace app
 {
@@ -37,14 +34,9 @@ void PreviewTool::Stretch(const math::Vec2& end)
     {
         UpdatePreview(end);
     }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION);
-        Log(logging::LogInfo, util::String("Error: ") + e.what() + "\n");
-    }
     catch (...)
     {
-        Log(logging::LogInfo, "Fail\n");
+        LogCaught(QUIB_LOCATION);
     }
 }
 
