@@ -77,6 +77,31 @@ void SelfIntersectionPlain(benchmark::State& state)
 }
 BENCHMARK(SelfIntersectionPlain)->Arg(100)->Arg(10000)->Unit(benchmark::kMicrosecond);
 
+// What a stroke of that many points costs at the end of the drag: a wave without a crossing, or a scribble
+// all over the screen.
+void MarkCrossings(benchmark::State& state)
+{
+    const int n = static_cast<int>(state.range(0));
+    const bool isScribble = state.range(1) != 0;
+    physics::LinesegmentList lines = MakeLines(n);
+    if (isScribble)
+        for (int i = 0; i < n; ++i)
+            lines[i].p1 = lines[(i + 1) % n].p0 =
+                Vec2(10 * std::fmod(0.618034f * i, 1.0f), 10 * std::fmod(0.414214f * i, 1.0f));
+    std::vector<bool> marks;
+    for (auto _ : state)
+        marks = physics::FindIntersecting(lines);
+    if (marks[n / 2] != isScribble)
+        state.SkipWithError("wrong marks");
+}
+BENCHMARK(MarkCrossings)
+    ->Args({100, 0})
+    ->Args({5000, 0})
+    ->Args({5000, 1})
+    ->Args({20000, 0})
+    ->Args({20000, 1})
+    ->Unit(benchmark::kMicrosecond);
+
 void FarthestPair(benchmark::State& state)
 {
     const math::Vec2List points = MakeOutline(static_cast<int>(state.range(0)));

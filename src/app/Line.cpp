@@ -1,5 +1,6 @@
 #include "app/Line.h"
 
+#include "rendering/Pushers.h"
 #include "rendering/Renderer.h"
 #include "util/ScopeProfiler.h"
 
@@ -77,6 +78,8 @@ void Line::Draw() const
     util::ScopeProfiler profile("Line::Draw");
     if (m_points.size() < 2)
         return;
+    const rendering::AttribPusher attribs(GL_ENABLE_BIT);
+    glEnable(GL_LINE_SMOOTH);
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     glBegin(GL_LINE_STRIP);
     for (const Vec2& point : m_points)

@@ -147,6 +147,16 @@ bool AnyIntersectPlainly(const LinesegmentList& lines)
                 return true;
     return false;
 }
+
+std::vector<bool> FindIntersectingPlainly(const LinesegmentList& lines)
+{
+    std::vector<bool> marks(lines.size());
+    for (size_t i = 0; i < lines.size(); ++i)
+        for (size_t j = i + 1; j < lines.size(); ++j)
+            if (Intersects(lines[i], lines[j], nullptr))
+                marks[i] = marks[j] = true;
+    return marks;
+}
 }
 
 TEST(Linesegment, AnyIntersectFindsASinglePairAnywhere)
@@ -164,7 +174,7 @@ TEST(Linesegment, AnyIntersectFindsASinglePairAnywhere)
             }
 }
 
-TEST(Linesegment, AnyIntersectAgreesWithTheTestOfAllPairs)
+TEST(Linesegment, TheSearchesForCrossingsAgreeWithTheTestOfAllPairs)
 {
     test::Dice dice;
     const float strange[] = {0, 1, -1, 1e-20f, 1e-8f, 1e10f, 1e30f, -1e38f, inf, -inf, nan};
@@ -200,6 +210,7 @@ TEST(Linesegment, AnyIntersectAgreesWithTheTestOfAllPairs)
         const bool expected = AnyIntersectPlainly(lines);
         crossings += expected;
         ASSERT_EQ(expected, AnyIntersect(lines)) << "round " << round;
+        ASSERT_EQ(FindIntersectingPlainly(lines), FindIntersecting(lines)) << "round " << round;
     }
     EXPECT_GT(crossings, 5000);
     EXPECT_LT(crossings, 15000);

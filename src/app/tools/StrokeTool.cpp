@@ -14,6 +14,7 @@
 
 #include <SDL_keysym.h>
 
+#include <algorithm>
 #include <exception>
 
 using math::Vec2;
@@ -27,6 +28,9 @@ const float LineTolerance = 0.15f;
 
 // How much of a stroke its loop must be.
 const float MinLoopPart = 0.5f;
+
+// The sides of a polygon are split into so many parts at most.
+const float MaxAddedPoints = 10000;
 
 void RemovePlanes(Group& entities)
 {
@@ -138,7 +142,10 @@ util::SharedPtr<physics::Polygon> StrokeTool::IsPolygon() const
     {
         math::Vec2List ring = loop.GetPoints();
         ring.push_back(ring.front());
-        ring = physics::AssertMaxDist(ring, App::GetInstancePtr()->GetMaximumPointDist());
+        // Who zooms in during the stroke may ask for a million points, and would wait for minutes.
+        const float spacing =
+            std::max(App::GetInstancePtr()->GetMaximumPointDist(), loop.Length() / MaxAddedPoints);
+        ring = physics::AssertMaxDist(ring, spacing);
         if (ring.size() < 3)
             return nullptr;
         return QUIB_NEW physics::Polygon(ring);

@@ -919,6 +919,19 @@ TEST_F(SketchToolTest, GoesOnWhileTheUserZooms)
     EXPECT_NEAR(16, Newest<PolyEntity>()->GetGeom()->Area(), 0.01f);
 }
 
+TEST_F(SketchToolTest, MakesNoGiantsOfWhoZoomsFarInDuringAStroke)
+{
+    TheCamera()->SetZoom(1.5f);
+    DrawWithoutEnd(Square(Vec2(0, 0), 200));
+    TheCamera()->SetZoom(3000);
+    const double start = Seconds();
+    End(Sketch(), Vec2(-200, -200), Vec2(-200, -200));
+    EXPECT_LT(Seconds() - start, 1);
+    const auto polygon = Newest<PolyEntity>();
+    ASSERT_TRUE(polygon);
+    EXPECT_LT(static_cast<physics::Polygon&>(*polygon->GetGeom()).GetVertices().size(), 20000u);
+}
+
 TEST_F(SketchToolTest, SurvivesAnUndoDuringAStroke)
 {
     const util::String empty = Save();
