@@ -39,6 +39,12 @@ namespace app
 {
 namespace
 {
+/// What is built with a setting must have a size. The attribute keeps what was written.
+float Positive(float value, float otherwise)
+{
+    return value > 0 && IsFinite(value) ? value : otherwise;
+}
+
 /// GL takes anything else for an error, and no setting may end the program. The attribute keeps what
 /// was written.
 float HoldAboveZero(float pixels)
@@ -185,7 +191,12 @@ float App::GetPixelSize() const
 
 float App::GetScreenCM() const
 {
-    return GetPixelSize() * m_DPI / 2.54f;
+    return GetPixelSize() * Positive(m_DPI, 86) / 2.54f;
+}
+
+float App::GetChainDensityFactor() const
+{
+    return Positive(m_chainDensityFactor, 20);
 }
 
 float App::GetDefaultJointSize() const

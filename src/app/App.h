@@ -65,7 +65,7 @@ public:
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
     int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
     /// How many times as dense as other bodies chains are.
-    float GetChainDensityFactor() const { return m_chainDensityFactor; }
+    float GetChainDensityFactor() const;
     /// How much can be undone, and redone.
     unsigned long GetMaxUndo() const;
     void AddOnMaxUndoChange(const util::CallbackPtr& callback);

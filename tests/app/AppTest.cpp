@@ -223,6 +223,21 @@ TEST_F(AppTest, MeasuresInScreenCentimetres)
     Run("GUI.scale = 1.0");
 }
 
+TEST_F(AppTest, BuildsWithNoSizeThatIsNone)
+{
+    TheCamera()->SetZoom(100);
+    for (const char* bad : {"0.0", "-86.0", "0.0 / 0.0", "1.0 / 0.0"})
+    {
+        Run(util::String("App.DPI = ") + bad + "; App.chainDensityFactor = " + bad);
+        EXPECT_FLOAT_EQ(0.01f * 86 / 2.54f, TheApp()->GetScreenCM()) << bad;
+        EXPECT_EQ(20, TheApp()->GetChainDensityFactor()) << bad;
+    }
+    Run("App.DPI = 172.0; App.chainDensityFactor = 2.0");
+    EXPECT_FLOAT_EQ(0.01f * 172 / 2.54f, TheApp()->GetScreenCM());
+    EXPECT_EQ(2, TheApp()->GetChainDensityFactor());
+    Run("App.DPI = 86.0; App.chainDensityFactor = 20.0");
+}
+
 TEST_F(AppTest, ColorsBordersBySelectionAndMouse)
 {
     const auto box = Add("Scene.addBox { color = [0.2, 0.4, 0.6, 0.5] }");

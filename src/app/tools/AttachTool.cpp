@@ -30,7 +30,10 @@ void AttachTool::OnClick(const input::ClickEvent& event)
     const double now = util::Timer::GetCurrentTime();
     if (IsSecondOfTwo(event.GetPosition(), now))
         return;
-    AddEntityUndoable(Make(pos, App::GetInstancePtr()->GetDefaultJointSize()), m_undoName);
+    const EntityPtr entity = Make(pos, App::GetInstancePtr()->GetDefaultJointSize());
+    if (!entity)
+        return;
+    AddEntityUndoable(entity, m_undoName);
     m_lastTime = now;
     m_lastPos = event.GetPosition();
 }

@@ -17,8 +17,21 @@ protected:
     /// @param undoName  see Undoer::AddUndo
     explicit AttachTool(const char* undoName);
 
+    /// What Make asks for, of a kind with two ends.
+    template<typename Joint>
+    static EntityPtr MakeJoint(const math::Vec2& pos, float size)
+    {
+        const util::SharedPtr<Joint> joint = QUIB_NEW Joint(size);
+        const math::Vec2 ends[2] = {pos, pos};
+        joint->AttachAt(ends);
+        if (!joint->GetGeom(0))
+            return nullptr;
+        return joint;
+    }
+
 private:
-    /// Fastened there, and not in the scene yet.
+    /// Fastened there, and not in the scene yet. Null when there is nothing that it could be fastened to:
+    /// joints reach beyond their bodies.
     /// @param pos   in the world
     /// @param size  world units
     virtual EntityPtr Make(const math::Vec2& pos, float size) const = 0;

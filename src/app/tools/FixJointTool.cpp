@@ -13,9 +13,6 @@ FixJointTool::~FixJointTool() = default;
 
 EntityPtr FixJointTool::Make(const math::Vec2& pos, float size) const
 {
-    const util::SharedPtr<FixJointEntity> joint = QUIB_NEW FixJointEntity(size);
-    const math::Vec2 ends[2] = {pos, pos};
-    joint->AttachAt(ends);
-    return joint;
+    return MakeJoint<FixJointEntity>(pos, size);
 }
 }

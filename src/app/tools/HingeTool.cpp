@@ -13,9 +13,6 @@ HingeTool::~HingeTool() = default;
 
 EntityPtr HingeTool::Make(const math::Vec2& pos, float size) const
 {
-    const util::SharedPtr<HingeEntity> joint = QUIB_NEW HingeEntity(size);
-    const math::Vec2 ends[2] = {pos, pos};
-    joint->AttachAt(ends);
-    return joint;
+    return MakeJoint<HingeEntity>(pos, size);
 }
 }

@@ -43,10 +43,15 @@ GroupPtr LivingOf(const GroupPtr& group)
 {
     if (!group)
         return nullptr;
-    const GroupPtr living = QUIB_NEW Group(group->GetName());
-    for (const EntityPtr& entity : group->GetEntities())
-        if (!IsDead(entity))
-            living->Add(entity);
+    GroupPtr living = group;
+    const EntitySet& entities = group->GetEntities();
+    if (std::any_of(entities.begin(), entities.end(), IsDead))
+    {
+        living = QUIB_NEW Group(group->GetName());
+        for (const EntityPtr& entity : entities)
+            if (!IsDead(entity))
+                living->Add(entity);
+    }
     return living->CalcFiniteAABB().IsFinite() ? living : nullptr;
 }
 

@@ -213,7 +213,9 @@ bool SketchTool::IsSpring() const
         return false;
     const util::SharedPtr<SpringEntity> spring = QUIB_NEW SpringEntity(width);
     spring->AttachAt(ends);
-    AddEntityUndoable(spring, "UndoSpring");
+    // In mid-air there is nothing to fasten it to.
+    if (spring->GetGeom(0))
+        AddEntityUndoable(spring, "UndoSpring");
     return true;
 }
 
@@ -234,7 +236,8 @@ bool SketchTool::TestFixate()
         const util::SharedPtr<FixJointEntity> joint = QUIB_NEW FixJointEntity(size);
         const Vec2 ends[2] = {crossings[0], crossings[0]};
         joint->AttachAt(ends);
-        AddEntityUndoable(joint, "UndoFixate");
+        if (joint->GetGeom(0)) // else in mid-air
+            AddEntityUndoable(joint, "UndoFixate");
         return true;
     }
     catch (...)

@@ -142,9 +142,11 @@ void Tools::Disband()
 {
     const ToolPtr current = GetTool(), active = m_active;
     current->Disband();
-    // It may be hidden by one that is lent.
+    // One that is lent may hide it.
     if (active && active != current)
         active->Disband();
+    // Nor does a key that was tapped meanwhile end its gesture.
+    std::apply([](const auto&... tool) { ((tool->IsInUse() && tool->Disband()), ...); }, m_tools);
 }
 
 void Tools::Update(float dt)

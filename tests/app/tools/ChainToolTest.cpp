@@ -528,16 +528,6 @@ TEST_F(ChainToolTest, NobodyIsPinnedWhenTheLastLinkHasGone)
     EXPECT_EQ("UndoChain", NextUndo());
 }
 
-TEST_F(ChainToolTest, ALinkWithoutSizeIsNoLink)
-{
-    for (const char* dpi : {"0", "-86"})
-    {
-        Run(util::String("App.DPI = ") + dpi);
-        DragAlong(Tool(), {Vec2(), Vec2(2, 0)});
-        EXPECT_EQ(0u, EntityCount()) << dpi;
-    }
-}
-
 TEST_F(ChainToolTest, SoFarOutThatALinkIsNothingTheRopeEnds)
 {
     TheCamera()->SetZoom(Camera::GetMaxZoom());

@@ -77,12 +77,12 @@ TEST_F(CircleToolTest, TheColourStaysFromTheFirstPreviewToTheEntity)
     EXPECT_NE(color, TheScene()->GetEntities()[1]->GetColor4());
 }
 
-TEST_F(CircleToolTest, BackAtTheCentreNothingIsMade)
+TEST_F(CircleToolTest, BackAtTheCentreTheLastPreviewStays)
 {
-    EXPECT_TRUE(DragAlong(Tool(), {Vec2(1, 1), Vec2(2, 2), Vec2(1, 1)}));
-    EXPECT_EQ(0u, EntityCount());
-    EXPECT_EQ("", NextUndo());
-    EXPECT_FALSE(Tool().IsInUse());
+    EXPECT_TRUE(DragAlong(Tool(), {Vec2(1, 1), Vec2(2, 1), Vec2(1, 1)}));
+    ASSERT_EQ(1u, EntityCount());
+    EXPECT_NEAR(1, CircleOf(TheScene()->GetEntities()[0])->GetRadius(), 1e-4f);
+    EXPECT_EQ("UndoCircle", NextUndo());
 }
 
 TEST_F(CircleToolTest, ThePreviewFollowsTheViewThatMovesUnderAStillMouse)

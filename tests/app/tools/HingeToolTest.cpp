@@ -51,6 +51,18 @@ TEST_F(HingeToolTest, DoesNothingOnTheBackground)
     EXPECT_EQ("", NextUndo());
 }
 
+TEST_F(HingeToolTest, MakesNothingOnAPartOfAJointThatIsInMidAir)
+{
+    // Half of the hinge looks out beyond the edge of its body.
+    Add("Scene.addBox { pos = [0.0, 0.0]; size = [1.0, 1.0]; geomID = 1 }");
+    Run("Scene.addHinge { geom0 = 1; geom0pos = [0.5, 0.0]; geom1 = 0; geom1pos = [0.5, 0.0]; size "
+        "= 1.0 }");
+    ASSERT_EQ(2u, EntityCount());
+    Click(TheTool(), Vec2(0.75f, 0));
+    EXPECT_EQ(2u, EntityCount());
+    EXPECT_EQ("", NextUndo());
+}
+
 TEST_F(HingeToolTest, TakesSingleClicksOfTheLeftButton)
 {
     Make::Box(Vec2());

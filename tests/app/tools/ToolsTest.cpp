@@ -221,6 +221,20 @@ TEST_F(ToolsTest, ANewSceneBreaksOffTheGestureBehindALentTool)
     Key('c', false);
 }
 
+TEST_F(ToolsTest, ANewSceneBreaksOffTheGestureThatATappedKeyHasLeftBehind)
+{
+    Add("Scene.addBox { pos = [0.0, 0.0]; size = [1.0, 1.0] }");
+    const util::SharedPtr<MoveTool>& move = TheTools()->Get<MoveTool>();
+    Key('x', true);
+    TheTools()->SetActive(move);
+    EXPECT_TRUE(Begin(*move, math::Vec2()));
+    Key('x', false);
+    EXPECT_TRUE(IsCurrent<BoxTool>());
+    EXPECT_TRUE(move->IsInUse());
+    TheScene()->ClearScene();
+    EXPECT_FALSE(move->IsInUse());
+}
+
 TEST_F(ToolsTest, EscapeBreaksOff)
 {
     NotingTool tool;
