@@ -106,16 +106,22 @@ math::Vec2 AppGUI::GetMousePos() const
 bool AppGUI::LoadScene(util::String name, bool autosave)
 {
     std::replace(name.begin(), name.end(), '\\', '/');
-    const util::SharedPtr<SceneLoader> loader = QUIB_NEW SceneLoader(false, MakeLongFileName(name));
+    const util::String path = MakeLongFileName(name);
+    const util::SharedPtr<SceneLoader> loader = QUIB_NEW SceneLoader(false, path);
+    FileInfo* info = FileInfo::GetInstancePtr();
+    const util::String nameBefore = info->GetFileName();
     if (!autosave)
     {
-        FileInfo::GetInstancePtr()->SetFileName(name);
+        info->SetFileName(name);
         ClosePopup();
     }
     Undoer* undoer = Undoer::GetInstancePtr();
     undoer->Do(loader);
     // Deliberate: a scene that was loaded runs.
     undoer->Do(QUIB_NEW SimStart);
+    // The next save must not write over a file that is there and could not be read.
+    if (!loader->IsLoaded() && util::FileSystem::GetInstancePtr()->FileExists(path))
+        info->SetFileName(nameBefore);
     return loader->IsLoaded();
 }
 
@@ -275,6 +281,14 @@ void AppGUI::Place(gui::Component& component, const math::Vec2& pos) const
     // What does not fit shows its top left.
     component.SetOuterPos(math::Vec2(std::max(0.0f, std::min(pos.x, room.x)),
                                      std::max(0.0f, std::min(pos.y, room.y))));
+}
+
+void AppGUI::OnFormChange()
+{
+    Component::OnFormChange();
+    // In a smaller window it must still be in reach.
+    if (const gui::ComponentPtr popup = m_popupHolder ? GetPopup() : nullptr)
+        Place(*popup, popup->GetOuterPos());
 }
 
 void AppGUI::Rebuild()

@@ -27,6 +27,8 @@ public:
     /// Once a frame, and so what saves the scene and the configuration every App.autosaveTime.
     void Update(float dt) override;
 
+    void OnFormChange() override;
+
     // A child that takes an event has it alone (AppGUIEvents.cpp).
 
     /// To the current tool; when it does not want it, to the tool that the button means for one gesture.

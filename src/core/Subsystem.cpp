@@ -338,7 +338,9 @@ void Subsystem::Run()
     double previous = util::Timer::GetCurrentTime();
     m_fpsTime = previous;
     LogPrecisions();
+    // Sticks tell where they rest with the first events.
     input::Input::GetInstancePtr()->PumpEvents();
+    input::Input::GetInstancePtr()->CalibrateJoysticks();
     Log(logging::LogInfo, "Entering game loop");
 
     int framesSinceFlush = 0;

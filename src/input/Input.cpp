@@ -52,24 +52,38 @@ int KeepEvent(const SDL_Event* event)
     return 0; // not for SDL's own queue
 }
 
-/// Reads all events that there are. A handler may make SDL look for more.
+/// Those that have come by now. What comes while they are handled waits for the next frame: as long as each
+/// takes longer than the next is away, this one would never end.
 template<typename Handler>
 void ForEachRealEvent(const Handler& handler)
 {
+    SDL_PumpEvents();
     std::vector<RecordedEvent>& waiting = WaitingEvents();
-    for (bool isMore = true; isMore;)
+    const size_t count = waiting.size();
+    for (size_t i = 0; i < count; ++i)
     {
-        SDL_Event event;
-        const bool isPushed = SDL_PollEvent(&event); // by whoever; it fills the waiting ones too
-        isMore = isPushed || !waiting.empty();
-        for (size_t i = 0; i < waiting.size(); ++i)
-        {
-            const RecordedEvent copy = waiting[i];
-            handler(copy.event, copy.mods);
-        }
-        waiting.clear();
-        if (isPushed)
-            handler(event, SDL_GetModState());
+        const RecordedEvent copy = waiting[i]; // a handler may make SDL look for more
+        handler(copy.event, copy.mods);
+    }
+    waiting.erase(waiting.begin(), waiting.begin() + count);
+    // Then what was pushed, by whoever. SDL keeps no more than this.
+    SDL_Event event;
+    for (int i = 0; i < 128 && SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_ALLEVENTS) > 0; ++i)
+        handler(event, SDL_GetModState());
+}
+
+/// What an event of a user comes to must not cost those after it.
+template<typename Call>
+void Guarded(Call call)
+{
+    try
+    {
+        call();
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("An event failed: ") + e.what());
     }
 }
 }
@@ -141,7 +155,7 @@ void Input::PumpEvents()
         else
             PumpRealEvents();
     }
-    CheckClickTimeout();
+    Guarded([this] { CheckClickTimeout(); });
 }
 
 void Input::PumpRealEvents()
@@ -207,7 +221,7 @@ void Input::ReturnFromReplay()
     const std::map<int, bool> keys = m_keys;
     for (const auto& [key, isDown] : keys)
         if (isDown)
-            OnKeyEvent(KeyEvent(key, 0, false, m_mousePos));
+            Guarded([&, key = key] { OnKeyEvent(KeyEvent(key, 0, false, m_mousePos)); });
 }
 
 void Input::Deliver(const SDL_Event& event, int mods)
@@ -226,16 +240,7 @@ void Input::Deliver(const SDL_Event& event, int mods)
         HandleEvent(event); // a window that can't be had is none of a user's slips
         break;
     default:
-        try
-        {
-            HandleEvent(event);
-        }
-        catch (std::exception& e)
-        {
-            // The events after this one are wanted all the same.
-            CatchException(e, QUIB_LOCATION);
-            Log(logging::LogError, util::String("An event failed: ") + e.what());
-        }
+        Guarded([&] { HandleEvent(event); });
     }
     if (!Replay::Get() || Replay::Get()->IsOver())
         m_mods.reset();

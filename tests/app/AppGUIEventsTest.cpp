@@ -457,6 +457,15 @@ TEST_F(AppGUIEventsTest, ThePopupIsAtTheMouseAndOnTheScreen)
     EXPECT_EQ(Vec2(200, 100), TheGUI()->GetPopup()->GetOuterPos());
 }
 
+TEST_F(AppGUIEventsTest, ThePopupStaysInAWindowThatShrinks)
+{
+    MouseClick(TheCamera()->GUIToWorld(Vec2(1000, 700)), input::MouseRight);
+    gui::GUI::GetInstancePtr()->OnNewWindowSize(640, 480);
+    EXPECT_TRUE(math::BoundingBox(Vec2(), Vec2(640, 480))
+                    .Contains(TheGUI()->GetPopup()->GetOuterBB().GetMax()));
+    gui::GUI::GetInstancePtr()->OnNewWindowSize(1024, 768);
+}
+
 TEST_F(AppGUIEventsTest, APopupThatDoesNotFitShowsItsTopLeft)
 {
     const gui::ComponentPtr large = QUIB_NEW gui::Component;

@@ -79,6 +79,17 @@ TEST_F(AppGUITest, DoesNotTakeAnAutosaveForTheCurrentScene)
     EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
 }
 
+TEST_F(AppGUITest, AFileThatCanNotBeReadIsNotTheOneThatTheNextSaveWrites)
+{
+    FileInfo::GetInstancePtr()->SetFileName("mine.qib");
+    const std::string text = "Scene.addBox { pos = [0.0, ";
+    util::FileSystem::GetInstancePtr()->WriteFile(Dir() / "scenes/torn.qib", text);
+    EXPECT_FALSE(TheGUI()->LoadScene("torn", false));
+    EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
+    TheGUI()->OnSceneSave();
+    EXPECT_EQ(text, test::Slurp(Dir() / "scenes/torn.qib"));
+}
+
 TEST_F(AppGUITest, MakesLongNames)
 {
     const std::string scenes = Dir() / "scenes/";

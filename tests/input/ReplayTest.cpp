@@ -503,3 +503,19 @@ TEST_F(ReplayTest, AnEventThatFailsIsLoggedAndTheNextOnesArrive)
     EXPECT_TRUE(log.Has("!! ERROR: An event failed: no such thing")) << log.Text();
     EXPECT_EQ(2u, listener->notes.size());
 }
+
+TEST_F(ReplayTest, AFrameEndsThoughEventsComeAsFastAsTheyAreHandled)
+{
+    int handled = 0;
+    listener->onKey = [&](const KeyEvent&)
+    {
+        // As many as a hand makes: it stops in the end, or the test would not.
+        if (++handled < 1000)
+            SendKey(handled % 2, SDLK_a);
+    };
+    SendKey(true, SDLK_a);
+    input->PumpEvents();
+    EXPECT_EQ(1, handled);
+    input->PumpEvents();
+    EXPECT_EQ(2, handled) << "what came meanwhile is not lost";
+}
