@@ -13,6 +13,7 @@
 #include "app/entities/PenEntity.h"
 #include "app/entities/PolyEntity.h"
 #include "app/entities/SpringEntity.h"
+#include "logging/Log.h"
 #include "math/Matrix.h"
 #include "physics/Body.h"
 #include "physics/Circle.h"
@@ -132,10 +133,20 @@ void Liquify(const GroupPtr& group)
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
     std::vector<EntityPtr> erased;
+    size_t left = App::GetInstancePtr()->GetMaxSPHSpawn();
     for (const FiniteGeomEntityPtr& solid : solids)
     {
         const BodyPtr body = solid->GetBody();
-        for (const Vec2& pos : solid->GetEquidistantPoints())
+        const std::vector<Vec2> points = solid->GetEquidistantPoints();
+        // Each may be as much as all of them together.
+        if (points.size() > left)
+        {
+            Log(logging::LogError,
+                "That would be more water than App.maxSPHSpawn allows: some stay");
+            break;
+        }
+        left -= points.size();
+        for (const Vec2& pos : points)
             simulation->AddParticle(
                 QUIB_NEW physics::Particle(pos, body ? body->GetVelAtWorld(pos) : Vec2()));
         erased.push_back(solid);

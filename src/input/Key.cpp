@@ -129,7 +129,7 @@ int Key::GetKeyFromName(const util::String& name)
     const KeyTable& table = GetTable();
     const auto found = table.m_nameToKey.find(util::ToLower(name));
     if (found == table.m_nameToKey.end())
-        QUIB_THROW(BadDataException("Unknown name of key \"" + name + "\""));
+        QUIB_THROW(BadDataException("Unknown name of key \"" + util::Shorten(name) + "\""));
     return found->second;
 }
 

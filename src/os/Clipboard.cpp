@@ -168,11 +168,6 @@ void SetProperty(const XSelectionRequestEvent& request, Atom property, Atom type
 /// @return false when the text is not to be had as that
 bool Serve(const XSelectionRequestEvent& request, const Atoms& atoms, Atom property)
 {
-    // What is longer than one request would have to go piece by piece: no scene is.
-    const long most = XExtendedMaxRequestSize(request.display);
-    if (s_owner.text.size() * 2 + 64 >
-        size_t(most > 0 ? most : XMaxRequestSize(request.display)) * 4)
-        return false;
     if (request.target == atoms.targets)
     {
         const Atom targets[] = {atoms.targets, atoms.utf8, XA_STRING, atoms.text};
@@ -189,6 +184,15 @@ bool Serve(const XSelectionRequestEvent& request, const Atoms& atoms, Atom prope
 }
 }
 
+/// Whether the text goes in one request, twice as long as UTF-8 may make it. Piece by piece it would go
+/// whatever its size, but scenes of millions of bytes fit.
+static bool FitsRequest(Display* display, const util::String& text)
+{
+    const long extended = XExtendedMaxRequestSize(display);
+    const long most = extended > 0 ? extended : XMaxRequestSize(display); // in units of four bytes
+    return text.size() * 2 + 64 <= size_t(most) * 4;
+}
+
 bool OwnClipboard(const util::String& text)
 {
     const DisplayLock lock;
@@ -197,6 +201,13 @@ bool OwnClipboard(const util::String& text)
     Display* const display = lock.GetDisplay();
     const Window window = GetWindow(display);
     const Atom clipboard = Atoms(display).clipboard;
+    if (!FitsRequest(display, text))
+    {
+        // Nor must others get what was copied before.
+        if (XGetSelectionOwner(display, clipboard) == window)
+            XSetSelectionOwner(display, clipboard, None, CurrentTime);
+        return false;
+    }
     s_owner.text = text;
     XSetSelectionOwner(display, clipboard, window, CurrentTime);
     return XGetSelectionOwner(display, clipboard) == window;

@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "HeldKeys.h"
 
 #include "app/Background.h"
 #include "input/Input.h"
@@ -197,6 +198,15 @@ TEST_F(AppTest, PansWithTheArrowKeys)
     EXPECT_NEAR(-way, Pan({SDLK_DOWN}, 0.1f).y, 1e-5f);
     EXPECT_EQ(Vec2(0, 0), Pan({SDLK_LEFT, SDLK_RIGHT}, 0.1f));
     EXPECT_EQ(Vec2(0, 0), Pan({SDLK_RIGHT}, 0));
+}
+
+TEST_F(AppTest, KeysThatSomebodyAboveHasTakenDoNotPan)
+{
+    TheCamera()->Reset();
+    test::SendKey(SDLK_RIGHT, true, true);
+    TheApp()->Update(0.1f);
+    test::SendKey(SDLK_RIGHT, false, true);
+    EXPECT_EQ(Vec2(0, 0), TheCamera()->GetPan());
 }
 
 TEST_F(AppTest, DrivesTheSimulationTheSceneAndTheCamera)

@@ -177,6 +177,22 @@ TEST_F(EntityActionsTest, MirroringTwiceBringsBackTheShape)
     EXPECT_EQ(before, outline());
 }
 
+TEST_F(EntityActionsTest, AllThatIsLiquifiedIsNoMoreWaterThanTheLimit)
+{
+    const auto first = AddBox(0, 0);
+    const size_t count =
+        util::DynamicCast<FiniteGeomEntity>(EntityPtr(first))->GetEquidistantPoints().size();
+    AddBox(5, 0);
+    const auto last = AddBox(10, 0);
+    Run("App.maxSPHSpawn = " + std::to_string(2 * count + 1));
+    const test::LogCapture log;
+    Liquify(GroupOf(TheScene()->GetEntities()));
+    EXPECT_EQ(2 * count, Sim()->GetParticles().size());
+    EXPECT_EQ(Entities{last}, TheScene()->GetEntities());
+    EXPECT_TRUE(log.Has("App.maxSPHSpawn")) << log.Text();
+    Run("App.maxSPHSpawn = 10000");
+}
+
 TEST_F(EntityActionsTest, LiquifiesBodiesIntoWaterThatMovesAsTheyDid)
 {
     const auto box = AddBox(0, 0);

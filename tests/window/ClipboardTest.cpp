@@ -479,6 +479,21 @@ TEST_F(ClipboardTest, WhatADeadProgramHadCopiedIsGone)
     });
 }
 
+TEST_F(ClipboardTest, TextTooLargeForTheDesktopStaysInsideTheProgram)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Quib quib(server.Display());
+        Client client(server.Display());
+        os::SetClipboardText("small");
+        const std::string large(20000000, 'x');
+        testing::internal::CaptureStderr();
+        os::SetClipboardText(large);
+        EXPECT_EQ("Unable to write text to clipboard!\n", testing::internal::GetCapturedStderr());
+        EXPECT_TRUE(os::GetClipboardText() == large);
+        EXPECT_EQ("refused", client.Paste(quib, XA_STRING)) << "what was copied before is gone";
+    });
+}
+
 TEST_F(ClipboardTest, WithoutX11TextStaysInsideTheProgram)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({

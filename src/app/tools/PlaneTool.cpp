@@ -10,18 +10,6 @@ using math::Vec2;
 
 namespace app
 {
-namespace
-{
-const float SnapStep = 0.2617994f; // radians: 15 degrees
-
-Vec2 Snapped(const Vec2& direction)
-{
-    const float angle = std::atan2(direction.y, direction.x);
-    const float snapped = std::floor(angle / SnapStep + 0.5f) * SnapStep;
-    return Vec2(std::cos(snapped), std::sin(snapped));
-}
-}
-
 PlaneTool::PlaneTool()
     : PreviewTool("UndoPlane")
 {
@@ -35,7 +23,10 @@ void PlaneTool::UpdatePreview(const Vec2& end)
     if (normal.Normalize() == 0)
         return;
     if (IsShiftDown())
-        normal = Snapped(normal);
+    {
+        const float angle = SnapAngle(std::atan2(normal.y, normal.x));
+        normal = Vec2(std::cos(angle), std::sin(angle));
+    }
     if (GetPreview() && normal == m_normal)
         return;
     const auto plane = math::Plane2D::FromPointNormal(GetStart(), normal);

@@ -18,9 +18,8 @@ namespace app
 {
 namespace
 {
-const float MinDistance = 0.5f;  // of the mouse from the centre, in screen centimetres
-const float Raster = 0.2617994f; // radians: 15 degrees
-const float ArcRadius = 1;       // screen centimetres
+const float MinDistance = 0.5f; // of the mouse from the centre, in screen centimetres
+const float ArcRadius = 1;      // screen centimetres
 const int ArcSteps = 32;
 const math::Vec4 ArcColor(1, 1, 1, 0.5f);
 
@@ -84,7 +83,7 @@ void RotateTool::OnDrag(const input::DragEvent& event)
 float RotateTool::CalcStep() const
 {
     if (IsShiftDown())
-        return std::floor(m_total / Raster + 0.5f) * Raster - m_applied;
+        return SnapAngle(m_total) - m_applied;
     return math::WrapAngle(m_total - m_applied);
 }
 

@@ -175,6 +175,7 @@ bool StrokeTool::TestEraseLine()
         catch (std::exception& e)
         {
             CatchException(e, QUIB_LOCATION);
+            // Deliberate: the brush gives this name too.
             Log(logging::LogInfo, util::String("SketchTool::TestEraseLine, ErasedBy: ") + e.what());
         }
     // Deliberate: to cut one of the selection is to cut them all.

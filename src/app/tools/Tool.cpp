@@ -13,6 +13,8 @@
 
 #include <SDL_keysym.h>
 
+#include <cmath>
+
 namespace app
 {
 Tool::Tool()
@@ -56,6 +58,12 @@ math::Vec2 Tool::GetMousePos()
 bool Tool::IsShiftDown()
 {
     return input::Input::GetInstancePtr()->CheckModifier(input::ModShift) != 0;
+}
+
+float Tool::SnapAngle(float angle)
+{
+    const float step = 0.2617994f;
+    return std::floor(angle / step + 0.5f) * step;
 }
 
 bool Tool::MayBeginShapeAt(const math::Vec2& pos)

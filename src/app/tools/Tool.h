@@ -51,6 +51,9 @@ protected:
     /// Of the mouse, in the world.
     static math::Vec2 GetMousePos();
     static bool IsShiftDown();
+    /// The nearest multiple of 15 degrees.
+    /// @param angle  radians
+    static float SnapAngle(float angle);
     /// Whether a shape may be begun there: over an entity only when the user has chosen so.
     /// @param pos  in the world
     static bool MayBeginShapeAt(const math::Vec2& pos);
