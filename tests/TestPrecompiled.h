@@ -1,4 +1,4 @@
-// Compiled once for each test program: GoogleTest is slow to read.
+// Compiled once for all test programs: GoogleTest is slow to read.
 #pragma once
 
 #include "Precompiled.h"

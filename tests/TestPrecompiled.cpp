@@ -1,0 +1,1 @@
+// Has TestPrecompiled.h compiled, for all test programs.
