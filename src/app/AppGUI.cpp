@@ -119,9 +119,10 @@ bool AppGUI::LoadScene(util::String name, bool autosave)
     undoer->Do(loader);
     // Deliberate: a scene that was loaded runs.
     undoer->Do(QUIB_NEW SimStart);
-    // The next save must not write over a file that is there and could not be read.
+    // The next save must write neither over a file that is there and could not be read, nor what is left
+    // of it over that of the scene before.
     if (!loader->IsLoaded() && util::FileSystem::GetInstancePtr()->FileExists(path))
-        info->SetFileName(nameBefore);
+        info->SetFileName(loader->HasCleared() ? "" : nameBefore);
     return loader->IsLoaded();
 }
 

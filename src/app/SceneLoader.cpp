@@ -33,6 +33,7 @@ void SceneLoader::Do()
 {
     m_snapshot = Snapshot::TakeSnapshot();
     m_isLoaded = false;
+    m_hasCleared = false;
     m_settings = nullptr;
     try
     {
@@ -91,6 +92,7 @@ void SceneLoader::LoadScene(const util::String& text)
     Scene* scene = Scene::GetInstancePtr();
     FileInfo* info = FileInfo::GetInstancePtr();
     scene->ClearScene();
+    m_hasCleared = true;
     info->ClearTexts();
     scene->GetCamera()->SetPan(NoPan);
     Serializer::GetInstancePtr()->Deserialize(text);

@@ -22,6 +22,8 @@ public:
 
     /// Whether the last Do has brought a scene.
     bool IsLoaded() const { return m_isLoaded; }
+    /// Whether the last Do has taken the scene before away, whatever came of the file.
+    bool HasCleared() const { return m_hasCleared; }
 
 private:
     bool Load();
@@ -32,6 +34,7 @@ private:
     bool m_isImport;
     util::String m_path;
     bool m_isLoaded = false;
+    bool m_hasCleared = false;
     SnapshotPtr m_snapshot;
     util::String m_title, m_author, m_description; // of the file before
     util::String m_fileName;                       // of the other scene

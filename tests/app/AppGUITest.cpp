@@ -79,15 +79,31 @@ TEST_F(AppGUITest, DoesNotTakeAnAutosaveForTheCurrentScene)
     EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
 }
 
-TEST_F(AppGUITest, AFileThatCanNotBeReadIsNotTheOneThatTheNextSaveWrites)
+TEST_F(AppGUITest, AfterALoadThatFailedASaveWritesOverNeitherScene)
+{
+    util::FileSystem* files = util::FileSystem::GetInstancePtr();
+    const std::string mine = "Scene.addBox { pos = [0.0, 0.0] };",
+                      torn = "Scene.addBox { pos = [0.0, ";
+    files->WriteFile(Dir() / "scenes/mine.qib", mine);
+    files->WriteFile(Dir() / "scenes/torn.qib", torn);
+    ASSERT_TRUE(TheGUI()->LoadScene("mine.qib", false));
+    EXPECT_FALSE(TheGUI()->LoadScene("torn", false));
+    TheGUI()->OnSceneSave();
+    EXPECT_EQ(torn, test::Slurp(Dir() / "scenes/torn.qib"));
+    EXPECT_EQ(mine, test::Slurp(Dir() / "scenes/mine.qib"));
+    // Who goes back to the scene goes back to its file.
+    Undoer::GetInstancePtr()->Undo();
+    Undoer::GetInstancePtr()->Undo();
+    EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
+}
+
+TEST_F(AppGUITest, ALoadThatDidNotEvenBeginLeavesTheSceneItsFile)
 {
     FileInfo::GetInstancePtr()->SetFileName("mine.qib");
-    const std::string text = "Scene.addBox { pos = [0.0, ";
-    util::FileSystem::GetInstancePtr()->WriteFile(Dir() / "scenes/torn.qib", text);
-    EXPECT_FALSE(TheGUI()->LoadScene("torn", false));
+    boost::filesystem::create_directories(Dir() / "scenes/folder.qib");
+    EXPECT_FALSE(TheGUI()->LoadScene("folder", false));
     EXPECT_EQ("mine.qib", FileInfo::GetInstancePtr()->GetFileName());
-    TheGUI()->OnSceneSave();
-    EXPECT_EQ(text, test::Slurp(Dir() / "scenes/torn.qib"));
+    boost::filesystem::remove(Dir() / "scenes/folder.qib");
 }
 
 TEST_F(AppGUITest, MakesLongNames)
