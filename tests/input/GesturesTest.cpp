@@ -1,6 +1,7 @@
 // Clicks and drags from presses, releases and motion.
 #include "input/Input.h"
 
+#include "MouseEvents.h"
 #include "input/InputEvent.h"
 #include "input/ScreenFixture.h"
 #include "util/Timer.h"
@@ -91,17 +92,14 @@ protected:
         SDL_WarpMouse(x, y);
         SDL_SetEventFilter(filter); // empties the queue
     }
-    void Button(Uint8 type, Uint8 button, int x, int y)
+    void Press(Uint8 button, int x, int y)
     {
-        SDL_Event event = {};
-        event.type = type;
-        event.button.button = button;
-        event.button.x = x;
-        event.button.y = y;
-        input->HandleEvent(event);
+        input->HandleEvent(test::ButtonEvent(true, button, x, y));
     }
-    void Press(Uint8 button, int x, int y) { Button(SDL_MOUSEBUTTONDOWN, button, x, y); }
-    void Release(Uint8 button, int x, int y) { Button(SDL_MOUSEBUTTONUP, button, x, y); }
+    void Release(Uint8 button, int x, int y)
+    {
+        input->HandleEvent(test::ButtonEvent(false, button, x, y));
+    }
     bool Move(int x, int y, int dx, int dy)
     {
         const MouseEvent event(0, Vec2(x, y), Vec2(dx, dy));
@@ -297,27 +295,10 @@ namespace
 class SlowFrameTest : public GesturesTest
 {
 protected:
-    void Wait(Uint8 type, Uint8 button, int x, int y)
-    {
-        SDL_Event event = {};
-        event.type = type;
-        event.button.button = button;
-        event.button.x = x;
-        event.button.y = y;
-        SDL_GetEventFilter()(&event);
-    }
-    void WaitPress(Uint8 button, int x, int y) { Wait(SDL_MOUSEBUTTONDOWN, button, x, y); }
-    void WaitRelease(Uint8 button, int x, int y) { Wait(SDL_MOUSEBUTTONUP, button, x, y); }
-    void WaitMove(int x, int y, int dx, int dy)
-    {
-        SDL_Event event = {};
-        event.type = SDL_MOUSEMOTION;
-        event.motion.x = x;
-        event.motion.y = y;
-        event.motion.xrel = dx;
-        event.motion.yrel = dy;
-        SDL_GetEventFilter()(&event);
-    }
+    void Wait(const SDL_Event& event) { SDL_GetEventFilter()(&event); }
+    void WaitPress(Uint8 button, int x, int y) { Wait(test::ButtonEvent(true, button, x, y)); }
+    void WaitRelease(Uint8 button, int x, int y) { Wait(test::ButtonEvent(false, button, x, y)); }
+    void WaitMove(int x, int y, int dx, int dy) { Wait(test::MotionEvent(x, y, dx, dy)); }
 };
 }
 

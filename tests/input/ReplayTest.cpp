@@ -1,6 +1,7 @@
 // Sessions that are recorded and played again.
 #include "input/Replay.h"
 
+#include "MouseEvents.h"
 #include "TestSupport.h"
 #include "input/InputEvent.h"
 #include "input/JoysticksForTest.h"
@@ -138,21 +139,11 @@ protected:
     }
     void SendButton(bool down, Uint8 button, int x, int y)
     {
-        SDL_Event event = {};
-        event.type = down ? SDL_MOUSEBUTTONDOWN : SDL_MOUSEBUTTONUP;
-        event.button.button = button;
-        event.button.x = x;
-        event.button.y = y;
-        Send(event);
+        Send(test::ButtonEvent(down, button, x, y));
     }
     void SendMove(int x, int y, int dx, int dy)
     {
-        SDL_Event event = {};
-        event.type = SDL_MOUSEMOTION;
-        event.motion.x = x;
-        event.motion.y = y;
-        event.motion.xrel = dx;
-        event.motion.yrel = dy;
+        SDL_Event event = test::MotionEvent(x, y, dx, dy);
         event.motion.state = 1;
         Send(event);
     }

@@ -4,6 +4,7 @@
 
 #include "../AppFixture.h"
 #include "../HeldKeys.h"
+#include "../../MouseEvents.h"
 
 #include "app/tools/SketchTool.h"
 #include "app/tools/Tools.h"
@@ -117,12 +118,8 @@ protected:
     {
         int x = 0, y = 0;
         SDL_GetMouseState(&x, &y);
-        SDL_Event event = {};
-        event.type = down ? SDL_MOUSEBUTTONDOWN : SDL_MOUSEBUTTONUP;
-        event.button.button = static_cast<Uint8>(button - input::FirstMouseKey);
-        event.button.x = static_cast<Uint16>(x);
-        event.button.y = static_cast<Uint16>(y);
-        input::Input::GetInstancePtr()->HandleEvent(event);
+        input::Input::GetInstancePtr()->HandleEvent(
+            test::ButtonEvent(down, button - input::FirstMouseKey, x, y));
     }
     /// Moves there, presses, moves on from point to point, and lets go.
     static void MouseDrag(const std::vector<math::Vec2>& points, int button = input::MouseLeft)
