@@ -150,7 +150,7 @@ void App::SetFirstTimeRunning()
 
 void App::Update(float dt)
 {
-    util::ScopeProfiler profile("App::Update");
+    QUIB_PROFILE("App::Update");
     Component::Update(dt);
 
     Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
@@ -254,12 +254,12 @@ Vec4 App::RandomEntityColor4()
 void App::DrawComp() const
 {
     Component::DrawComp();
-    util::ScopeProfiler profile("App::DrawComp");
+    QUIB_PROFILE("App::DrawComp");
     const Scene* scene = Scene::GetInstancePtr();
     const Camera* camera = scene->GetCamera().get();
     const math::BoundingBox view(camera->GUIToWorld(Vec2()), camera->GUIToWorld(GetInnerSize()));
     {
-        util::ScopeProfiler culling("Culling");
+        QUIB_PROFILE("Culling");
         m_visibleEntities.clear();
         for (const auto& entity : scene->GetEntities())
             // One that is shown elsewhere than it lies can be anywhere.
@@ -271,7 +271,7 @@ void App::DrawComp() const
     glPushMatrix();
     rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, 1);
     {
-        util::ScopeProfiler setup("Setup");
+        QUIB_PROFILE("Setup");
         glDisable(GL_DEPTH_TEST);
         glEnable(GL_TEXTURE_2D);
         glEnable(GL_BLEND);
@@ -305,7 +305,7 @@ void App::MarkMouseOver() const
     const Vec2 mouse = input::Input::GetInstancePtr()->GetMousePos();
     if (!GetOuterBB().Contains(mouse))
         return;
-    util::ScopeProfiler profile("Mouse-over");
+    QUIB_PROFILE("Mouse-over");
     const GroupPtr picked = Scene::GetInstancePtr()->GetSelectionAt(GetMousePos());
     for (const auto& entity : m_visibleEntities)
         entity->SetMouseOver(picked->Contains(entity));
@@ -329,7 +329,7 @@ static void DrawTransformed(const Entity& entity)
 // order each draws its own parts in.
 void App::DrawEntities() const
 {
-    util::ScopeProfiler profile("Entities");
+    QUIB_PROFILE("Entities");
     MarkMouseOver();
     if (m_visibleEntities.empty())
         return;
@@ -343,7 +343,7 @@ void App::DrawEntities() const
     for (const auto& entity : m_visibleEntities)
     {
         entity->SetSelected(Scene::GetInstancePtr()->IsSelected(entity));
-        util::ScopeProfiler drawing("Entity::Draw");
+        QUIB_PROFILE("Entity::Draw");
         DrawTransformed(*entity);
         glTranslatef(0, 0, step);
     }

@@ -74,7 +74,7 @@ AppGUI::~AppGUI() = default;
 
 void AppGUI::Update(float dt)
 {
-    util::ScopeProfiler profile("AppGUI::Update");
+    QUIB_PROFILE("AppGUI::Update");
     Component::Update(dt);
     // A panel has nothing to show once its entities are gone.
     m_widgets.erase(std::remove_if(m_widgets.begin(), m_widgets.end(),

@@ -75,7 +75,7 @@ physics::LinesegmentList Line::GetSegments() const
 
 void Line::Draw() const
 {
-    util::ScopeProfiler profile("Line::Draw");
+    QUIB_PROFILE("Line::Draw");
     if (m_points.size() < 2)
         return;
     const rendering::AttribPusher attribs(GL_ENABLE_BIT);

@@ -312,7 +312,7 @@ void Scene::SortByDepth()
 
 void Scene::Update(float dt)
 {
-    util::ScopeProfiler profile("Scene::Update");
+    QUIB_PROFILE("Scene::Update");
 
     std::vector<EntityPtr> dead; // no memory as long as it is empty
     for (const EntityPtr& entity : m_entities)
@@ -351,7 +351,7 @@ void Scene::RemoveEmptyGroups()
 
 void Scene::FlushBodies()
 {
-    util::ScopeProfiler profile("Scene::FlushBodies");
+    QUIB_PROFILE("Scene::FlushBodies");
 
     // Ids of the bodies that entities hold. The list keeps its capacity from frame to frame.
     m_heldBodies.clear();

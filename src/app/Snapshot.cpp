@@ -241,7 +241,7 @@ private:
 
 SnapshotPtr Snapshot::TakeSnapshot()
 {
-    util::ScopeProfiler profile("Snapshot::TakeSnapshot");
+    QUIB_PROFILE("Snapshot::TakeSnapshot");
     return QUIB_NEW Snapshot;
 }
 
@@ -382,7 +382,7 @@ void Snapshot::StoreGroups()
 
 void Snapshot::Restore()
 {
-    util::ScopeProfiler profile("Snapshot::Restore");
+    QUIB_PROFILE("Snapshot::Restore");
     // A tool that is broken off may hold the last handle but this.
     const SnapshotPtr keepAlive(this);
     // A script may ask for this with its last breath, and formulas that are read would unwind it halfway.

@@ -49,7 +49,7 @@ void DrawWater(const math::BoundingBox& view, const math::Vec4& color)
     const physics::ParticleList& particles = physics::Simulation::GetInstancePtr()->GetParticles();
     if (particles.empty())
         return;
-    util::ScopeProfiler profile("Water");
+    QUIB_PROFILE("Water");
     const float r2 = physics::SPH::GetInstancePtr()->m_radius * 2;
     math::BoundingBox grown = view;
     grown.Grow(r2);

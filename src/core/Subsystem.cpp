@@ -347,7 +347,7 @@ void Subsystem::Run()
     while (!m_exit)
     {
         {
-            util::ScopeProfiler profile("Events");
+            QUIB_PROFILE("Events");
             QUIB_PASS_ON(PumpEvents());
         }
         physics::Simulation::GetInstancePtr()->SetFrameBudget(1 / m_minFPS);
@@ -359,36 +359,36 @@ void Subsystem::Run()
         // Callbacks whose owners are gone are few: every eleventh frame is often enough.
         if (++framesSinceFlush > 10)
         {
-            util::ScopeProfiler profile("FlushCallbackSets");
+            QUIB_PROFILE("FlushCallbackSets");
             QUIB_PASS_ON(util::AbstractCallbackSet::FlushCallbackSets());
             framesSinceFlush = 0;
         }
         {
-            util::ScopeProfiler profile("GC");
+            QUIB_PROFILE("GC");
             QUIB_PASS_ON(util::PointeeHandle::Flush());
         }
         {
-            util::ScopeProfiler profile("Parser::Update");
+            QUIB_PROFILE("Parser::Update");
             QUIB_PASS_ON(script::Parser::GetInstancePtr()->Update());
         }
         {
             // Deliberate: no interpolator exists, the stage runs empty.
-            util::ScopeProfiler profile("Interp::Update");
+            QUIB_PROFILE("Interp::Update");
             QUIB_PASS_ON(util::InterpolatorBase::UpdateAll());
         }
         {
-            util::ScopeProfiler profile("GUI::Update");
+            QUIB_PROFILE("GUI::Update");
             QUIB_PASS_ON(gui::GUI::GetInstancePtr()->Update(dt));
         }
         // No frame is drawn after a request to quit.
         if (m_exit)
             break;
         {
-            util::ScopeProfiler profile("Draw");
+            QUIB_PROFILE("Draw");
             QUIB_PASS_ON(Draw());
         }
         {
-            util::ScopeProfiler profile("Logger::Update");
+            QUIB_PROFILE("Logger::Update");
             QUIB_PASS_ON(logging::Logger::GetInstancePtr()->Update());
         }
         LimitRate(dt);
@@ -421,7 +421,7 @@ unsigned CalcFrameSleep(float dt, float maxFPS)
 void Subsystem::Draw()
 {
     {
-        util::ScopeProfiler profile("glClear");
+        QUIB_PROFILE("glClear");
         const math::Vec4 color = m_clearColor;
         glClearColor(color.x, color.y, color.z, color.w);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -430,7 +430,7 @@ void Subsystem::Draw()
     TakeWishedScreenshot();
     ForceOpaque();
     {
-        util::ScopeProfiler profile("SDL_GL_SwapBuffers");
+        QUIB_PROFILE("SDL_GL_SwapBuffers");
         SDL_GL_SwapBuffers();
     }
     MeasureRate();

@@ -17,7 +17,7 @@ SimpleBorder::SimpleBorder(float width, const math::Vec4& frameColor, const math
 
 void SimpleBorder::Draw(Vec2 innerSize) const
 {
-    util::ScopeProfiler profile("SimpleBorder::Draw");
+    QUIB_PROFILE("SimpleBorder::Draw");
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     const Vec2 pos(-m_width, -m_width);
     const Vec2 size = innerSize + Vec2(2 * m_width, 2 * m_width);

@@ -128,7 +128,7 @@ void GUI::Update(float dt)
 
 void GUI::Draw()
 {
-    util::ScopeProfiler profile("GUI::Draw");
+    QUIB_PROFILE("GUI::Draw");
     Begin();
     {
         rendering::AttribPusher attribs;
@@ -143,7 +143,7 @@ void GUI::Draw()
 
 void GUI::OnMouseMove(const input::MouseEvent& event)
 {
-    util::ScopeProfiler profile("GUI:OnMouseMove");
+    QUIB_PROFILE("GUI:OnMouseMove");
     UpdateMouseOver(event.GetPosition());
     InputListener::OnMouseMove(event);
 }

@@ -132,12 +132,12 @@ void Input::InitializeSDL()
 
 void Input::PumpEvents()
 {
-    util::ScopeProfiler profile("Event handling");
+    QUIB_PROFILE("Event handling");
     Replay* const replay = Replay::Get();
     const bool wasReplaying = replay && !replay->IsOver();
     const bool isReplaying = wasReplaying && replay->NextFrame();
     {
-        util::ScopeProfiler profileJoysticks("Joystick update");
+        QUIB_PROFILE("Joystick update");
         if (Recorder* recorder = Recorder::Get())
             recorder->BeginFrame();
         m_pumpTime = util::Timer::GetCurrentTime();
@@ -149,7 +149,7 @@ void Input::PumpEvents()
         ReturnFromReplay();
     }
     {
-        util::ScopeProfiler profileLoop("Poll loop");
+        QUIB_PROFILE("Poll loop");
         if (isReplaying)
             PumpReplay(replay->GetFrame());
         else
@@ -287,7 +287,7 @@ void Input::ReleaseLostButtons(int x, int y)
 
 void Input::HandleEvent(const SDL_Event& event)
 {
-    util::ScopeProfiler profile("HandleEvent");
+    QUIB_PROFILE("HandleEvent");
     switch (event.type)
     {
     case SDL_MOUSEBUTTONDOWN:

@@ -55,7 +55,7 @@ void Input::OnButtonRelease(const KeyEvent& event)
 
 void Input::OnMouseMove(const MouseEvent& event)
 {
-    util::ScopeProfiler profile("OnMouseMove");
+    QUIB_PROFILE("OnMouseMove");
     FireEvent(event, &InputListener::OnMouseMove);
     if (event.IsHandled())
         return;

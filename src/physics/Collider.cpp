@@ -146,7 +146,7 @@ Collider::~Collider()
 
 void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particles)
 {
-    util::ScopeProfiler profile("Collider::AssignBodies");
+    QUIB_PROFILE("Collider::AssignBodies");
     Lists& l = *m_lists;
     l.Clear();
     l.waterRadius = 0.1f * SPH::GetInstancePtr()->m_radius;
@@ -209,11 +209,11 @@ void Collider::AssignBodies(const BodyList& bodies, const ParticleList& particle
 
 void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) const
 {
-    util::ScopeProfiler profile("Collider::Collide");
+    QUIB_PROFILE("Collider::Collide");
     Lists& l = *m_lists;
     ContactOutput out{pool, contacts};
     {
-        util::ScopeProfiler scope("Plane");
+        QUIB_PROFILE("Plane");
         for (size_t i = 0; i < l.planes.size(); ++i)
         {
             Plane& plane = *l.planes[i];
@@ -228,43 +228,43 @@ void Collider::Collide(ContactPool& pool, util::VectorPOD<Contact*>& contacts) c
         }
     }
     {
-        util::ScopeProfiler scope("Polygon-Polygon");
+        QUIB_PROFILE("Polygon-Polygon");
         CollideAllPairs(l.polygons, [&](const PolyHull& a, const PolyHull& b)
                         { CollidePolyPoly(*a.polygon, *b.polygon, out); });
     }
     {
-        util::ScopeProfiler scope("Circle-Circle");
+        QUIB_PROFILE("Circle-Circle");
         CollideAllPairs(l.circles, [&](const CircleHull& a, const CircleHull& b)
                         { CollideCircleCircle(a, b, out); });
     }
     {
         // The map alone tells whether a circle's center is inside, so the bounds here are those of the
         // region that it covers.
-        util::ScopeProfiler scope("Circle-Polygon");
+        QUIB_PROFILE("Circle-Polygon");
         CollideTwoTypes(l.circles, l.polygons, l.polygonMaps,
                         [&](const CircleHull& c, const PolyHull& p)
                         { CollideCirclePolygon(c, *p.polygon, out); });
     }
     {
-        util::ScopeProfiler scope("Box-Box");
+        QUIB_PROFILE("Box-Box");
         CollideAllPairs(l.boxes,
                         [&](const BoxHull& a, const BoxHull& b) { CollideBoxBox(a, b, out); });
     }
     {
-        util::ScopeProfiler scope("Box-Polygon");
+        QUIB_PROFILE("Box-Polygon");
         CollideTwoTypes(l.boxes, l.polygons, l.polygons.bounds,
                         [&](const BoxHull& b, const PolyHull& p)
                         { CollideBoxPolygon(*b.box, *p.polygon, out); });
     }
     {
-        util::ScopeProfiler scope("Box-Circle");
+        QUIB_PROFILE("Box-Circle");
         CollideTwoTypes(l.boxes, l.circles, l.circles.bounds,
                         [&](const BoxHull& b, const CircleHull& c)
                         { CollideBoxCircle(*b.box, c, out); });
     }
     if (!l.particles.empty())
     {
-        util::ScopeProfiler scope("Water");
+        QUIB_PROFILE("Water");
         l.CollideWater(out);
     }
 }
@@ -276,14 +276,14 @@ void Collider::Lists::CollideWater(ContactOutput& out)
     math::BoundingBox box;
     math::OBB2D obb;
     {
-        util::ScopeProfiler scope("Creating BB");
+        QUIB_PROFILE("Creating BB");
         box = particlePoints.CalcBounds();
         box.Grow(waterRadius);
         const Vec2 half = box.GetSize() * 0.5f;
         obb = math::OBB2D(box.GetCenter(), Vec2(1, 0), Vec2(0, 1), half.x, half.y);
     }
     {
-        util::ScopeProfiler scope("Plane-Water");
+        QUIB_PROFILE("Plane-Water");
         for (Plane* plane : planes)
         {
             const math::Plane2D& p = plane->GetPlane();
@@ -302,7 +302,7 @@ void Collider::Lists::CollideWater(ContactOutput& out)
         particlePoints.BuildGrid(CalcMeanSize());
 
     {
-        util::ScopeProfiler scope("Circle-Water");
+        QUIB_PROFILE("Circle-Water");
         for (size_t i = 0; i < circles.size(); ++i)
         {
             const CircleHull& hull = circles.hulls.data()[i];
@@ -311,7 +311,7 @@ void Collider::Lists::CollideWater(ContactOutput& out)
         }
     }
     {
-        util::ScopeProfiler scope("Poly-Water");
+        QUIB_PROFILE("Poly-Water");
         for (const PolyHull& hull : polygons.hulls)
         {
             Polygon& polygon = *hull.polygon;
@@ -322,7 +322,7 @@ void Collider::Lists::CollideWater(ContactOutput& out)
         }
     }
     {
-        util::ScopeProfiler scope("Box-Water");
+        QUIB_PROFILE("Box-Water");
         for (size_t i = 0; i < boxes.size(); ++i)
         {
             const BoxHull& hull = boxes.hulls.data()[i];

@@ -88,7 +88,7 @@ void AddAirForces(const Air& air, Body& body)
 
 void Simulation::CalcForces()
 {
-    util::ScopeProfiler profile("Simulation::CalcForces");
+    QUIB_PROFILE("Simulation::CalcForces");
     Air air{1 / m_timeDelta,
             m_airFrictionLinear,
             m_airFrictionQuadratic,
@@ -98,7 +98,7 @@ void Simulation::CalcForces()
             false};
     air.hasFriction = air.linear != 0 || air.quadratic != 0 || air.rot != 0;
     {
-        util::ScopeProfiler profileBodies("Body forces");
+        QUIB_PROFILE("Body forces");
         const bool hasAir = m_airSwitch;
         for (const BodyPtr& body : m_bodies)
             if (!body->IsImmovable())
@@ -110,7 +110,7 @@ void Simulation::CalcForces()
     }
     SPH& sph = *SPH::GetInstancePtr();
     {
-        util::ScopeProfiler profileParticles("Particle forces");
+        QUIB_PROFILE("Particle forces");
         const float radius = sph.m_radius;
         const float area = radius * radius * math::PIf;
         // Deliberate: by the present settings, not by the particle's own mass.

@@ -89,7 +89,7 @@ void SPH::SetInstructions(SPHKernels::Instructions instructions)
 
 void SPH::Update(const ParticleList& particles, float dt)
 {
-    util::ScopeProfiler profile("SPH::Update");
+    QUIB_PROFILE("SPH::Update");
     if (particles.empty())
         return;
 
@@ -114,7 +114,7 @@ void SPH::Update(const ParticleList& particles, float dt)
 // Also reads what the particles bring along, as it passes by.
 void SPH::UpdateAttribs()
 {
-    util::ScopeProfiler profile("Update rad/density");
+    QUIB_PROFILE("Update rad/density");
     Flat& f = *m_flat;
     const Attribs attribs = {m_radius, m_density, m_friction, m_restitution};
     f.params = SPHParams(attribs.radius, attribs.density, InfluenceDistance());
@@ -157,12 +157,12 @@ void SPH::UpdateAttribs()
 
 void SPH::FindNeighbors()
 {
-    util::ScopeProfiler profile("FindNeighbors");
+    QUIB_PROFILE("FindNeighbors");
     Flat& f = *m_flat;
     const size_t n = m_particles.size();
     const float h = f.params.influenceRad;
     {
-        util::ScopeProfiler profileHashing("Hashing particles");
+        QUIB_PROFILE("Hashing particles");
         f.grid.Sort(*f.kernels, f.x.data(), f.y.data(), n, GridCell * std::fabs(h));
 
         f.arrays.Resize(n);
@@ -194,7 +194,7 @@ void SPH::FindNeighbors()
             f.cellCounts.Add(f.cellX.data()[i], f.cellY.data()[i]);
     }
     {
-        util::ScopeProfiler profileLists("Building neighbor lists");
+        QUIB_PROFILE("Building neighbor lists");
         f.pairs.begin = f.pairs.end = 0;
         f.pairs.Reserve(8 * n + 64);
         LoadPairs(0);
@@ -262,7 +262,7 @@ void SPH::DropDistantCells()
 
 void SPH::CalcForces()
 {
-    util::ScopeProfiler profile("CalcSPHForces");
+    QUIB_PROFILE("CalcSPHForces");
     Flat& f = *m_flat;
     SPHArrays& arrays = f.arrays;
     const size_t n = arrays.count;
@@ -326,7 +326,7 @@ void SPH::CalcForces()
 
 void SPH::Evaporate(float dt)
 {
-    util::ScopeProfiler profile("Evaporation");
+    QUIB_PROFILE("Evaporation");
     for (uint32_t i : m_flat->lonely)
         m_particles.data()[i]->m_age += dt;
     for (uint32_t i : m_flat->rejuvenated)
@@ -335,7 +335,7 @@ void SPH::Evaporate(float dt)
 
 void SPH::AddJitter()
 {
-    util::ScopeProfiler profile("Jitter");
+    QUIB_PROFILE("Jitter");
     const float jitter = m_jitter;
     if (jitter == 0)
         return;
@@ -346,7 +346,7 @@ void SPH::AddJitter()
 
 void SPH::ReportStatistics()
 {
-    util::ScopeProfiler profile("Statistics");
+    QUIB_PROFILE("Statistics");
     const Flat& f = *m_flat;
     const size_t n = f.arrays.count;
     // Four sums each, which don't wait for each other.
@@ -367,7 +367,7 @@ void SPH::ReportStatistics()
 
 void SPH::VelocitySmoothing()
 {
-    util::ScopeProfiler profile("SPH vel-smoothing");
+    QUIB_PROFILE("SPH vel-smoothing");
     if (!m_velocitySmoothing)
         return;
     // Deliberate: the list is empty between updates, so that water is not smoothed. All scenes are made

@@ -246,7 +246,7 @@ void Simulation::EraseWater()
 
 void Simulation::Update(double dt)
 {
-    util::ScopeProfiler profile("Simulation::Update");
+    QUIB_PROFILE("Simulation::Update");
     m_statusText.clear();
 
     // A setting that is not finite must not stop the world for good.
@@ -337,7 +337,7 @@ void Simulation::AppendStatistics()
 
 void Simulation::Step(bool integrate)
 {
-    util::ScopeProfiler profile("Simu::Step");
+    QUIB_PROFILE("Simu::Step");
     const float timeDelta = m_timeDelta;
 
     FlushBadBodies();
@@ -384,13 +384,13 @@ void Simulation::Step(bool integrate)
 
 void Simulation::IntegrateVelocity(float dt)
 {
-    util::ScopeProfiler profile("IntegrateVelocity");
+    QUIB_PROFILE("IntegrateVelocity");
     ForEachAhead(m_allBodies, [=](AbstractBody& body) { body.IntegrateVelocity(dt); });
 }
 
 void Simulation::IntegratePosition(float dt)
 {
-    util::ScopeProfiler profile("IntegratePosition");
+    QUIB_PROFILE("IntegratePosition");
     ForEachAhead(m_allBodies, [=](AbstractBody& body) { body.IntegratePosition(dt); });
 }
 
@@ -467,9 +467,9 @@ void Simulation::FlushJoints()
 
 void Simulation::CalcContacts()
 {
-    util::ScopeProfiler profile("Sim::CalcContacts");
+    QUIB_PROFILE("Sim::CalcContacts");
     {
-        util::ScopeProfiler profileFinding("Finding contacts");
+        QUIB_PROFILE("Finding contacts");
         m_foundContacts.clear();
         Collider collider;
         collider.AssignBodies(m_bodies, m_particles);
@@ -482,7 +482,7 @@ void Simulation::CalcContacts()
             m_contacts.emplace_back(contact);
     }
     {
-        util::ScopeProfiler profileMatching("Matching cache");
+        QUIB_PROFILE("Matching cache");
         m_matchedContacts = 0;
         for (Contact* contact : m_foundContacts)
             if (const Contact* old = (*m_contactCache)[contact->GetContactID()])
@@ -492,7 +492,7 @@ void Simulation::CalcContacts()
             }
     }
     {
-        util::ScopeProfiler profileUpdate("Update cache");
+        QUIB_PROFILE("Update cache");
         m_contactCache->clear();
         for (Contact* contact : m_foundContacts)
             (*m_contactCache)[contact->GetContactID()] = contact;

@@ -59,11 +59,11 @@ void Simulation::SetupSolver()
 
 void Simulation::RunSolver()
 {
-    util::ScopeProfiler profile("RunSolver");
+    QUIB_PROFILE("RunSolver");
     SetupSolver();
 
     {
-        util::ScopeProfiler profileBodies("Init bodies");
+        QUIB_PROFILE("Init bodies");
         ForEachAhead(m_allBodies, [](AbstractBody& body) { body.SetVelChange(math::Vec2(), 0); });
     }
 
@@ -80,7 +80,7 @@ void Simulation::RunSolver()
         m_constraints.append(contact);
 
     {
-        util::ScopeProfiler profileInit("SolveInit");
+        QUIB_PROFILE("SolveInit");
         QUIB_PASS_ON(InitConstraints(m_constraints));
     }
     if (m_prioritizedSolver)
@@ -88,11 +88,11 @@ void Simulation::RunSolver()
     else
         QUIB_PASS_ON(GaussSeidelSolver(m_constraints));
     {
-        util::ScopeProfiler profileExit("SolveExit");
+        QUIB_PROFILE("SolveExit");
         QUIB_PASS_ON(for (Constraint* constraint : m_constraints) constraint->SolveExit());
     }
     {
-        util::ScopeProfiler profileApply("Applying velchanges");
+        QUIB_PROFILE("Applying velchanges");
         ForEachAhead(m_allBodies, [](AbstractBody& body) { body.ApplyVelChange(); });
     }
 }
@@ -114,7 +114,7 @@ void Simulation::InitConstraints(ConstraintList& constraints)
 
 void Simulation::GaussSeidelSolver(const ConstraintList& constraints)
 {
-    util::ScopeProfiler profile("GaussSeidelSolver");
+    QUIB_PROFILE("GaussSeidelSolver");
     m_rowSolver->Solve(constraints, CalcIterations(), m_solvePreSortConstraints);
 }
 
@@ -123,7 +123,7 @@ void Simulation::GaussSeidelSolver(const ConstraintList& constraints)
 // by key is whichever constraint has that value. Many at rest, with priority 0, so collapse into one.
 void Simulation::PrioritizedSolver(const ConstraintList& constraints)
 {
-    util::ScopeProfiler profile("PrioritizedSolver");
+    QUIB_PROFILE("PrioritizedSolver");
     if (constraints.empty())
         return;
     for (AbstractBody* body : m_allBodies)

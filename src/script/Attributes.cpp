@@ -145,16 +145,16 @@ void AbstractAttrib::SetObject(ObjectPtr object)
 
 void AbstractAttrib::CalcAll()
 {
-    util::ScopeProfiler profile("AbstractAttrib::CalcAll");
+    QUIB_PROFILE("AbstractAttrib::CalcAll");
     const Walk walk;
     const AttribList& all = AllAttribs();
 
-    util::ScopeProfiler profileLoop("AbstractAttrib::CalcAll-Loop");
+    QUIB_PROFILE("AbstractAttrib::CalcAll-Loop");
     // Formulas may make attributes, which wait for the next time, and destroy some.
     for (size_t i = 0, n = all.attribs.size(); i < n; ++i)
         if (AbstractAttrib* attrib = all.attribs[i])
         {
-            util::ScopeProfiler profileValue("AbstractAttrib::CalcValue");
+            QUIB_PROFILE("AbstractAttrib::CalcValue");
             attrib->CalcValue();
         }
 }

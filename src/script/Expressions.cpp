@@ -18,12 +18,12 @@ ObjectPtr Apply(const ObjectPtr& callee, const ExpressionList& args, const Closu
     Charge(CallCost);
     ObjectList values;
     {
-        util::ScopeProfiler profile("Argument eval");
+        QUIB_PROFILE("Argument eval");
         values.reserve(args.size());
         for (const ExpressionPtr& arg : args)
             values.push_back(arg->Evaluate(closure));
     }
-    util::ScopeProfiler profile("Actual call");
+    QUIB_PROFILE("Actual call");
     return function->Call(values);
 }
 
@@ -176,7 +176,7 @@ ObjectPtr Block::Evaluate(const ClosurePtr& closure) const
 
 ObjectPtr ListDeclaration::Evaluate(const ClosurePtr& closure) const
 {
-    util::ScopeProfiler profile("ListDeclaration::Evaluate");
+    QUIB_PROFILE("ListDeclaration::Evaluate");
     return QUIB_NEW List(EvaluateToList(closure));
 }
 

@@ -138,7 +138,7 @@ const ExpressionPtr& Function::GetBody() const
 
 ObjectPtr Function::Call(const ObjectList& args)
 {
-    util::ScopeProfiler profile("Function::Call");
+    QUIB_PROFILE("Function::Call");
 
     const std::vector<util::String>& names = m_declaration->GetArgNames();
     if (args.size() != names.size())
@@ -248,7 +248,7 @@ void List::AppendText(util::String& text, int depth) const
 
 ObjectPtr List::Call(const ObjectList& args)
 {
-    util::ScopeProfiler profile("List::Call");
+    QUIB_PROFILE("List::Call");
 
     const int index = ObjectToValue<int>(args.empty() ? ObjectPtr() : args[0]);
     if (index < 0 || static_cast<size_t>(index) >= m_elements.size())

@@ -4,13 +4,14 @@
 
 namespace util
 {
+/// Stages are marked with QUIB_PROFILE; the class itself takes names that somebody else keeps apart.
 class ScopeProfiler
 {
 public:
     using BeginFunction = void (*)(const char* name);
     using EndFunction = void (*)();
 
-    /// @param name  a literal: scopes are told apart by its address
+    /// @param name  lives for ever and belongs to one place: scopes are told apart by its address
     explicit ScopeProfiler(const char* name)
     {
         if (__builtin_expect(s_begin != nullptr, 0))
@@ -24,8 +25,19 @@ public:
     ScopeProfiler(const ScopeProfiler&) = delete;
     ScopeProfiler& operator=(const ScopeProfiler&) = delete;
 
-    /// Set once at start by the profiler; null means that nobody listens.
+    /// Set by the profiler while it is active, outside of every scope; null means that nobody
+    /// listens, and a scope then costs the test of a pointer.
     static inline BeginFunction s_begin = nullptr;
     static inline EndFunction s_end = nullptr;
 };
 }
+
+#define QUIB_PROFILE_JOINED(a, b) a##b
+#define QUIB_PROFILE_JOIN(a, b) QUIB_PROFILE_JOINED(a, b)
+
+/// Times the rest of the enclosing block under `name`, a literal. The array gives every place a name
+/// of its own: the compiler may make equal literals one, but never two named arrays.
+#define QUIB_PROFILE(name)                                                                         \
+    static const char QUIB_PROFILE_JOIN(profiledName, __LINE__)[] = name;                          \
+    const util::ScopeProfiler QUIB_PROFILE_JOIN(profiledScope, __LINE__)(                          \
+        QUIB_PROFILE_JOIN(profiledName, __LINE__))

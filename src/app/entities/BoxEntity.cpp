@@ -83,7 +83,7 @@ physics::Box& BoxEntity::GetBox() const
 
 void BoxEntity::Draw() const
 {
-    util::ScopeProfiler profile("Box::Draw");
+    QUIB_PROFILE("Box::Draw");
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     const Vec2 halfSize = GetBox().GetSize() * 0.5f;
     const float border = GetBorderWidth();

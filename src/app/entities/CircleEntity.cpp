@@ -117,7 +117,7 @@ physics::Circle& CircleEntity::GetCircle() const
 
 void CircleEntity::Draw() const
 {
-    util::ScopeProfiler profile("Circle::Draw");
+    QUIB_PROFILE("Circle::Draw");
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     const float r = GetCircle().GetRadius();
     const float inside = r - GetBorderWidth();

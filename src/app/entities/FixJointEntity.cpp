@@ -70,7 +70,7 @@ bool FixJointEntity::IsAlive() const
 
 void FixJointEntity::Draw() const
 {
-    util::ScopeProfiler profile("FixJoint::Draw");
+    QUIB_PROFILE("FixJoint::Draw");
     const float angle = GetGeom(0) ? GetGeom(0)->GetPose().GetAngle() : 0;
     DrawFixJoint(GetMiddle(), angle, GetSize(), GetColor4());
     if (IsMouseOver() || IsSelected())

@@ -141,7 +141,7 @@ void HingeEntity::Update(float dt)
 
 void HingeEntity::Draw() const
 {
-    util::ScopeProfiler profile("Hinge::Draw");
+    QUIB_PROFILE("Hinge::Draw");
     const bool isHidden = physics::Simulation::GetInstancePtr()->m_running &&
                           !App::GetInstancePtr()->GetAppGUI()->GetDrawHingesWhenRunning();
     // A thing that is selected must be seen.

@@ -88,7 +88,7 @@ bool PenEntity::IsAlive() const
 
 void PenEntity::OnSimUpdate(float)
 {
-    util::ScopeProfiler profile("Pen::OnSimUpdate");
+    QUIB_PROFILE("Pen::OnSimUpdate");
     if (!m_geom)
         return;
     const double now = Simulation::GetInstancePtr()->GetSimTime();
@@ -128,7 +128,7 @@ bool PenEntity::IsInView(const math::BoundingBox&) const
 
 void PenEntity::Draw() const
 {
-    util::ScopeProfiler profile("Pen::Draw");
+    QUIB_PROFILE("Pen::Draw");
     glDisable(GL_DEPTH_TEST);
     DrawTrail();
     glEnable(GL_DEPTH_TEST);

@@ -89,7 +89,7 @@ void PlaneEntity::CalcVecsAndDist(std::array<Vec2, 4>& vecs, std::array<float, 4
 
 void PlaneEntity::Draw() const
 {
-    util::ScopeProfiler profile("Plane::Draw");
+    QUIB_PROFILE("Plane::Draw");
     std::array<Vec2, 4> vecs;
     std::array<float, 4> dists;
     CalcVecsAndDist(vecs, dists);

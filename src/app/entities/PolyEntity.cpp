@@ -87,7 +87,7 @@ void PolyEntity::LoadRenderingResources() const
 
 void PolyEntity::Draw() const
 {
-    util::ScopeProfiler profile("Poly::Draw");
+    QUIB_PROFILE("Poly::Draw");
     LoadRenderingResources();
 
     glPushMatrix();

@@ -136,7 +136,7 @@ float SpringEntity::CalcEnergy() const
 
 void SpringEntity::Draw() const
 {
-    util::ScopeProfiler profile("Spring::Draw");
+    QUIB_PROFILE("Spring::Draw");
     DrawSpring(GetLine(), GetSize(), GetColor4());
     if (IsMouseOver() || IsSelected())
         for (int i = 0; i < 2; ++i)
