@@ -35,12 +35,14 @@ rendering::ImageFloatPtr MakeDropImage()
     return image;
 }
 
-const rendering::Texture& GetDropTexture()
+const rendering::TextureProxy& GetDropTexture()
 {
     // Never destroyed: all drops share it.
-    static auto* s_texture =
-        new rendering::TexturePtr(QUIB_NEW rendering::Texture(MakeDropImage, {GL_ALPHA, true}));
-    return **s_texture;
+    static auto* s_texture = new rendering::TextureProxy(
+        [] {
+            return new rendering::Texture(MakeDropImage(), {GL_ALPHA, true});
+        });
+    return *s_texture;
 }
 }
 
@@ -56,7 +58,7 @@ void DrawWater(const math::BoundingBox& view, const math::Vec4& color)
 
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     renderer->SetColor4(color);
-    GetDropTexture().Bind();
+    GetDropTexture()->Bind();
     // All in one: a drop takes four corners and nothing else.
     glBegin(GL_QUADS);
     for (const physics::ParticlePtr& particle : particles)
@@ -71,6 +73,6 @@ void DrawWater(const math::BoundingBox& view, const math::Vec4& color)
         }
     }
     glEnd();
-    GetDropTexture().Unbind();
+    GetDropTexture()->Unbind();
 }
 }

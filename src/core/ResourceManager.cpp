@@ -1,57 +1,94 @@
 #include "core/ResourceManager.h"
 
-#include "rendering/GraphicsResource.h"
+#include "rendering/Renderer.h"
+#include "rendering/ResourceSettings.h"
+#include "rendering/Texture.h"
+#include "util/Mentor.h"
+
+#include <cstring>
 
 namespace core
 {
 using rendering::GraphicsResource;
+using rendering::ResourceSettings;
+using util::AbstractMentor;
+
+namespace
+{
+bool IsSameType(const std::type_info& a, const std::type_info& b)
+{
+    return std::strcmp(a.name(), b.name()) == 0;
+}
+}
 
 ResourceManager::ResourceManager()
     : Reflected("Resources")
+    , m_shaders(this, "shaders", true)
+    , m_force16BitTextures(this, "force16BitTextures", false)
 {
+    m_shaders->AddChangeCallback(util::MakeCallback(&ResourceManager::OnShaderOnOffChange, this));
+    m_force16BitTextures->AddChangeCallback(
+        util::MakeCallback(&ResourceManager::On16BitChange, this));
+    ResourceSettings::s_useShaders = m_shaders;
+    ResourceSettings::s_force16BitTextures = m_force16BitTextures;
+
     AddCmd("unloadAll", &ResourceManager::UnloadAll);
     AddVoidCmd("loadAll", [this] { LoadAll(false); });
     AddVoidCmd("reloadAll", [this] { LoadAll(true); });
+    AddVoidCmd("reloadTextures", [this] { LoadClass<rendering::Texture>(true); });
     AddCmd("vramUsage", &ResourceManager::GetVRAMUsage);
 }
 
 void ResourceManager::UnloadAll()
 {
     Log(logging::LogInfo, "Destroying GL resources");
-    for (GraphicsResource* resource : GraphicsResource::GetAllClassInstances())
-        resource->Unload();
+    for (AbstractMentor* mentor : AbstractMentor::GetAllClassInstances())
+        mentor->Unload();
 }
 
 void ResourceManager::LoadAll(bool reload)
 {
+    const auto mentors = AbstractMentor::GetAllClassInstances();
     if (reload)
     {
         Log(logging::LogInfo, "Unloading the old");
-        for (GraphicsResource* resource : GraphicsResource::GetAllClassInstances())
-            resource->Unload();
+        for (AbstractMentor* mentor : mentors)
+            mentor->Unload();
     }
-
+    LoadClass<rendering::Texture>(reload);
     Log(logging::LogInfo, "Loading the rest...");
-    const auto resources = GraphicsResource::GetAllClassInstances();
-    for (GraphicsResource* resource : resources)
-    {
-        try
+    for (AbstractMentor* mentor : mentors)
+        mentor->Load();
+    Log(logging::LogVerbose, util::ToString(mentors.size()) + " resources loaded");
+}
+
+void ResourceManager::LoadType(const std::type_info& type, bool reload)
+{
+    Log(logging::LogInfo, util::String("Reloading ") + type.name());
+    for (AbstractMentor* mentor : AbstractMentor::GetAllClassInstances())
+        if (IsSameType(mentor->GetType(), type))
         {
-            resource->Load();
+            if (reload)
+                mentor->Unload();
+            mentor->Load();
         }
-        catch (std::exception& e)
-        {
-            CatchException(e, QUIB_LOCATION);
-            Log(logging::LogError, e.what());
-        }
-        catch (...)
-        {
-            CatchException(QUIB_LOCATION);
-            Log(logging::LogError,
-                util::String("Unknown error while loading ") + typeid(*resource).name());
-        }
-    }
-    Log(logging::LogVerbose, util::ToString(resources.size()) + " resources loaded");
+}
+
+void ResourceManager::OnShaderOnOffChange()
+{
+    ResourceSettings::s_useShaders = m_shaders;
+    if (!rendering::HasGLLoaded())
+        return;
+    Log(logging::LogInfo,
+        util::String("Resources.shaders changed value to ") + util::ToString(m_shaders.Get()));
+}
+
+void ResourceManager::On16BitChange()
+{
+    ResourceSettings::s_force16BitTextures = m_force16BitTextures;
+    // Before there is a window there is nothing to load anew.
+    if (rendering::HasGLLoaded())
+        LoadClass<rendering::Texture>(true);
 }
 
 unsigned long ResourceManager::GetVRAMUsage()

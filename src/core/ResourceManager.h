@@ -1,8 +1,11 @@
-// Drives all GL resources together. The script object "Resources".
+// Drives the mentors of all GL resources together. The script object "Resources".
 #pragma once
 
+#include "script/Attributes.h"
 #include "script/Reflected.h"
 #include "util/Singleton.h"
+
+#include <typeinfo>
 
 namespace core
 {
@@ -12,10 +15,27 @@ public:
     ResourceManager();
 
     void UnloadAll();
-    /// A resource that fails to load is logged and costs nothing but itself.
+    /// A resource that fails to load is logged, and the default of its type stands in.
     /// @param reload  unload the loaded ones first
     void LoadAll(bool reload);
-    /// Bytes, over all resources.
+    void LoadType(const std::type_info& type, bool reload);
+    template<typename T>
+    void LoadClass(bool reload)
+    {
+        LoadType(typeid(T), reload);
+    }
+
+    /// Whether the user wants shaders at all.
+    bool GetShaders() const { return m_shaders; }
+
+    /// Bytes of video memory, over all resources.
     unsigned long GetVRAMUsage();
+
+private:
+    void OnShaderOnOffChange();
+    void On16BitChange();
+
+    script::AttribWrapper<bool> m_shaders;
+    script::AttribWrapper<bool> m_force16BitTextures;
 };
 }

@@ -169,13 +169,14 @@ bool GUI::HasKeyboard(const Component* component) const
     return component && m_keyboardOwner.GetUnlocked() == component;
 }
 
-void GUI::SetCursor(const rendering::TexturePtr& texture)
+void GUI::SetCursor(const rendering::TextureProxy& texture)
 {
     m_cursor = texture;
 }
 
 void GUI::DrawCursor()
 {
+    // One that could not be loaded is none: the desktop's serves better than a test picture.
     const bool isOurs = m_cursor && !m_forceOSCursor;
     ShowOSCursor(!isOurs);
     if (!isOurs)

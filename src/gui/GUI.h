@@ -3,15 +3,11 @@
 
 #include "gui/Component.h"
 #include "rendering/Pushers.h"
+#include "rendering/TextureProxy.h"
 #include "script/Attributes.h"
 #include "util/Singleton.h"
 
 #include <optional>
-
-namespace rendering
-{
-class Texture;
-}
 
 namespace gui
 {
@@ -46,7 +42,7 @@ public:
 
     /// Drawn at the mouse, 32 x 32, with its hot spot in the middle, in place of the desktop's.
     /// @param texture  null for the desktop's
-    void SetCursor(const util::SharedPtr<rendering::Texture>& texture);
+    void SetCursor(const rendering::TextureProxy& texture);
 
     /// GUI.scale held to 0.1 to 10, so that no script can lock its user out. The attribute keeps
     /// what was written.
@@ -87,7 +83,7 @@ private:
     ComponentPtr m_tooltips;
     util::SharedPtr<InputListener> m_keyboardListener; // in the root
     util::WeakPtr<Component> m_keyboardOwner;
-    util::SharedPtr<rendering::Texture> m_cursor;     // null: the desktop's
+    rendering::TextureProxy m_cursor;                 // null: the desktop's
     std::optional<bool> m_isOSCursorShown;            // as told SDL last, in this window
     math::TVector2<int> m_windowSize;                 // pixels
     std::optional<rendering::AttribPusher> m_attribs; // from Begin to End

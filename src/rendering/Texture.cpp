@@ -6,24 +6,12 @@
 
 namespace rendering
 {
-Texture::Texture(Source source, const ImageType& type)
-    : m_source(std::move(source))
-    , m_type(type)
+Texture::Texture(const ImageFloatPtr& image, const ImageType& type)
+    : m_type(type)
+    , m_size(int(image->GetWidth()), int(image->GetHeight()))
 {
-    Load();
-}
-
-Texture::~Texture()
-{
-    Unload();
-}
-
-void Texture::Load()
-{
-    if (m_name || !HasGLLoaded())
+    if (!HasGLLoaded())
         return;
-    const ImageFloatPtr image = m_source();
-    m_size = math::Vec2i(int(image->GetWidth()), int(image->GetHeight()));
     glGenTextures(1, &m_name);
     glBindTexture(GL_TEXTURE_2D, m_name);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
@@ -41,12 +29,10 @@ void Texture::Load()
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
-void Texture::Unload()
+Texture::~Texture()
 {
-    if (!m_name)
-        return;
-    glDeleteTextures(1, &m_name);
-    m_name = 0;
+    if (m_name)
+        glDeleteTextures(1, &m_name);
 }
 
 unsigned long Texture::MemoryUsage() const

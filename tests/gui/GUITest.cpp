@@ -27,7 +27,7 @@ class GUITest : public gui::GUIFixture
 protected:
     void TearDown() override
     {
-        gui->SetCursor(nullptr);
+        gui->SetCursor({});
         Script("GUI.forceOSCursor = false");
         GUIFixture::TearDown();
     }
@@ -38,10 +38,14 @@ protected:
         gui->Draw();
         return s_shown;
     }
-    static rendering::TexturePtr MakeTexture()
+    static rendering::TextureProxy MakeTexture()
     {
-        // Without a context no image is asked for.
-        return QUIB_NEW rendering::Texture([] { return rendering::ImageFloatPtr(); }, {GL_ALPHA});
+        return rendering::TextureProxy(
+            []
+            {
+                const rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(1, 1);
+                return new rendering::Texture(image, {GL_ALPHA});
+            });
     }
 
     Notes notes;
@@ -289,7 +293,7 @@ TEST_F(GUITest, TellsSDLOfTheCursorOnlyWhenThatChanges)
     EXPECT_EQ(std::vector<int>{0}, DrawAndTakeShown());
     gui->OnNewWindowSize(400, 300);
     EXPECT_EQ(std::vector<int>{0}, DrawAndTakeShown());
-    gui->SetCursor(nullptr);
+    gui->SetCursor({});
     EXPECT_EQ(std::vector<int>{1}, DrawAndTakeShown());
 }
 

@@ -105,14 +105,14 @@ protected:
     /// @param alpha  the bottom row first
     static void SetCursor(std::array<float, 4> alpha)
     {
-        const auto makeImage = [alpha]
+        const auto makeTexture = [alpha]
         {
             const rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(2, 2);
             for (unsigned i = 0; i < 4; ++i)
                 (*image)(i % 2, i / 2) = alpha[i];
-            return image;
+            return new rendering::Texture(image, {GL_ALPHA8});
         };
-        GUI::GetInstancePtr()->SetCursor(QUIB_NEW rendering::Texture(makeImage, {GL_ALPHA8}));
+        GUI::GetInstancePtr()->SetCursor(rendering::TextureProxy(makeTexture));
     }
 
     test::XServer server{"640x480x24"};

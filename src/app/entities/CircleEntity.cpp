@@ -54,14 +54,17 @@ rendering::ImageFloatPtr MakeCircleImage(bool cake)
 }
 
 // Made at the first use and never destroyed: all circles share them.
-const rendering::Texture& GetCircleTex(bool cake)
+const rendering::TextureProxy& GetCircleTex(bool cake)
 {
-    static rendering::TexturePtr* textures = new rendering::TexturePtr[2];
-    rendering::TexturePtr& texture = textures[cake];
-    if (!texture)
-        texture =
-            QUIB_NEW rendering::Texture([cake] { return MakeCircleImage(cake); }, {GL_ALPHA, true});
-    return *texture;
+    static const auto make = [](bool isCake)
+    {
+        return rendering::TextureProxy(
+            [isCake] {
+                return new rendering::Texture(MakeCircleImage(isCake), {GL_ALPHA, true});
+            });
+    };
+    static auto* textures = new rendering::TextureProxy[2]{make(false), make(true)};
+    return textures[cake];
 }
 
 void DrawRect(float r)
@@ -143,13 +146,13 @@ void CircleEntity::Draw() const
         glEnable(GL_ALPHA_TEST);
         glAlphaFunc(GL_GREATER, 0.5f);
         renderer->SetColor4(GetBorderColor());
-        GetCircleTex(false).Bind();
+        GetCircleTex(false)->Bind();
         DrawRect(r);
         glDepthFunc(GL_LEQUAL);
         renderer->SetColor4(GetColor4());
-        GetCircleTex(true).Bind();
+        GetCircleTex(true)->Bind();
         DrawRect(inside);
-        GetCircleTex(true).Unbind();
+        GetCircleTex(true)->Unbind();
         glDepthFunc(GL_LESS);
         glDisable(GL_ALPHA_TEST);
         glEnable(GL_BLEND);

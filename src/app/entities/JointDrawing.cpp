@@ -79,14 +79,14 @@ rendering::ImageFloatPtr MakeImage(Shape shape, unsigned width, unsigned height)
     return image;
 }
 
-rendering::Texture* MakeTexture(Shape shape, unsigned height = 64)
+const rendering::TextureProxy* MakeTexture(Shape shape, unsigned height = 64)
 {
     const unsigned width = 64;
-    const auto makeImage = [shape, height] { return MakeImage(shape, width, height); };
     // All joints share them, and they are never destroyed.
-    static auto* s_textures = new std::vector<rendering::TexturePtr>;
-    s_textures->push_back(QUIB_NEW rendering::Texture(makeImage, {GL_ALPHA, true}));
-    return s_textures->back().get();
+    return new rendering::TextureProxy(
+        [shape, height] {
+            return new rendering::Texture(MakeImage(shape, width, height), {GL_ALPHA, true});
+        });
 }
 
 Vec4 DarkOf(const Vec4& color)
@@ -99,14 +99,14 @@ Vec4 LightOf(const Vec4& color)
     return Vec4(math::Lerp(color.XYZ(), math::Vec3(1, 1, 1), 0.5f), color.w);
 }
 
-void DrawSquare(const rendering::Texture* texture, const Vec2& center, float size,
+void DrawSquare(const rendering::TextureProxy* texture, const Vec2& center, float size,
                 const Vec4& color)
 {
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     renderer->SetColor4(color);
-    texture->Bind();
+    (*texture)->Bind();
     renderer->DrawRect(center, size);
-    texture->Unbind();
+    (*texture)->Unbind();
 }
 
 // Without a depth test while it lives.
@@ -131,7 +131,7 @@ private:
 };
 
 // The caps keep their form while what is between them stretches.
-void DrawCoil(const rendering::Texture* texture, const physics::Linesegment& line, float size,
+void DrawCoil(const rendering::TextureProxy* texture, const physics::Linesegment& line, float size,
               const Vec4& color)
 {
     const float length = line.Length();
@@ -143,7 +143,7 @@ void DrawCoil(const rendering::Texture* texture, const physics::Linesegment& lin
 
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     renderer->SetColor4(color);
-    texture->Bind();
+    (*texture)->Bind();
     glBegin(GL_TRIANGLE_STRIP);
     for (const auto& [distance, v] : ends)
     {
@@ -154,14 +154,14 @@ void DrawCoil(const rendering::Texture* texture, const physics::Linesegment& lin
         renderer->Vertex(p - side);
     }
     glEnd();
-    texture->Unbind();
+    (*texture)->Unbind();
 }
 }
 
 void DrawHinge(const Vec2& center, float size, const Vec4& color)
 {
-    static const rendering::Texture* s_outline = MakeTexture(HingeOutline);
-    static const rendering::Texture* s_fill = MakeTexture(HingeFill);
+    static const rendering::TextureProxy* s_outline = MakeTexture(HingeOutline);
+    static const rendering::TextureProxy* s_fill = MakeTexture(HingeFill);
     const NoDepthTest noDepthTest;
     DrawSquare(s_outline, center, size, DarkOf(color));
     DrawSquare(s_fill, center, size, LightOf(color));
@@ -169,8 +169,8 @@ void DrawHinge(const Vec2& center, float size, const Vec4& color)
 
 void DrawFixJoint(const Vec2& center, float angle, float size, const Vec4& color)
 {
-    static const rendering::Texture* s_outline = MakeTexture(FixJointOutline);
-    static const rendering::Texture* s_fill = MakeTexture(FixJointFill);
+    static const rendering::TextureProxy* s_outline = MakeTexture(FixJointOutline);
+    static const rendering::TextureProxy* s_fill = MakeTexture(FixJointFill);
     const NoDepthTest noDepthTest;
     glPushMatrix();
     math::Mat2D::TranslationRotation(center, angle).MultToGL();
@@ -181,8 +181,8 @@ void DrawFixJoint(const Vec2& center, float angle, float size, const Vec4& color
 
 void DrawPen(const Vec2& center, float size, const Vec4& color)
 {
-    static const rendering::Texture* s_outline = MakeTexture(PenOutline);
-    static const rendering::Texture* s_fill = MakeTexture(PenFill);
+    static const rendering::TextureProxy* s_outline = MakeTexture(PenOutline);
+    static const rendering::TextureProxy* s_fill = MakeTexture(PenFill);
     const NoDepthTest noDepthTest;
     DrawSquare(s_outline, center, size, DarkOf(color));
     DrawSquare(s_fill, center, size, color);
@@ -190,8 +190,8 @@ void DrawPen(const Vec2& center, float size, const Vec4& color)
 
 void DrawSpring(const physics::Linesegment& line, float size, const Vec4& color)
 {
-    static const rendering::Texture* s_outline = MakeTexture(SpringOutline, 512);
-    static const rendering::Texture* s_fill = MakeTexture(SpringFill, 512);
+    static const rendering::TextureProxy* s_outline = MakeTexture(SpringOutline, 512);
+    static const rendering::TextureProxy* s_fill = MakeTexture(SpringFill, 512);
     const NoDepthTest noDepthTest;
     DrawCoil(s_outline, line, size, DarkOf(color));
     DrawCoil(s_fill, line, size, LightOf(color));
@@ -204,7 +204,7 @@ void DrawRing(const Vec2& center, float size, const Vec4& color)
 
 void DrawHandle(const Vec2& center, float size, const Vec4& color)
 {
-    static const rendering::Texture* s_fill = MakeTexture(RingFill);
+    static const rendering::TextureProxy* s_fill = MakeTexture(RingFill);
     const NoDepthTest noDepthTest;
     DrawSquare(s_fill, center, size, color);
 }

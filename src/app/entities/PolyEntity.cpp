@@ -76,13 +76,15 @@ physics::Polygon& PolyEntity::GetPolygon() const
 
 void PolyEntity::LoadRenderingResources() const
 {
-    if (m_distTexture)
+    if (m_distTexture.GetMentor())
         return;
     // The geometry outlives the texture, which this entity alone holds.
     const physics::Polygon* polygon = &GetPolygon();
     const float distScale = m_distScale;
-    m_distTexture = QUIB_NEW rendering::Texture(
-        [polygon, distScale] { return MakeDistImage(*polygon, distScale); }, {GL_ALPHA16, false});
+    m_distTexture = rendering::TextureProxy(
+        [polygon, distScale] {
+            return new rendering::Texture(MakeDistImage(*polygon, distScale), {GL_ALPHA16, false});
+        });
 }
 
 void PolyEntity::Draw() const

@@ -2,14 +2,11 @@
 #pragma once
 
 #include "app/entities/FiniteGeomEntity.h"
+#include "rendering/TextureProxy.h"
 
 namespace physics
 {
 class Polygon;
-}
-namespace rendering
-{
-class Texture;
 }
 
 namespace app
@@ -38,6 +35,6 @@ private:
     void DrawVertices() const;
 
     float m_distScale; // world units that the texture's range from 0 to 1 stands for
-    mutable util::SharedPtr<rendering::Texture> m_distTexture;
+    mutable rendering::TextureProxy m_distTexture;
 };
 }
