@@ -2,34 +2,44 @@
 
 #include "TestSupport.h"
 #include "rendering/GraphicsResource.h"
+#include "rendering/ResourceSettings.h"
+#include "rendering/Texture.h"
 #include "script/Parser.h"
+#include "util/Mentor.h"
 
 #include <gtest/gtest.h>
 
 using core::ResourceManager;
+using rendering::ResourceSettings;
 
 namespace
 {
-class Resource : public rendering::GraphicsResource
+template<int N>
+struct Resource : rendering::GraphicsResource
 {
-public:
-    ~Resource() noexcept override = default;
+    unsigned long MemoryUsage() const override { return 1000 * N; }
+};
+using Font = Resource<1>; // stands for any
+using Sound = Resource<2>;
 
-    void Load() override
-    {
-        if (isLoaded)
-            return;
-        ++builds;
-        if (m_onBuild)
-            m_onBuild();
-        isLoaded = true;
-    }
-    void Unload() override { isLoaded = false; }
-    unsigned long MemoryUsage() const override { return isLoaded ? 1000 : 0; }
-
-    std::function<void()> m_onBuild;
-    bool isLoaded = false;
+/// Counts what it makes.
+template<typename T>
+struct Owner
+{
     int builds = 0;
+    bool isLoaded = false;
+    util::SharedPtr<util::Mentor<T>> mentor = QUIB_NEW util::Mentor<T>(
+        [this]
+        {
+            ++builds;
+            isLoaded = true;
+            return new T;
+        });
+    Owner()
+    {
+        mentor->AddDestroyCallback(
+            QUIB_NEW util::Callback([this] { isLoaded = false; }, mentor.get()));
+    }
 };
 
 class ResourceManagerTest : public testing::Test
@@ -46,15 +56,16 @@ protected:
     }
 
     ResourceManager* manager = ResourceManager::GetInstancePtr();
-    Resource a, b;
+    Owner<Font> a, b;
+    Owner<Sound> c;
 };
 }
 
 TEST_F(ResourceManagerTest, LoadsWhatIsNotLoaded)
 {
-    a.Load();
+    a.mentor->Load();
     manager->LoadAll(false);
-    EXPECT_TRUE(a.isLoaded && b.isLoaded);
+    EXPECT_TRUE(a.isLoaded && b.isLoaded && c.isLoaded);
     EXPECT_EQ(1, a.builds);
     EXPECT_EQ(1, b.builds);
 }
@@ -65,19 +76,29 @@ TEST_F(ResourceManagerTest, ReloadingBuildsAllAnew)
     manager->LoadAll(true);
     EXPECT_TRUE(a.isLoaded && b.isLoaded);
     EXPECT_EQ(2, a.builds);
+    EXPECT_EQ(2, c.builds);
 }
 
-TEST_F(ResourceManagerTest, OneThatFailsIsLoggedAndDoesNotKeepTheOthersFromLoading)
+TEST_F(ResourceManagerTest, LoadsThoseOfOneType)
 {
-    a.m_onBuild = [] { QUIB_THROW(std::runtime_error("no picture")); };
-    Resource c;
-    c.m_onBuild = [] { throw 42; };
+    manager->LoadClass<Font>(false);
+    EXPECT_TRUE(a.isLoaded && b.isLoaded);
+    EXPECT_FALSE(c.isLoaded);
+    manager->LoadClass<Font>(false);
+    EXPECT_EQ(1, a.builds);
+    manager->LoadType(typeid(Font), true);
+    EXPECT_EQ(2, a.builds);
+    EXPECT_EQ(0, c.builds);
+}
+
+TEST_F(ResourceManagerTest, OneThatFailsDoesNotKeepTheOthersFromLoading)
+{
+    const util::SharedPtr<util::Mentor<Font>> bad = QUIB_NEW util::Mentor<Font>(
+        []() -> Font* { QUIB_THROW(std::runtime_error("no picture")); });
     test::LogCapture log(logging::LogError);
     manager->LoadAll(false);
-    EXPECT_TRUE(b.isLoaded);
-    EXPECT_FALSE(a.isLoaded);
+    EXPECT_TRUE(a.isLoaded && b.isLoaded && c.isLoaded);
     EXPECT_TRUE(log.Has("!! ERROR: no picture")) << log.Text();
-    EXPECT_TRUE(log.Has("!! ERROR: Unknown error while loading ")) << log.Text();
 }
 
 TEST_F(ResourceManagerTest, ScriptsCanUnloadLoadAndReload)
@@ -94,17 +115,42 @@ TEST_F(ResourceManagerTest, ScriptsCanUnloadLoadAndReload)
 TEST_F(ResourceManagerTest, SumsUpTheVideoMemoryInUse)
 {
     manager->LoadAll(false);
-    EXPECT_EQ("2000", Script("Resources.vramUsage"));
+    EXPECT_EQ("4000", Script("Resources.vramUsage"));
     manager->UnloadAll();
     EXPECT_EQ("0", Script("Resources.vramUsage"));
+    a.mentor->GetPtr();
+    EXPECT_EQ("1000", Script("Resources.vramUsage")) << "what the first use has brought back";
+}
+
+TEST_F(ResourceManagerTest, TellsRenderingWhatTheUserWants)
+{
+    EXPECT_TRUE(ResourceSettings::s_useShaders);
+    EXPECT_FALSE(ResourceSettings::s_force16BitTextures);
+    Script("Resources.shaders = false; Resources.force16BitTextures = true");
+    EXPECT_FALSE(ResourceSettings::s_useShaders);
+    EXPECT_TRUE(ResourceSettings::s_force16BitTextures);
+    Script("Resources.shaders = true; Resources.force16BitTextures = false");
+    EXPECT_TRUE(ResourceSettings::s_useShaders);
+    EXPECT_FALSE(ResourceSettings::s_force16BitTextures);
+}
+
+// Without a window there is no GL: what would load now could only fail.
+TEST_F(ResourceManagerTest, BeforeAWindowTheSwitchesLoadNothing)
+{
+    test::LogCapture log;
+    Script("Resources.shaders = false; Resources.force16BitTextures = true");
+    Script("Resources.shaders = true; Resources.force16BitTextures = false");
+    EXPECT_EQ(std::vector<std::string>(), log.Lines());
 }
 
 TEST_F(ResourceManagerTest, LogsWhatItDoes)
 {
+    const std::string texture = typeid(rendering::Texture).name();
     test::LogCapture log;
     manager->LoadAll(true);
     manager->UnloadAll();
-    EXPECT_EQ((std::vector<std::string>{"Unloading the old", "Loading the rest...",
-                                        "2 resources loaded", "Destroying GL resources"}),
+    EXPECT_EQ((std::vector<std::string>{"Unloading the old", "Reloading " + texture,
+                                        "Reloading " + shader, "Loading the rest...",
+                                        "3 resources loaded", "Destroying GL resources"}),
               log.Lines());
 }
