@@ -9,10 +9,11 @@
 #include "input/InputEvent.h"
 #include "os/Platform.h"
 #include "physics/Simulation.h"
-#include "rendering/GraphicsResource.h"
 #include "rendering/Renderer.h"
+#include "rendering/Texture.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
+#include "util/Mentor.h"
 #include "util/ScopeProfiler.h"
 
 #include <SDL.h>
@@ -90,12 +91,12 @@ FramePtr EachFrame(std::function<void(int frame)> act)
     return component;
 }
 
-class CountingResource : public rendering::GraphicsResource
+class CountingResource : public util::AbstractMentor
 {
 public:
     void Load() override { ++loads; }
     void Unload() override { ++unloads; }
-    unsigned long MemoryUsage() const override { return 1; }
+    const std::type_info& GetType() const override { return typeid(CountingResource); }
     int loads = 0, unloads = 0;
 };
 
@@ -533,6 +534,7 @@ TEST_F(SubsystemTest, ANewWindowIsKnownToEverybody)
         EXPECT_EQ((Lines{"Creating window...", "Destroying GL resources", "Setting up SDL",
                          "Setting video mode", "Init GLEW...", "Setting vsync", "Setting viewport",
                          "Checking for alpha framebuffer", "Loading all resources...",
+                         util::String("Reloading ") + typeid(rendering::Texture).name(),
                          "Loading the rest...", "0 resources loaded", "Done loading resources.",
                          "Window created."}),
                   log.Lines());

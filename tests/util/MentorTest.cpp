@@ -28,7 +28,7 @@ protected:
     {
         PictureMentor::s_default = QUIB_NEW PictureMentor([] { return new Picture("default"); });
     }
-    ~MentorTest() override { PictureMentor::s_default = nullptr; }
+    void TearDown() override { PictureMentor::s_default = nullptr; }
 
     /// Counts what it makes. Null for "", throws "no <name>" for a name with a question mark.
     SharedPtr<PictureMentor> Make(const std::string& name)
@@ -41,12 +41,13 @@ protected:
                     QUIB_THROW(std::runtime_error("no " + name));
                 return name.empty() ? nullptr : new Picture(name);
             });
-        mentor->AddCreateCallback(QUIB_NEW util::Callback([this] { ++creations; }, &owner));
-        mentor->AddDestroyCallback(QUIB_NEW util::Callback([this] { ++destructions; }, &owner));
+        mentor->AddCreateCallback(QUIB_NEW util::Callback([this] { ++creations; }, owner.get()));
+        mentor->AddDestroyCallback(
+            QUIB_NEW util::Callback([this] { ++destructions; }, owner.get()));
         return mentor;
     }
 
-    util::Pointee owner; // of the callbacks
+    util::SharedPtr<util::Pointee> owner = QUIB_NEW util::Pointee; // of the callbacks
     int builds = 0, creations = 0, destructions = 0;
 };
 }
@@ -88,7 +89,7 @@ TEST_F(MentorTest, DestroyCallbacksStillFindTheResource)
     const SharedPtr<PictureMentor> mentor = Make("cat");
     std::string found;
     mentor->AddDestroyCallback(
-        QUIB_NEW util::Callback([&] { found = mentor->GetPtr()->text; }, &owner));
+        QUIB_NEW util::Callback([&] { found = mentor->GetPtr()->text; }, owner.get()));
     mentor->Load();
     mentor->Unload();
     EXPECT_EQ("cat", found);

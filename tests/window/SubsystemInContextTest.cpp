@@ -5,10 +5,10 @@
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
-#include "rendering/GraphicsResource.h"
 #include "rendering/Renderer.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
+#include "util/Mentor.h"
 #include "window/XServer.h"
 
 #include <GL/glew.h>
@@ -240,7 +240,7 @@ TEST_F(SubsystemInContextTest, ANewWindowStartsWithCacheAndGLInWhite)
 
 namespace
 {
-class List : public rendering::GraphicsResource
+class List : public util::AbstractMentor
 {
 public:
     void Load() override
@@ -262,7 +262,7 @@ public:
         m_name = 0;
         ++unloads;
     }
-    unsigned long MemoryUsage() const override { return 0; }
+    const std::type_info& GetType() const override { return typeid(List); }
 
     unsigned m_name = 0;
     int unloads = 0;
