@@ -1,32 +1,134 @@
 #include "rendering/Texture.h"
 
 #include "rendering/Renderer.h"
+#include "rendering/ResourceSettings.h"
+#include "util/ScopeProfiler.h"
 
 #include <GL/glew.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace rendering
 {
-Texture::Texture(const ImageFloatPtr& image, const ImageType& type)
-    : m_type(type)
-    , m_size(int(image->GetWidth()), int(image->GetHeight()))
+namespace
+{
+// What passes rows without padding, while it lives.
+class TightRows
+{
+public:
+    /// @param name  GL_UNPACK_ALIGNMENT or GL_PACK_ALIGNMENT
+    explicit TightRows(GLenum name)
+        : m_name(name)
+    {
+        glGetIntegerv(name, &m_before);
+        glPixelStorei(name, 1);
+    }
+    ~TightRows() { glPixelStorei(m_name, m_before); }
+    TightRows(const TightRows&) = delete;
+    TightRows& operator=(const TightRows&) = delete;
+
+private:
+    GLenum m_name;
+    GLint m_before = 4;
+};
+
+GLenum ChooseInternalFormat(GLenum format)
+{
+    if (ResourceSettings::s_force16BitTextures)
+        switch (format)
+        {
+        case GL_RGB:
+            return GL_RGB5;
+        case GL_RGBA:
+            return GL_RGB5_A1;
+        }
+    return format;
+}
+
+bool IsDepth(GLenum format)
+{
+    return format == GL_DEPTH_COMPONENT || format == GL_DEPTH_COMPONENT16 ||
+           format == GL_DEPTH_COMPONENT24 || format == GL_DEPTH_COMPONENT32;
+}
+
+unsigned long BytesAPixel(GLenum format)
+{
+    switch (format)
+    {
+    case GL_ALPHA:
+    case GL_LUMINANCE:
+        return 1;
+    case GL_ALPHA16:
+    case GL_RGB5:
+    case GL_RGB5_A1:
+    case GL_DEPTH_COMPONENT16:
+        return 2;
+    case GL_RGB:
+    case GL_DEPTH_COMPONENT:
+    case GL_DEPTH_COMPONENT24:
+        return 3;
+    case GL_RGBA:
+    case GL_DEPTH_COMPONENT32:
+        return 4;
+    }
+    CODE_ASSERT(!"Bad image format");
+    return 0;
+}
+
+GLint MinFilter(bool mipmaps, const Texture::Quality& quality)
+{
+    if (!mipmaps)
+        return quality.m_linearMin ? GL_LINEAR : GL_NEAREST;
+    if (quality.m_linearMip)
+        return quality.m_linearMin ? GL_LINEAR_MIPMAP_LINEAR : GL_NEAREST_MIPMAP_LINEAR;
+    return quality.m_linearMin ? GL_LINEAR_MIPMAP_NEAREST : GL_NEAREST_MIPMAP_NEAREST;
+}
+
+/// An error that others left behind is not the new texture's.
+void ReportEarlierError()
+{
+    try
+    {
+        CheckForGLError();
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION); // it has been logged
+    }
+}
+
+void ThrowGLUError(GLint code)
+{
+    const GLubyte* text = gluErrorString(static_cast<GLenum>(code));
+    QUIB_THROW(
+        std::runtime_error("GLU-Error: " + (text ? util::String(reinterpret_cast<const char*>(text))
+                                                 : "error " + util::ToString(code))));
+}
+}
+
+Texture::Texture(const AbstractImagePtr& image, const ImageType& type)
+    : m_image(image)
+    , m_size(static_cast<int>(image->GetWidth()), static_cast<int>(image->GetHeight()))
+    , m_type(type)
+    , m_internalFormat(ChooseInternalFormat(type.m_format))
 {
     if (!HasGLLoaded())
         return;
-    glGenTextures(1, &m_name);
-    glBindTexture(GL_TEXTURE_2D, m_name);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    if (m_type.mipmaps)
-        gluBuild2DMipmaps(GL_TEXTURE_2D, int(m_type.format), m_size.x, m_size.y, GL_ALPHA, GL_FLOAT,
-                          image->data());
-    else
-        glTexImage2D(GL_TEXTURE_2D, 0, int(m_type.format), m_size.x, m_size.y, 0, GL_ALPHA,
-                     GL_FLOAT, image->data());
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
-                    m_type.mipmaps ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glBindTexture(GL_TEXTURE_2D, 0);
+    ReportEarlierError();
+    try
+    {
+        QUIB_PASS_ON(glGenTextures(1, &m_name));
+        QUIB_PASS_ON(Upload());
+        QUIB_PASS_ON(CommitQuality());
+        QUIB_PASS_ON(CheckForGLError());
+    }
+    catch (...)
+    {
+        glBindTexture(GL_TEXTURE_2D, 0);
+        glDeleteTextures(1, &m_name);
+        throw;
+    }
 }
 
 Texture::~Texture()
@@ -35,13 +137,57 @@ Texture::~Texture()
         glDeleteTextures(1, &m_name);
 }
 
-unsigned long Texture::MemoryUsage() const
+void Texture::Upload()
+{
+    const TightRows tightRows(GL_UNPACK_ALIGNMENT);
+    const GLint internalFormat = static_cast<GLint>(m_internalFormat);
+    const void* data = m_image->GetDataVoidPtr();
+    glBindTexture(GL_TEXTURE_2D, m_name);
+    if (m_type.m_mipmaps)
+    {
+        const GLint code = gluBuild2DMipmaps(GL_TEXTURE_2D, internalFormat, m_size.x, m_size.y,
+                                             m_image->GetFormat(), m_image->GetType(), data);
+        if (code != 0)
+            ThrowGLUError(code);
+    }
+    else
+        glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, m_size.x, m_size.y, 0, m_image->GetFormat(),
+                     m_image->GetType(), data);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Texture::CommitQuality()
 {
     if (!m_name)
-        return 0;
-    const unsigned long bytesPerPixel = m_type.format == GL_ALPHA16 ? 2 : 1;
-    const unsigned long bytes = static_cast<unsigned long>(m_size.x) * m_size.y * bytesPerPixel;
-    return m_type.mipmaps ? bytes * 4 / 3 : bytes;
+        return;
+    const Quality& quality = m_type.m_quality;
+    const GLint clamp = GLEW_ARB_texture_border_clamp ? GL_CLAMP_TO_EDGE : GL_CLAMP;
+    glBindTexture(GL_TEXTURE_2D, m_name);
+    const auto set = [](GLenum name, GLint value) { glTexParameteri(GL_TEXTURE_2D, name, value); };
+    set(GL_TEXTURE_WRAP_S, quality.m_clampS ? clamp : GL_REPEAT);
+    set(GL_TEXTURE_WRAP_T, quality.m_clampT ? clamp : GL_REPEAT);
+    set(GL_TEXTURE_MIN_FILTER, MinFilter(m_type.m_mipmaps, quality));
+    set(GL_TEXTURE_MAG_FILTER, quality.m_linearMag ? GL_LINEAR : GL_NEAREST);
+    if (IsDepth(m_internalFormat))
+    {
+        set(GL_DEPTH_TEXTURE_MODE, GL_INTENSITY);
+        set(GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE);
+        set(GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Texture::SetQuality(const Quality& quality)
+{
+    m_type.m_quality = quality;
+    CommitQuality();
+}
+
+unsigned long Texture::MemoryUsage() const
+{
+    const unsigned long bytes =
+        static_cast<unsigned long>(m_size.x) * m_size.y * BytesAPixel(m_internalFormat);
+    return m_type.m_mipmaps ? bytes * 4 / 3 : bytes;
 }
 
 void Texture::Bind() const
@@ -52,5 +198,67 @@ void Texture::Bind() const
 void Texture::Unbind() const
 {
     glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Texture::Bind(int unit) const
+{
+    CODE_ASSERT(HasMultiTexturing());
+    glActiveTextureARB(GL_TEXTURE0 + unit);
+    glBindTexture(GL_TEXTURE_2D, m_name);
+}
+
+void Texture::Unbind(int unit) const
+{
+    CODE_ASSERT(HasMultiTexturing());
+    glActiveTextureARB(GL_TEXTURE0 + unit);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Texture::Copy()
+{
+    Copy(m_size.x, m_size.y);
+}
+
+void Texture::Copy(int w, int h)
+{
+    QUIB_PROFILE("Texture::Copy");
+    if (!m_name)
+        return;
+    Bind();
+    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, w, h);
+    Unbind();
+}
+
+ImageRGBA32Ptr Texture::ReadRGBA() const
+{
+    QUIB_PROFILE("Read");
+    const ImageRGBA32Ptr image = QUIB_NEW ImageRGBA32(m_image->GetWidth(), m_image->GetHeight());
+    image->SetHasAlpha(HasAlpha());
+    if (!m_name)
+    {
+        std::fill_n(image->data(), size_t(m_size.x) * m_size.y, PixelRGBA32());
+        return image;
+    }
+    Bind();
+    // One with mipmaps may have been brought to powers of two.
+    GLint width = 0, height = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &height);
+    if (width == m_size.x && height == m_size.y)
+        glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, image->data());
+    else
+    {
+        std::vector<PixelRGBA32> level(static_cast<size_t>(width) * height);
+        glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, level.data());
+        gluScaleImage(GL_RGBA, width, height, GL_UNSIGNED_BYTE, level.data(), m_size.x, m_size.y,
+                      GL_UNSIGNED_BYTE, image->data());
+    }
+    Unbind();
+    return image;
+}
+
+bool HasMultiTexturing()
+{
+    return GLEW_ARB_multitexture;
 }
 }
