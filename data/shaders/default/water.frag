@@ -14,13 +14,15 @@ void main()
 {
     vec4 field = texture2D(Field, place);
     // In pixels, by the field's slope. At a high zoom it has steps of more than a pixel.
-    float slope = max(length(vec2(dFdx(field.a), dFdy(field.a))), 0.005);
+    vec2 rise = vec2(dFdx(field.a), dFdy(field.a));
+    float slope = max(length(rise), 0.005);
     float depth = (field.a - Cutoff) / slope + 0.5;
     if (depth <= 0.0)
         discard;
 
-    float rim = clamp(1.0 - depth / 3.5, 0.0, 1.0);
-    float deep = clamp(field.g * 3.0, 0.0, 1.0);
-    vec3 color = mix(Color.rgb, vec3(1.0), 0.5 * rim) * (1.0 - 0.3 * deep);
-    gl_FragColor = vec4(color, Color.a * min(depth, 1.0));
+    // Lit from above: a surface that looks down has half of the rim.
+    float rim = clamp(1.6 - depth * 0.4, 0.0, 1.0) * (0.65 - 0.3 * rise.y / slope);
+    float dark = 0.2 * clamp(field.g * 8.0, 0.0, 1.0) + 0.2 * field.g;
+    vec3 color = mix(Color.rgb * (1.0 - dark), vec3(0.9, 0.98, 1.0), rim);
+    gl_FragColor = vec4(color, min(Color.a * (1.0 + 0.4 * rim), 1.0) * min(depth, 1.0));
 }
