@@ -23,6 +23,7 @@
 #include "util/Color.h"
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
+#include "util/StaticProfilerData.h"
 
 #include <GL/gl.h>
 #include <SDL_keysym.h>
@@ -343,7 +344,7 @@ void App::DrawEntities() const
     for (const auto& entity : m_visibleEntities)
     {
         entity->SetSelected(Scene::GetInstancePtr()->IsSelected(entity));
-        QUIB_PROFILE("Entity::Draw");
+        QUIB_PROFILE_OFTEN("Entity::Draw");
         DrawTransformed(*entity);
         glTranslatef(0, 0, step);
     }

@@ -13,6 +13,8 @@
 #include "rendering/Renderer.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
+#include "util/Profiler.h"
+#include "util/Profiler2.h"
 #include "util/ScopeProfiler.h"
 #include "util/Timer.h"
 
@@ -125,6 +127,9 @@ Subsystem::Subsystem()
     input::Input* input = input::Input::GetInstancePtr();
     input->InitializeSDL();
     input->AddListener(util::WeakPtr<InputListener>(this));
+    // Behind the GUI, which puts itself first.
+    input->AddListener(util::WeakPtr<InputListener>(util::Profiler::GetInstancePtr()));
+    input->AddListener(util::WeakPtr<InputListener>(util::Profiler2::GetInstancePtr()));
     SetIcon();
 
     AddCmd("exit", &Subsystem::Exit);
@@ -338,6 +343,8 @@ void Subsystem::Run()
     double previous = util::Timer::GetCurrentTime();
     m_fpsTime = previous;
     LogPrecisions();
+    util::Profiler::GetInstancePtr()->Reset();
+    m_profiledUntil = util::Timer::GetRealMilliseconds();
     // Sticks tell where they rest with the first events.
     input::Input::GetInstancePtr()->PumpEvents();
     input::Input::GetInstancePtr()->CalibrateJoysticks();
@@ -387,14 +394,27 @@ void Subsystem::Run()
             QUIB_PROFILE("Draw");
             QUIB_PASS_ON(Draw());
         }
+        QUIB_PASS_ON(UpdateProfilers());
         {
             QUIB_PROFILE("Logger::Update");
             QUIB_PASS_ON(logging::Logger::GetInstancePtr()->Update());
         }
-        LimitRate(dt);
+        {
+            QUIB_PROFILE("Frame limiter");
+            LimitRate(dt);
+        }
         previous = now;
     }
     ResourceManager::GetInstancePtr()->UnloadAll();
+}
+
+void Subsystem::UpdateProfilers()
+{
+    util::Profiler::GetInstancePtr()->Update();
+    // The frame's own dt is what a replay tells, and the places are timed by the machine's clock.
+    const unsigned now = util::Timer::GetRealMilliseconds();
+    util::Profiler2::GetInstancePtr()->Update((now - m_profiledUntil) / 1000.0);
+    m_profiledUntil = now;
 }
 
 void Subsystem::LimitRate(float dt)

@@ -70,6 +70,7 @@ private:
     void BringBackWindow(const VideoMode& mode, const WindowParams& params);
     void PumpEvents();
     void Draw();
+    void UpdateProfilers();
     void ForceOpaque();
     void TakeWishedScreenshot();
     void MeasureRate();
@@ -85,6 +86,7 @@ private:
     int m_frameCount = 0; // since the last measurement of the rate
     double m_fpsTime = 0; // seconds; of that measurement
     double m_fps = 0;
+    unsigned m_profiledUntil = 0; // milliseconds of real time
     bool m_exit = false;
     VideoMode m_videoMode;
     WindowParams m_windowParams; // in force

@@ -2,8 +2,11 @@
 
 #include "input/Input.h"
 #include "input/Key.h"
+#include "logging/Log.h"
 #include "rendering/Renderer.h"
 #include "rendering/Texture.h"
+#include "util/Profiler.h"
+#include "util/Profiler2.h"
 #include "util/ScopeProfiler.h"
 
 #include <GL/gl.h>
@@ -48,6 +51,20 @@ bool UpdateMouseOverTree(Component& component, bool allowed, const math::Vec2& p
             }
         });
     return isOver;
+}
+
+/// Into the log, each text once, as long as the GUI can draw none.
+/// @param shown  the latest
+template<typename P>
+void ShowProfile(util::String& shown)
+{
+    if (!P::Exists() || !P::GetInstancePtr()->IsActive())
+        return;
+    const util::String& output = P::GetInstancePtr()->GetOutput();
+    if (output == shown)
+        return;
+    shown = output;
+    Log(logging::LogInfo, "Profiler output:\n" + output);
 }
 }
 
@@ -138,6 +155,7 @@ void GUI::Draw()
         glPopMatrix();
     }
     DrawCursor();
+    ShowProfiles();
     End();
 }
 
@@ -188,6 +206,13 @@ void GUI::DrawCursor()
     renderer->DrawRectGUI(input::Input::GetInstancePtr()->GetMousePos() - size / 2.0f, size,
                           math::Vec2(1, 1));
     m_cursor->Unbind();
+}
+
+void GUI::ShowProfiles()
+{
+    QUIB_PROFILE("Profiler output");
+    ShowProfile<util::Profiler>(m_shownProfile);
+    ShowProfile<util::Profiler2>(m_shownProfile2);
 }
 
 void GUI::ShowOSCursor(bool show)

@@ -66,6 +66,7 @@ private:
 
     void UpdateMouseOver(const math::Vec2& pos);
     void DrawCursor();
+    void ShowProfiles();
     void ShowOSCursor(bool show);
 
     script::AttribWrapper<float> m_clickTolerance;     // GUI units
@@ -85,6 +86,8 @@ private:
     util::WeakPtr<Component> m_keyboardOwner;
     rendering::TextureProxy m_cursor;                 // null: the desktop's
     std::optional<bool> m_isOSCursorShown;            // as told SDL last, in this window
+    util::String m_shownProfile;                      // the latest text of each profiler
+    util::String m_shownProfile2;
     math::TVector2<int> m_windowSize;                 // pixels
     std::optional<rendering::AttribPusher> m_attribs; // from Begin to End
 };
