@@ -238,6 +238,9 @@ void Profiler::Clear()
 
 void Profiler::Listen(bool listen)
 {
+    // Who listens in its place, while it does not, goes on.
+    if (listen == (s_listener == this))
+        return;
     s_listener = listen ? this : nullptr;
     ScopeProfiler::s_begin = listen ? OnBegin : nullptr;
     ScopeProfiler::s_end = listen ? OnEnd : nullptr;

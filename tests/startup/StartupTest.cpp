@@ -1,6 +1,7 @@
 #include "app/Startup.h"
 
 #include "FreshProcess.h"
+#include "KeyEvents.h"
 #include "TestSupport.h"
 #include "app/App.h"
 #include "app/AppGUI.h"
@@ -18,6 +19,7 @@
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 
+#include <SDL_keysym.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -542,4 +544,63 @@ TEST_F(WholeProgramTest, AFolderOfScenesThatMayNotBeReadIsALogLine)
         << err;
     EXPECT_TRUE(Has("config.cfg"));
     fs::permissions(dir / "scenes", fs::owner_all);
+}
+
+// Time passes where a frame is shown, and nearly nowhere else.
+TEST_F(WholeProgramTest, TheNumericPadsDivideLogsWhereAFrameGoes)
+{
+    Write("scenes/welcome.qib", PlaneScene);
+    EXPECT_EQ(0, Run(
+                     []
+                     {
+                         recorded::State().onSwap = []
+                         {
+                             static int s_frame = 0;
+                             recorded::State().now += 50;
+                             if (++s_frame == 1)
+                                 test::SendKey(SDLK_KP_DIVIDE, true);
+                             if (s_frame == 2)
+                                 test::SendKey(SDLK_KP_MULTIPLY, true);
+                             if (s_frame == 60)
+                                 core::Subsystem::GetInstancePtr()->Exit();
+                         };
+                     }))
+        << err;
+    EXPECT_EQ(std::string::npos, log.find("ERROR")) << log;
+    ExpectInOrder(log, {"Profiler output:\nNo output generated yet.\n",
+                        "Profiler output:\nFPS: ", // forced by the key
+                        "Profiler output:\nFPS: 20.00\n",
+                        "Profile data for 1.000 s\n",
+                        " Name ",
+                        " Main ",
+                        "   Events ",
+                        "     Event handling ",
+                        "       Joystick update ",
+                        "       Poll loop ",
+                        "   GC ",
+                        "   Parser::Update ",
+                        "   Interp::Update ",
+                        "   GUI::Update ",
+                        "     App::Update ",
+                        "       AppGUI::Update ",
+                        "       Simulation::Update ",
+                        "         Simu::Step ",
+                        "       Scene::Update ",
+                        "   Draw ",
+                        "     glClear ",
+                        "     GUI::Draw ",
+                        "       App::DrawComp ",
+                        "         Culling ",
+                        "         Setup ",
+                        "         Entities ",
+                        "       Profiler output ",
+                        "     SDL_GL_SwapBuffers ",
+                        "   Logger::Update ",
+                        "   Frame limiter "});
+    EXPECT_NE(std::string::npos, log.find("\n Entity::Draw "));
+    const size_t at = log.rfind("     SDL_GL_SwapBuffers ");
+    ASSERT_NE(std::string::npos, at);
+    const std::string row = log.substr(at, log.find('\n', at) - at);
+    EXPECT_NE(std::string::npos, row.find("   100.0 %   ")) << row;
+    EXPECT_NE(std::string::npos, row.find(" 50000        50000     50000     1.0")) << row;
 }
