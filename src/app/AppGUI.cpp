@@ -82,7 +82,8 @@ void AppGUI::Update(float dt)
                                    { return widget->GetGroup() && widget->GetGroup()->IsEmpty(); }),
                     m_widgets.end());
 
-    if (util::Timer::GetCurrentTime() - m_lastAutosave > App::GetInstancePtr()->GetAutosaveTime())
+    if (m_autosaves &&
+        util::Timer::GetCurrentTime() - m_lastAutosave > App::GetInstancePtr()->GetAutosaveTime())
     {
         script::Parser::GetInstancePtr()->SaveConfig(
             util::FileSystem::GetInstancePtr()->ConfigDir() + CONFIG_AUTOSAVE);

@@ -24,6 +24,8 @@ public:
     AppGUI();
     ~AppGUI() override;
 
+    /// From here on nothing is saved that nobody asked for.
+    void StopAutosaves() { m_autosaves = false; }
     /// Once a frame, and so what saves the scene and the configuration every App.autosaveTime.
     void Update(float dt) override;
 
@@ -154,6 +156,7 @@ private:
     math::TVector2<int> m_windowedSize; // pixels; of the window before it filled the screen
     bool m_wantsDefaults = false;
     double m_lastAutosave; // seconds
+    bool m_autosaves = true;
 };
 
 // The kinds of popup that OpenMenu opens.

@@ -1,5 +1,9 @@
 #include "app/ProgramArguments.h"
 
+#include "app/PictureTaker.h"
+
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 
 namespace app
@@ -12,6 +16,11 @@ const char* const ProgramHelp =
     "  --replay FILE         play a recording: start with the same scene and settings as it did\n"
     "  --quit-after-replay   end when it is over, and where it ended; else you go on with it "
     "yourself\n"
+    "  --screenshot FILE     run the scene without you, write a picture of it to FILE, a PNG, and "
+    "end; "
+    "nothing\n"
+    "                        else is saved\n"
+    "  --after SECONDS       of running before the picture; 1 when it is not given\n"
     "  --version             print the version\n"
     "  --help                print this\n";
 
@@ -35,11 +44,27 @@ void TakeFile(util::String& file, int argc, char** argv, int& i)
     if (util::iends_with(file, ".qib"))
         Refuse(option + " needs a file, and \"" + file + "\" is a scene");
 }
+
+double TakeSeconds(int argc, char** argv, int& i)
+{
+    const util::String option = argv[i];
+    const char* const text = i + 1 < argc ? argv[++i] : "";
+    // As a script reads a number: with a point, whatever the language.
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    double seconds = -1;
+    if (!(stream >> seconds) || !stream.eof() || !(seconds >= 0) ||
+        !(seconds <= PictureTaker::MaxSeconds))
+        Refuse(option + " needs a number of seconds from 0 to " +
+               util::ToString(static_cast<int>(PictureTaker::MaxSeconds)));
+    return seconds;
+}
 }
 
 ProgramArguments ReadProgramArguments(int argc, char** argv)
 {
     ProgramArguments arguments;
+    bool isAfterGiven = false;
     for (int i = 0; i < argc; ++i)
     {
         const util::String word = argv[i];
@@ -49,6 +74,13 @@ ProgramArguments ReadProgramArguments(int argc, char** argv)
             TakeFile(arguments.replay, argc, argv, i);
         else if (i > 0 && word == "--quit-after-replay")
             arguments.quitAfterReplay = true;
+        else if (i > 0 && word == "--screenshot")
+            TakeFile(arguments.screenshot, argc, argv, i);
+        else if (i > 0 && word == "--after")
+        {
+            arguments.after = TakeSeconds(argc, argv, i);
+            isAfterGiven = true;
+        }
         else if (i > 0 && word == "--help")
             arguments.help = true;
         else
@@ -58,6 +90,10 @@ ProgramArguments ReadProgramArguments(int argc, char** argv)
         Refuse("--record and --replay exclude each other");
     if (arguments.quitAfterReplay && arguments.replay.empty())
         Refuse("--quit-after-replay needs --replay");
+    if (isAfterGiven && arguments.screenshot.empty())
+        Refuse("--after needs --screenshot");
+    if (!arguments.screenshot.empty() && !(arguments.record + arguments.replay).empty())
+        Refuse("--screenshot excludes --record and --replay");
     return arguments;
 }
 }

@@ -12,6 +12,8 @@ struct ProgramArguments
     util::String record; // the file to write a recording to; "" for none
     util::String replay; // the recording to play; "" for none
     bool quitAfterReplay = false;
+    util::String screenshot; // the picture to take; "" for none
+    double after = 1;        // seconds until it is taken
     bool help = false;
     std::vector<char*> others; // the program's name and all that is no option, in order
 };

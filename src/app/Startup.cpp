@@ -4,6 +4,7 @@
 #include "app/AppGUI.h"
 #include "app/Constants.h"
 #include "app/FileInfo.h"
+#include "app/PictureTaker.h"
 #include "app/ProgramArguments.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
@@ -150,19 +151,51 @@ void OpenWindow(bool isFirstRun)
                                   reinterpret_cast<const char*>(extensions));
 }
 
-void LoadFirstScene(int argc, char** argv)
+util::String ScenePathFrom(ProgramArguments& arguments)
 {
-    const util::String path = ScenePathFromArguments(argc, argv);
+    return ScenePathFromArguments(static_cast<int>(arguments.others.size()),
+                                  arguments.others.data());
+}
+
+/// @return whether the scene that was asked for is there
+bool LoadFirstScene(const util::String& path)
+{
     if (path.empty())
     {
         LoadScene();
-        return;
+        return true;
     }
     Log(logging::LogVerbose, "Loading argument " + path);
-    App::GetInstancePtr()->GetAppGUI()->LoadScene(path, true);
+    return App::GetInstancePtr()->GetAppGUI()->LoadScene(path, true);
 }
 
-void RunProgram(int argc, char** argv)
+void TearDown()
+{
+    Log(logging::LogInfo, "Destroying subsystem");
+    script::Parser::Destroy();
+    core::Subsystem::Destroy();
+}
+
+/// Saves nothing: settings and scenes are the user's, who is not here.
+/// @return the exit code
+int TakePicture(const ProgramArguments& arguments, bool isSceneLoaded)
+{
+    const util::SharedPtr<PictureTaker> taker =
+        QUIB_NEW PictureTaker(arguments.screenshot, arguments.after);
+    if (isSceneLoaded)
+    {
+        App::GetInstancePtr()->GetAppGUI()->StopAutosaves();
+        gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(taker);
+        core::Subsystem::GetInstancePtr()->Run();
+    }
+    if (!taker->IsDone())
+        Log(logging::LogError, "No picture was taken");
+    TearDown();
+    return taker->IsDone() ? 0 : 1;
+}
+
+/// @return the exit code
+int RunProgram(ProgramArguments& arguments)
 {
     CreateServices();
     WarnOfSecondCopy();
@@ -170,13 +203,17 @@ void RunProgram(int argc, char** argv)
     Log(logging::LogInfo, "Application created");
 
     const bool isFirstRun = !LoadConfiguration();
-    OpenWindow(isFirstRun);
+    const bool isPicture = !arguments.screenshot.empty();
+    OpenWindow(isFirstRun && !isPicture);
     App::GetInstancePtr()->CreateGUI();
-    LoadFirstScene(argc, argv);
+    const bool isSceneLoaded = LoadFirstScene(ScenePathFrom(arguments));
+    if (isPicture)
+        return TakePicture(arguments, isSceneLoaded);
 
     Log(logging::LogVerbose, "Running program...");
     core::Subsystem::GetInstancePtr()->Run();
     ShutDown();
+    return 0;
 }
 }
 
@@ -292,9 +329,7 @@ void ShutDown()
     Files()->EraseLeftover(Files()->ConfigDir() + CONFIG_AUTOSAVE);
     Files()->EraseLeftover(Files()->SceneDir() + Scene_Autosave);
 
-    Log(logging::LogInfo, "Destroying subsystem");
-    script::Parser::Destroy();
-    core::Subsystem::Destroy();
+    TearDown();
     Log(logging::LogInfo, "Returning 0 from main");
     logging::Logger::Destroy();
 }
@@ -328,6 +363,8 @@ void StartRecordingOrReplay(const ProgramArguments& arguments)
 {
     if (!arguments.record.empty())
         new input::Recorder(arguments.record);
+    if (!arguments.screenshot.empty())
+        new input::Replay(PictureTaker::MakeRecording(arguments.after), true, false);
     if (arguments.replay.empty())
         return;
     try
@@ -345,12 +382,14 @@ ProgramArguments FollowArguments(int argc, char** argv)
 {
     try
     {
-        const ProgramArguments arguments = ReadProgramArguments(argc, argv);
+        ProgramArguments arguments = ReadProgramArguments(argc, argv);
         if (arguments.help)
         {
             std::cout << ProgramHelp << std::flush;
             std::exit(0);
         }
+        if (!arguments.screenshot.empty() && ScenePathFrom(arguments).empty())
+            throw std::invalid_argument("--screenshot needs a scene");
         StartRecordingOrReplay(arguments);
         return arguments;
     }
@@ -380,9 +419,10 @@ int SDL_main(int argc, char** argv)
     app::ProgramArguments arguments = app::FollowArguments(argc, argv);
 
     core::Subsystem::HandleSignals();
+    int status = 1;
     try
     {
-        app::RunProgram(static_cast<int>(arguments.others.size()), arguments.others.data());
+        status = app::RunProgram(arguments);
     }
     catch (std::exception& e)
     {
@@ -397,5 +437,5 @@ int SDL_main(int argc, char** argv)
         app::EndAfterFailure("Unknown exception caught", "Badness", os::ShowErrorPopup);
     }
     // Deliberate: most services are never torn down, and no static destructor may meet them.
-    _exit(0);
+    _exit(status);
 }

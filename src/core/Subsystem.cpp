@@ -266,7 +266,7 @@ void Subsystem::MakeWindow(WindowParams params)
 
     if (!m_screenshotAdded)
     {
-        AddVoidCmd("screenshot", [this] { m_screenshotWished = true; });
+        AddVoidCmd("screenshot", [this] { TakeScreenshot(); });
         m_screenshotAdded = true;
     }
     Log(logging::LogVerbose, "Window created.");
@@ -334,7 +334,7 @@ void Subsystem::PumpEvents()
     if (s_screenshotSignal)
     {
         s_screenshotSignal = 0;
-        m_screenshotWished = true;
+        TakeScreenshot();
     }
 }
 
@@ -447,7 +447,7 @@ void Subsystem::Draw()
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     }
     gui::GUI::GetInstancePtr()->Draw();
-    TakeWishedScreenshot();
+    CallOnFrame();
     ForceOpaque();
     {
         QUIB_PROFILE("SDL_GL_SwapBuffers");
@@ -457,15 +457,25 @@ void Subsystem::Draw()
     rendering::CheckForGLError();
 }
 
-void Subsystem::TakeWishedScreenshot()
+void Subsystem::TakeScreenshot()
 {
-    if (!m_screenshotWished)
+    CallWithFrame(
+        []
+        {
+            rendering::Renderer::GetInstancePtr()->ScreenShot(
+                util::FileSystem::GetInstancePtr()->WorkDir() + "screenshots/quib");
+        });
+}
+
+void Subsystem::CallOnFrame()
+{
+    if (!m_onFrame)
         return;
-    m_screenshotWished = false;
+    const std::function<void()> function = std::move(m_onFrame);
+    m_onFrame = nullptr;
     try
     {
-        rendering::Renderer::GetInstancePtr()->ScreenShot(
-            util::FileSystem::GetInstancePtr()->WorkDir() + "screenshots/quib");
+        function();
     }
     catch (std::exception& e)
     {

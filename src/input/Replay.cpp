@@ -18,9 +18,10 @@ Replay* Replay::Get()
     return s_replay;
 }
 
-Replay::Replay(Recording recording, bool quitAfter)
+Replay::Replay(Recording recording, bool quitAfter, bool isPaced)
     : m_recording(std::move(recording))
     , m_quitAfter(quitAfter)
+    , m_isPaced(isPaced)
 {
     s_replay = this;
     util::Timer::SetSource(ReadClock);
@@ -86,7 +87,7 @@ bool Replay::WantsQuit() const
 
 unsigned Replay::GetTimeToNextFrame() const
 {
-    if (m_isOver || !m_isStarted || m_frame + 1 == m_recording.frames.size())
+    if (!m_isPaced || m_isOver || !m_isStarted || m_frame + 1 == m_recording.frames.size())
         return 0;
     const unsigned due = m_recording.frames[m_frame + 1].time - m_recording.frames[0].time;
     const unsigned passed = util::Timer::GetRealMilliseconds() - m_realStart;

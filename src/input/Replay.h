@@ -11,7 +11,8 @@ class Replay
 public:
     /// From here on the program's clock is that of the recording, so: before all services.
     /// @param quitAfter  the program is to end where the recording does
-    Replay(Recording recording, bool quitAfter);
+    /// @param isPaced    its frames last as long as they did; else no longer than they must
+    Replay(Recording recording, bool quitAfter, bool isPaced = true);
     ~Replay();
     Replay(const Replay&) = delete;
     Replay& operator=(const Replay&) = delete;
@@ -40,6 +41,7 @@ private:
 
     Recording m_recording;
     bool m_quitAfter;
+    bool m_isPaced;
     bool m_isStarted = false; // frames are played
     bool m_isOver = false;
     size_t m_frame = 0;

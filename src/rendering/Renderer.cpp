@@ -1,6 +1,7 @@
 #include "rendering/Renderer.h"
 
 #include "logging/Log.h"
+#include "rendering/PngFile.h"
 #include "util/FileSystem.h"
 
 #include <GL/glew.h>
@@ -8,6 +9,7 @@
 
 #include <cstdio>
 #include <ctime>
+#include <vector>
 
 namespace rendering
 {
@@ -16,6 +18,17 @@ namespace
 bool s_isGlLoaded = false;
 
 const math::Vec4 White(1, 1, 1, 1);
+
+/// From its lower left corner, 3 bytes a pixel.
+void ReadFrame(const math::TVector2<int>& size, GLenum format, void* pixels)
+{
+    // Rows of a width that is no multiple of 4 would be padded.
+    GLint alignment = 4;
+    glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, size.x, size.y, format, GL_UNSIGNED_BYTE, pixels);
+    glPixelStorei(GL_PACK_ALIGNMENT, alignment);
+}
 }
 
 Renderer::Renderer()
@@ -178,14 +191,18 @@ void Renderer::ScreenShotToFile(const util::String& file)
     s_text.assign(reinterpret_cast<const char*>(header), sizeof(header));
     s_text.resize(sizeof(header) + static_cast<size_t>(size.x) * size.y * 3);
 
-    // Rows of a width that is no multiple of 4 would be padded.
-    GLint alignment = 4;
-    glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, size.x, size.y, GL_BGR, GL_UNSIGNED_BYTE, &s_text[sizeof(header)]);
-    glPixelStorei(GL_PACK_ALIGNMENT, alignment);
+    ReadFrame(size, GL_BGR, &s_text[sizeof(header)]);
 
     util::FileSystem::GetInstancePtr()->WriteFile(file, s_text);
+    Log(logging::LogVerbose, "Screenshot saved to \"" + file + "\"");
+}
+
+void Renderer::ScreenShotToPng(const util::String& file)
+{
+    const math::TVector2<int> size = GetViewportSize();
+    std::vector<unsigned char> rgb(static_cast<size_t>(size.x) * size.y * 3);
+    ReadFrame(size, GL_RGB, rgb.data());
+    WritePngFile(file, size.x, size.y, rgb.data());
     Log(logging::LogVerbose, "Screenshot saved to \"" + file + "\"");
 }
 

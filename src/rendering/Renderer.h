@@ -57,6 +57,9 @@ public:
     /// Uncompressed 24-bit TGA. The file is whole, or as it was before.
     /// @throws Exception  when it can't be written
     void ScreenShotToFile(const util::String& file);
+    /// The file is whole, or as it was before.
+    /// @throws Exception  when it can't be written
+    void ScreenShotToPng(const util::String& file);
 
 private:
     math::Vec4 m_color;

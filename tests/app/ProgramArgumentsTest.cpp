@@ -70,6 +70,17 @@ TEST(ProgramArguments, OptionsStandAnywhereAndTheSceneKeepsItsMeaning)
     EXPECT_TRUE(Read({"x", "--help"}).help);
 }
 
+TEST(ProgramArguments, APictureNamesItsFileAndItsTime)
+{
+    const ProgramArguments arguments = Read({"a", "--screenshot", "b.png", "scene.qib"});
+    EXPECT_EQ("b.png", arguments.screenshot);
+    EXPECT_EQ(1, arguments.after);
+    EXPECT_EQ((Words{"quib", "a", "scene.qib"}), Others(arguments));
+    EXPECT_EQ(2.5, Read({"--after", "2.5", "--screenshot", "b.png"}).after);
+    EXPECT_EQ(0, Read({"--screenshot", "b.png", "--after", "0"}).after);
+    EXPECT_EQ("", Read({}).screenshot);
+}
+
 TEST(ProgramArguments, WhatCannotBeFollowedIsRefused)
 {
     const struct
@@ -78,6 +89,21 @@ TEST(ProgramArguments, WhatCannotBeFollowedIsRefused)
         const char* failure;
     } cases[] = {
         {{"--record"}, "--record needs a file"},
+        {{"--screenshot"}, "--screenshot needs a file"},
+        {{"--screenshot", "--after", "1"}, "--screenshot needs a file"},
+        {{"--screenshot", "a.qib"}, "--screenshot needs a file, and \"a.qib\" is a scene"},
+        {{"--after", "1"}, "--after needs --screenshot"},
+        {{"--screenshot", "a", "--after"}, "--after needs a number of seconds from 0 to 3600"},
+        {{"--screenshot", "a", "--after", "-1"},
+         "--after needs a number of seconds from 0 to 3600"},
+        {{"--screenshot", "a", "--after", "3601"},
+         "--after needs a number of seconds from 0 to 3600"},
+        {{"--screenshot", "a", "--after", "nan"},
+         "--after needs a number of seconds from 0 to 3600"},
+        {{"--screenshot", "a", "--after", "1s"},
+         "--after needs a number of seconds from 0 to 3600"},
+        {{"--screenshot", "a", "--replay", "b"}, "--screenshot excludes --record and --replay"},
+        {{"--screenshot", "a", "--record", "b"}, "--screenshot excludes --record and --replay"},
         {{"--replay", ""}, "--replay needs a file"},
         {{"--record", "--replay", "x"}, "--record needs a file"},
         {{"--record", "a", "--record", "b"}, "--record is given twice"},

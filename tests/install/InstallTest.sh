@@ -102,6 +102,11 @@ check "a recording is looked for there" is \
     "$("$prefix/bin/quib" --quit-after-replay --replay "no such" 2>&1 | tail -n 1)" \
     "quib: $work/no such: it can't be read"
 
+# A picture is meant from there too.
+check "a picture goes there" is \
+    "$("$prefix/bin/quib" --after 1 --screenshot "a.qib" 2>&1 | tail -n 1)" \
+    "quib: --screenshot needs a file, and \"$work/a.qib\" is a scene"
+
 # What the user changed stays; a link to a tree that has moved is renewed.
 echo "// mine" >"$home/autoexec.cfg"
 ln -sfn /gone "$home/data"
