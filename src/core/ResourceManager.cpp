@@ -2,6 +2,7 @@
 
 #include "rendering/Renderer.h"
 #include "rendering/ResourceSettings.h"
+#include "rendering/Shader.h"
 #include "rendering/Texture.h"
 #include "util/Mentor.h"
 
@@ -36,6 +37,7 @@ ResourceManager::ResourceManager()
     AddVoidCmd("loadAll", [this] { LoadAll(false); });
     AddVoidCmd("reloadAll", [this] { LoadAll(true); });
     AddVoidCmd("reloadTextures", [this] { LoadClass<rendering::Texture>(true); });
+    AddVoidCmd("reloadShaders", [this] { LoadClass<rendering::Shader>(true); });
     AddCmd("vramUsage", &ResourceManager::GetVRAMUsage);
 }
 
@@ -56,6 +58,8 @@ void ResourceManager::LoadAll(bool reload)
             mentor->Unload();
     }
     LoadClass<rendering::Texture>(reload);
+    if (m_shaders)
+        LoadClass<rendering::Shader>(reload);
     Log(logging::LogInfo, "Loading the rest...");
     for (AbstractMentor* mentor : mentors)
         mentor->Load();
@@ -81,6 +85,10 @@ void ResourceManager::OnShaderOnOffChange()
         return;
     Log(logging::LogInfo,
         util::String("Resources.shaders changed value to ") + util::ToString(m_shaders.Get()));
+    if (!m_shaders)
+        return; // the loaded ones stay, and nobody asks for them
+    Log(logging::LogInfo, "LoadClass<Shader>");
+    LoadClass<rendering::Shader>(true);
 }
 
 void ResourceManager::On16BitChange()
