@@ -3,6 +3,7 @@
 #include "TestSupport.h"
 #include "rendering/GraphicsResource.h"
 #include "rendering/ResourceSettings.h"
+#include "rendering/Shader.h"
 #include "rendering/Texture.h"
 #include "script/Parser.h"
 #include "util/Mentor.h"
@@ -146,11 +147,21 @@ TEST_F(ResourceManagerTest, BeforeAWindowTheSwitchesLoadNothing)
 TEST_F(ResourceManagerTest, LogsWhatItDoes)
 {
     const std::string texture = typeid(rendering::Texture).name();
+    const std::string shader = typeid(rendering::Shader).name();
     test::LogCapture log;
     manager->LoadAll(true);
     manager->UnloadAll();
     EXPECT_EQ((std::vector<std::string>{"Unloading the old", "Reloading " + texture,
-                                        "Loading the rest...", "3 resources loaded",
-                                        "Destroying GL resources"}),
+                                        "Reloading " + shader, "Loading the rest...",
+                                        "3 resources loaded", "Destroying GL resources"}),
               log.Lines());
+}
+
+TEST_F(ResourceManagerTest, ShadersThatNobodyWantsAreNotAskedFor)
+{
+    test::LogCapture log;
+    Script("Resources.shaders = false");
+    manager->LoadAll(false);
+    Script("Resources.shaders = true");
+    EXPECT_FALSE(log.Has(typeid(rendering::Shader).name())) << log.Text();
 }

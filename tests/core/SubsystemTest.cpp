@@ -10,6 +10,7 @@
 #include "os/Platform.h"
 #include "physics/Simulation.h"
 #include "rendering/Renderer.h"
+#include "rendering/Shader.h"
 #include "rendering/Texture.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
@@ -535,6 +536,7 @@ TEST_F(SubsystemTest, ANewWindowIsKnownToEverybody)
                          "Setting video mode", "Init GLEW...", "Setting vsync", "Setting viewport",
                          "Checking for alpha framebuffer", "Loading all resources...",
                          util::String("Reloading ") + typeid(rendering::Texture).name(),
+                         util::String("Reloading ") + typeid(rendering::Shader).name(),
                          "Loading the rest...", "0 resources loaded", "Done loading resources.",
                          "Window created."}),
                   log.Lines());
