@@ -5,11 +5,12 @@ namespace rendering
 ShaderVariable::ShaderVariable(ShaderProxy shader, util::String varName)
     : m_shader(std::move(shader))
     , m_varName(std::move(varName))
+    , m_life(QUIB_NEW util::Pointee)
 {
     m_shader.GetMentor()->AddDestroyCallback(
-        util::MakeCallback(&ShaderVariable::OnShaderDestroy, this));
+        QUIB_NEW util::Callback([this] { OnShaderDestroy(); }, m_life.get()));
     m_shader.GetMentor()->AddCreateCallback(
-        util::MakeCallback(&ShaderVariable::OnShaderCreate, this));
+        QUIB_NEW util::Callback([this] { OnShaderCreate(); }, m_life.get()));
 }
 
 void ShaderVariable::Ask() const

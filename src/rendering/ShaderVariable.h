@@ -2,7 +2,7 @@
 // is built anew.
 //
 // One for each shader and name, not one for each object that is drawn: each hangs two callbacks on the
-// shader's mentor.
+// shader's mentor. It may be a member, a static or on the stack as well as counted.
 #pragma once
 
 #include "rendering/ShaderManager.h"
@@ -39,6 +39,8 @@ protected:
 private:
     void Ask() const;
 
+    // Whom the callbacks belong to: it lives as long as this does, also where no handle counts this.
+    const util::SharedPtr<util::Pointee> m_life;
     mutable int m_location = -1;      // -1: unknown
     mutable bool m_isMissing = false; // it was asked for in vain
 };

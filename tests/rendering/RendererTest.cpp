@@ -1,5 +1,6 @@
 #include "rendering/Renderer.h"
 
+#include "FreshProcess.h"
 #include "TestSupport.h"
 #include "WhatOf.h"
 #include "rendering/Pushers.h"
@@ -198,21 +199,23 @@ TEST_F(RendererTest, AFrameOfWidthZeroIsAStripOfZeroArea)
         EXPECT_EQ(calls[i], calls[i + 1]) << "outer and inner corner differ";
 }
 
-// The flag of CheckForGLError can't be taken back, so that one test sees both sides.
+// The flag of CheckForGLError can't be taken back.
 TEST_F(RendererTest, AGLErrorIsThrownOnceGLHasLoadedAndSilentBefore)
 {
-    ASSERT_FALSE(rendering::HasGLLoaded());
-    recorded::GL().error = GL_INVALID_ENUM;
-    EXPECT_NO_THROW(rendering::CheckForGLError());
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        ASSERT_FALSE(rendering::HasGLLoaded());
+        recorded::GL().error = GL_INVALID_ENUM;
+        EXPECT_NO_THROW(rendering::CheckForGLError());
 
-    rendering::GLHasLoaded();
-    EXPECT_TRUE(rendering::HasGLLoaded());
-    recorded::GL().error = GL_INVALID_ENUM;
-    EXPECT_EQ("GL-Error: invalid enumerant", GLErrorText());
-    EXPECT_NO_THROW(rendering::CheckForGLError());
+        rendering::GLHasLoaded();
+        EXPECT_TRUE(rendering::HasGLLoaded());
+        recorded::GL().error = GL_INVALID_ENUM;
+        EXPECT_EQ("GL-Error: invalid enumerant", GLErrorText());
+        EXPECT_NO_THROW(rendering::CheckForGLError());
 
-    recorded::GL().error = 4711;
-    EXPECT_EQ("GL-Error: error 4711", GLErrorText()) << "a code that GLU has no text for";
+        recorded::GL().error = 4711;
+        EXPECT_EQ("GL-Error: error 4711", GLErrorText()) << "a code that GLU has no text for";
+    });
 }
 
 TEST_F(ScreenShotTest, WritesAnUncompressedTGA)
