@@ -75,6 +75,7 @@ public:
     void Draw() const override {}
     GeomEntityPtr Clone() const override { return nullptr; }
     GeomEntityPtr ScaledClone(const Vec2&) const override { return nullptr; }
+    void DrawBlack() const override {}
     bool ErasedBy(const physics::LinesegmentList&) const override { return false; }
     bool IsContainedBy(const physics::Polygon&) const override { return false; }
     void Transform(const Mat2D& matrix) override

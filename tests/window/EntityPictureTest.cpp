@@ -39,7 +39,8 @@ protected:
     void Show(const std::string& entities, const std::string& settings = "")
     {
         m_dir.Write("autoexec.cfg",
-                    "App.autosaveTime = 1.0e9; System.clearColor = [0.0, 0.0, 0.0, 1.0]");
+                    "App.autosaveTime = 1.0e9; System.clearColor = [0.0, 0.0, 0.0, 1.0]; "
+                    "Resources.shaders = false");
         m_dir.Write("scenes/a.qib",
                     "FileInfo.version = 2; Sim.timeFactor = 0.0; Scene.Camera.pan = [0.0, 0.0]; "
                     "Scene.Camera.zoom = 100.0; App.Background.skyColor = [0.0, 0.0, 1.0, 1.0]; " +

@@ -1,6 +1,8 @@
 #include "app/entities/BoxEntity.h"
 
+#include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/EntityShader.h"
 #include "app/entities/PolyEntity.h"
 #include "math/Mat2D.h"
 #include "physics/Box.h"
@@ -8,7 +10,7 @@
 #include "rendering/Renderer.h"
 #include "util/ScopeProfiler.h"
 
-#include <GL/gl.h>
+#include <GL/glew.h>
 
 #include <algorithm>
 #include <vector>
@@ -57,16 +59,32 @@ int CountPlaces(const physics::LinesegmentList& stroke, const physics::Linesegme
     return count;
 }
 
+struct BoxShader final : GeomShader
+{
+    BoxShader()
+        : GeomShader("box")
+    {
+    }
+
+    EntityUniform<Vec2> m_halfSize{*this, "HalfSize"}; // world units
+};
+
+void DrawCorner(float x, float y)
+{
+    glTexCoord2f(x, y);
+    glVertex2f(x, y);
+}
+
+/// Around the origin, with the texture coordinates of each corner the same as its place.
 void DrawBox(const Vec2& halfSize)
 {
     if (halfSize.x <= 0 || halfSize.y <= 0)
         return;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     glBegin(GL_QUADS);
-    renderer->Vertex(Vec2(-halfSize.x, -halfSize.y));
-    renderer->Vertex(Vec2(halfSize.x, -halfSize.y));
-    renderer->Vertex(Vec2(halfSize.x, halfSize.y));
-    renderer->Vertex(Vec2(-halfSize.x, halfSize.y));
+    DrawCorner(-halfSize.x, -halfSize.y);
+    DrawCorner(halfSize.x, -halfSize.y);
+    DrawCorner(halfSize.x, halfSize.y);
+    DrawCorner(-halfSize.x, halfSize.y);
     glEnd();
 }
 }
@@ -84,22 +102,60 @@ physics::Box& BoxEntity::GetBox() const
 void BoxEntity::Draw() const
 {
     QUIB_PROFILE("Box::Draw");
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const Vec2 halfSize = GetBox().GetSize() * 0.5f;
-    const float border = GetBorderWidth();
-
-    glDisable(GL_TEXTURE_2D);
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
+    if (GetEntityShader<BoxShader>().IsUsable())
+        DrawWithShader();
+    else
+        DrawFixedFunction();
+    glPopMatrix();
+}
+
+void BoxEntity::DrawWithShader() const
+{
+    BoxShader& shader = GetEntityShader<BoxShader>();
+    const Vec2 halfSize = GetBox().GetSize() * 0.5f;
+    const util::BindScope<rendering::Shader> bound(shader.Get());
+    shader.m_insideColor.Set(GetColor4());
+    shader.m_borderColor.Set(GetBorderColor());
+    shader.m_borderWidth.Set(GetBorderWidth());
+    shader.m_pixelSize.Set(App::GetInstancePtr()->GetPixelSize());
+    shader.m_halfSize.Set(halfSize);
+    DrawBox(halfSize);
+}
+
+void BoxEntity::DrawFixedFunction() const
+{
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const float border = GetBorderWidth(), least = GetMinHalfSize();
+    const Vec2 halfSize = GetBox().GetSize() * 0.5f;
+    const Vec2 seen(std::max(halfSize.x, least), std::max(halfSize.y, least));
+
+    glDisable(GL_TEXTURE_2D);
     if (border > 0)
     {
         renderer->SetColor4(GetBorderColor());
-        DrawBox(halfSize);
+        DrawBox(seen);
         glDepthFunc(GL_LEQUAL);
+        renderer->SetColor4(GetColor4());
+        DrawBox(halfSize - Vec2(border, border));
+        glDepthFunc(GL_LESS);
     }
-    renderer->SetColor4(GetColor4());
-    DrawBox(halfSize - Vec2(border, border));
-    glDepthFunc(GL_LESS);
+    else
+    {
+        renderer->SetColor4(GetColor4());
+        DrawBox(seen);
+    }
+    glEnable(GL_TEXTURE_2D);
+}
+
+void BoxEntity::DrawBlack() const
+{
+    rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
+    glDisable(GL_TEXTURE_2D);
+    glPushMatrix();
+    GetGeom()->GetPose().MultToGL();
+    DrawBox(GetBox().GetSize() * 0.5f);
     glPopMatrix();
     glEnable(GL_TEXTURE_2D);
 }

@@ -17,6 +17,7 @@ public:
     explicit BoxEntity(const util::SharedPtr<physics::Box>& geom);
 
     void Draw() const override;
+    void DrawBlack() const override;
     GeomEntityPtr Clone() const override;
     GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
     /// The four sides, in the order of the corners of the world box.
@@ -28,5 +29,7 @@ public:
 
 private:
     physics::Box& GetBox() const;
+    void DrawWithShader() const;
+    void DrawFixedFunction() const;
 };
 }

@@ -2,6 +2,8 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/CircleDrawing.h"
+#include "app/entities/EntityShader.h"
 #include "app/entities/PolyEntity.h"
 #include "math/Mat2D.h"
 #include "physics/Circle.h"
@@ -22,83 +24,23 @@ namespace app
 {
 namespace
 {
-const int TextureSize = 1024;
-const float SquareScale = 1.2f; // the textured square is larger than the circle
-const float CakeSize = 0.0625f; // half angle of the wedge that shows the rotation, in parts of pi
-const int OutlineSteps = 128;
 const int EllipsePoints = 64;       // of the polygon that a circle becomes
 const float RoundTolerance = 1e-5f; // by which the radii of a circle may differ, in parts
+const float CakeBrightness = 0.75f; // of the wedge, in parts of the colour
 
-/// 0 to 1 around x = 0, over the width w.
-float Smooth(float w, float x)
+struct CircleShader final : GeomShader
 {
-    return std::clamp(x / w + 0.5f, 0.0f, 1.0f);
-}
-
-rendering::ImageFloatPtr MakeCircleImage(bool cake)
-{
-    rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(TextureSize, TextureSize);
-    const float pixel = 2 * SquareScale / TextureSize;
-    for (int y = 0; y < TextureSize; ++y)
-        for (int x = 0; x < TextureSize; ++x)
-        {
-            const float u = (float(x) + 0.5f) * pixel - SquareScale;
-            const float v = (float(y) + 0.5f) * pixel - SquareScale;
-            const float d = std::sqrt(u * u + v * v);
-            float coverage = Smooth(pixel, 1 - d);
-            if (cake)
-                coverage *= Smooth(pixel / d, std::fabs(std::atan2(v, u)) - CakeSize * math::PIf);
-            (*image)(x, y) = coverage;
-        }
-    return image;
-}
-
-// Made at the first use and never destroyed: all circles share them.
-const rendering::TextureProxy& GetCircleTex(bool cake)
-{
-    static const auto make = [](bool isCake)
+    CircleShader()
+        : GeomShader("circle")
     {
-        return rendering::TextureProxy(
-            [isCake] {
-                return new rendering::Texture(MakeCircleImage(isCake), {GL_ALPHA, true});
-            });
-    };
-    static auto* textures = new rendering::TextureProxy[2]{make(false), make(true)};
-    return textures[cake];
-}
-
-void DrawRect(float r)
-{
-    if (r > 0)
-        rendering::Renderer::GetInstancePtr()->DrawRect(Vec2(), 2 * SquareScale * r);
-}
-
-/// n + 1 unit vectors, from (1, 0) all around to it.
-std::vector<Vec2> CalcVecs(int n)
-{
-    std::vector<Vec2> vecs;
-    for (int i = 0; i < n; ++i)
-    {
-        const float angle = -math::TwoPIf * float(i) / float(n);
-        vecs.push_back(Vec2(std::cos(angle), std::sin(angle)));
     }
-    vecs.push_back(vecs.front());
-    return vecs;
-}
 
-void DrawCircle(float r, bool cake)
-{
-    if (r <= 0)
-        return;
-    static const std::vector<Vec2>* vecs = new std::vector<Vec2>(CalcVecs(OutlineSteps));
-    const int open = cake ? int(std::floor(CakeSize * OutlineSteps * 0.5f + 0.5f)) : 0;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    glBegin(GL_TRIANGLE_FAN);
-    renderer->Vertex(Vec2());
-    for (int i = open; i <= OutlineSteps - open; ++i)
-        renderer->Vertex((*vecs)[i] * r);
-    glEnd();
-}
+    EntityUniform<float> m_radius{*this, "Radius"}; // world units
+    EntityUniform<float> m_squareScale{*this, "SquareScale"};
+    EntityUniform<math::Vec4> m_cakeSlizeColor{*this,
+                                               "CakeSlizeColor"}; // deliberate: the name is fixed
+    EntityUniform<float> m_cakeSize{*this, "CakeSize"};
+};
 }
 
 float CircConverter(float x, float y)
@@ -121,43 +63,82 @@ physics::Circle& CircleEntity::GetCircle() const
 void CircleEntity::Draw() const
 {
     QUIB_PROFILE("Circle::Draw");
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const float r = GetCircle().GetRadius();
-    const float inside = r - GetBorderWidth();
-    // The texture's pixels would show.
-    const bool isBig = 2 * r / App::GetInstancePtr()->GetPixelSize() > TextureSize;
+    // Where the pixels of the texture would show.
+    const bool isBig =
+        2 * GetCircle().GetRadius() > CircleTexSize * App::GetInstancePtr()->GetPixelSize();
+    const bool isOpaque = GetColor4().w >= 1;
 
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
-    if (isBig || GetColor4().w != 1)
-    {
-        // The inside comes first and keeps the border behind it from the same pixels, so that neither
-        // shines through the other.
-        glDisable(GL_TEXTURE_2D);
-        renderer->SetColor4(GetColor4());
-        DrawCircle(inside, true);
-        renderer->SetColor4(GetBorderColor());
-        DrawCircle(r, false);
-        glEnable(GL_TEXTURE_2D);
-    }
+    if (!isBig && isOpaque)
+        DrawTexture();
+    else if (GetEntityShader<CircleShader>().IsUsable())
+        DrawWithShader();
     else
-    {
-        glDisable(GL_BLEND);
-        glEnable(GL_ALPHA_TEST);
-        glAlphaFunc(GL_GREATER, 0.5f);
-        renderer->SetColor4(GetBorderColor());
-        GetCircleTex(false)->Bind();
-        DrawRect(r);
-        glDepthFunc(GL_LEQUAL);
-        renderer->SetColor4(GetColor4());
-        GetCircleTex(true)->Bind();
-        DrawRect(inside);
-        GetCircleTex(true)->Unbind();
-        glDepthFunc(GL_LESS);
-        glDisable(GL_ALPHA_TEST);
-        glEnable(GL_BLEND);
-    }
+        DrawPolygon();
     glPopMatrix();
+}
+
+void CircleEntity::DrawWithShader() const
+{
+    CircleShader& shader = GetEntityShader<CircleShader>();
+    const math::Vec4& color = GetColor4();
+    const float r = GetCircle().GetRadius();
+    const util::BindScope<rendering::Shader> bound(shader.Get());
+    shader.m_insideColor.Set(color);
+    shader.m_borderColor.Set(GetBorderColor());
+    shader.m_borderWidth.Set(GetBorderWidth());
+    shader.m_pixelSize.Set(App::GetInstancePtr()->GetPixelSize());
+    shader.m_radius.Set(r);
+    shader.m_squareScale.Set(CircleSquareScale);
+    shader.m_cakeSlizeColor.Set(math::Vec4(color.XYZ() * CakeBrightness, color.w));
+    shader.m_cakeSize.Set(CircleCakeSize);
+    DrawCircleRect(r);
+}
+
+void CircleEntity::DrawPolygon() const
+{
+    // The inside comes first and keeps the border behind it from the same pixels, so that neither
+    // shines through the other.
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const float r = GetCircle().GetRadius();
+    glDisable(GL_TEXTURE_2D);
+    renderer->SetColor4(GetColor4());
+    DrawCircle(r - GetBorderWidth(), true);
+    renderer->SetColor4(GetBorderColor());
+    DrawCircle(std::max(r, GetMinHalfSize()), false);
+    glEnable(GL_TEXTURE_2D);
+}
+
+void CircleEntity::DrawTexture() const
+{
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const float r = GetCircle().GetRadius();
+    glDisable(GL_BLEND);
+    glEnable(GL_ALPHA_TEST);
+    glAlphaFunc(GL_GREATER, 0.5f);
+    renderer->SetColor4(GetBorderColor());
+    GetCircleTex(false)->Bind();
+    DrawCircleRect(std::max(r, GetMinHalfSize()));
+    glDepthFunc(GL_LEQUAL);
+    renderer->SetColor4(GetColor4());
+    GetCircleTex(true)->Bind();
+    DrawCircleRect(r - GetBorderWidth());
+    GetCircleTex(true)->Unbind();
+    glDepthFunc(GL_LESS);
+    glDisable(GL_ALPHA_TEST);
+    glEnable(GL_BLEND);
+}
+
+void CircleEntity::DrawBlack() const
+{
+    rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
+    glDisable(GL_TEXTURE_2D);
+    glPushMatrix();
+    GetGeom()->GetPose().MultToGL();
+    DrawCircle(GetCircle().GetRadius(), false);
+    glPopMatrix();
+    glEnable(GL_TEXTURE_2D);
 }
 
 GeomEntityPtr CircleEntity::Clone() const

@@ -22,6 +22,7 @@ public:
     explicit CircleEntity(const util::SharedPtr<physics::Circle>& geom);
 
     void Draw() const override;
+    void DrawBlack() const override;
     GeomEntityPtr Clone() const override;
     GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
     bool ErasedBy(const physics::LinesegmentList& stroke) const override;
@@ -31,5 +32,8 @@ public:
 
 private:
     physics::Circle& GetCircle() const;
+    void DrawWithShader() const;
+    void DrawPolygon() const;
+    void DrawTexture() const;
 };
 }

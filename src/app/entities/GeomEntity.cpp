@@ -7,6 +7,7 @@
 #include "physics/Simulation.h"
 #include "util/Callback.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -219,9 +220,19 @@ math::Vec4 GeomEntity::GetBorderColor() const
     return App::GetInstancePtr()->GetBorderColor(this);
 }
 
+bool GeomEntity::HasBorder() const
+{
+    return IsMouseOver() || IsSelected() || App::GetInstancePtr()->GetBorders();
+}
+
 float GeomEntity::GetBorderWidth() const
 {
-    const App* app = App::GetInstancePtr();
-    return app->GetBorders() || IsMouseOver() || IsSelected() ? app->GetObjectBorderWidth() : 0;
+    return HasBorder() ? std::max(0.0f, App::GetInstancePtr()->GetObjectBorderWidth()) : 0;
+}
+
+float GeomEntity::GetMinHalfSize()
+{
+    // A disc of that radius holds the middle of a pixel wherever it lies, and so does what it fits into.
+    return App::GetInstancePtr()->GetPixelSize() * 0.7072f;
 }
 }

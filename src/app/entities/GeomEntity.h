@@ -39,6 +39,8 @@ public:
     /// @param scale  negative components mirror
     /// @return null, and the log has a "Bad polygon", when no geometry can be made of that
     virtual GeomEntityPtr ScaledClone(const math::Vec2& scale) const = 0;
+    /// The whole shape in opaque black, in its place. Blending, and the depth test, are the caller's.
+    virtual void DrawBlack() const = 0;
 
     bool IsOnEntity(const math::Vec2& pos) const override;
     void AddToSimulation() override;
@@ -81,10 +83,13 @@ protected:
         }
     }
 
+    bool HasBorder() const;
     /// The colour of the entity's border.
     math::Vec4 GetBorderColor() const;
     /// World units; 0 when no border is to be drawn.
     float GetBorderWidth() const;
+    /// World units; half of the width below which something could fall between the pixels.
+    static float GetMinHalfSize();
 
     /// For CopyFrom: a formula stays one. It is run at once, and may do anything.
     template<typename T>

@@ -1,7 +1,9 @@
 #include "app/entities/PlaneEntity.h"
 
+#include "app/App.h"
 #include "app/Camera.h"
 #include "app/Scene.h"
+#include "app/entities/EntityShader.h"
 #include "gui/GUI.h"
 #include "physics/Body.h"
 #include "physics/Plane.h"
@@ -9,12 +11,12 @@
 #include "rendering/Renderer.h"
 #include "util/ScopeProfiler.h"
 
-#include <GL/gl.h>
+#include <GL/glew.h>
 
 #include <limits>
-#include <vector>
 
 using math::Vec2;
+using math::Vec3;
 using math::Vec4;
 
 namespace app
@@ -23,6 +25,17 @@ namespace
 {
 // Earth is told from bodies by a lighter band below its edge, so many border widths deep.
 const float LightBandWidths = 4;
+const float Infinity = std::numeric_limits<float>::infinity();
+
+struct PlaneShader final : GeomShader
+{
+    PlaneShader()
+        : GeomShader("plane")
+    {
+    }
+
+    EntityUniform<Vec3> m_plane{*this, "Plane"}; // unit normal and distance, in the GUI
+};
 
 struct Corner
 {
@@ -30,21 +43,28 @@ struct Corner
     float dist;
 };
 
-/// The part of the convex outline whose distance times sign is at most limit times sign.
-std::vector<Corner> Clip(const std::vector<Corner>& outline, float limit, float sign)
+// The part of the screen on one side of a line or between two.
+struct Outline
 {
-    std::vector<Corner> clipped;
-    for (size_t i = 0; i < outline.size(); ++i)
+    Corner corners[9]; // 6 after two cuts; rounding can make an edge along the cut cross it often
+    int count = 0;
+};
+
+/// What is left of the convex outline where the distance times sign is at most limit times sign.
+Outline Clip(const Outline& outline, float limit, float sign)
+{
+    Outline clipped;
+    for (int i = 0; i < outline.count; ++i)
     {
-        const Corner& a = outline[i];
-        const Corner& b = outline[(i + 1) % outline.size()];
+        const Corner& a = outline.corners[i];
+        const Corner& b = outline.corners[i + 1 < outline.count ? i + 1 : 0];
         const bool keepsA = (a.dist - limit) * sign <= 0, keepsB = (b.dist - limit) * sign <= 0;
         if (keepsA)
-            clipped.push_back(a);
+            clipped.corners[clipped.count++] = a;
         if (keepsA != keepsB)
         {
             const float t = (limit - a.dist) / (b.dist - a.dist);
-            clipped.push_back({a.pos + t * (b.pos - a.pos), limit});
+            clipped.corners[clipped.count++] = {a.pos + t * (b.pos - a.pos), limit};
         }
     }
     return clipped;
@@ -53,16 +73,18 @@ std::vector<Corner> Clip(const std::vector<Corner>& outline, float limit, float 
 void DrawPlaneSegment(const std::array<Vec2, 4>& vecs, const std::array<float, 4>& dists,
                       float from, float to)
 {
-    std::vector<Corner> outline;
+    Outline outline;
     for (int i = 0; i < 4; ++i)
-        outline.push_back({vecs[i], dists[i]});
+        outline.corners[outline.count++] = {vecs[i], dists[i]};
     outline = Clip(outline, to, 1);
-    if (from != -std::numeric_limits<float>::infinity())
+    if (from != -Infinity)
         outline = Clip(outline, from, -1);
+    if (outline.count < 3)
+        return;
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     glBegin(GL_TRIANGLE_FAN);
-    for (const Corner& corner : outline)
-        renderer->Vertex(corner.pos);
+    for (int i = 0; i < outline.count; ++i)
+        renderer->Vertex(outline.corners[i].pos);
     glEnd();
 }
 }
@@ -77,14 +99,35 @@ physics::Plane& PlaneEntity::GetPlane() const
     return static_cast<physics::Plane&>(*GetGeom());
 }
 
+math::Mat3 PlaneEntity::GUIToPlane() const
+{
+    const math::Mat3 guiToWorld = Scene::GetInstancePtr()->GetCamera()->GUIToWorld();
+    const math::Mat3& transform = GetDrawTransform();
+    return transform == math::Mat3() ? guiToWorld : Inverted(transform) * guiToWorld;
+}
+
 void PlaneEntity::CalcVecsAndDist(std::array<Vec2, 4>& vecs, std::array<float, 4>& dists) const
 {
-    const Camera* camera = Scene::GetInstancePtr()->GetCamera().get();
+    const math::Mat3 guiToPlane = GUIToPlane();
     const Vec2 screen = gui::GUI::GetInstancePtr()->GetSize();
-    vecs = {camera->GUIToWorld(Vec2()), camera->GUIToWorld(Vec2(screen.x, 0)),
-            camera->GUIToWorld(screen), camera->GUIToWorld(Vec2(0, screen.y))};
+    const Vec2 corners[4] = {Vec2(), Vec2(screen.x, 0), screen, Vec2(0, screen.y)};
     for (int i = 0; i < 4; ++i)
+    {
+        vecs[i] = TransformCoordinate(guiToPlane, corners[i]);
         dists[i] = GetPlane().DistanceWorld(vecs[i]);
+    }
+}
+
+Vec3 PlaneEntity::CalcGUIPlane() const
+{
+    // A plane is a row, so that what is on the right of a matrix comes out on its left:
+    // plane * (m * p) = (plane * m) * p.
+    const math::Mat3 m = GUIToPlane();
+    const math::Plane2D& plane = GetPlane().GetPlane();
+    const Vec2& n = plane.normal;
+    const Vec2 normal(n.x * m[0][0] + n.y * m[1][0], n.x * m[0][1] + n.y * m[1][1]);
+    const float dist = plane.Distance(Vec2(m[0][2], m[1][2]));
+    return Vec3(normal.x, normal.y, dist) / normal.Length();
 }
 
 void PlaneEntity::Draw() const
@@ -95,21 +138,46 @@ void PlaneEntity::Draw() const
     CalcVecsAndDist(vecs, dists);
 
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const Vec4 color = GetColor4();
+    PlaneShader& shader = GetEntityShader<PlaneShader>();
+    const bool hasShader = shader.IsUsable();
+    const Vec4& color = GetColor4();
     const float border = GetBorderWidth();
-    const float band = border * (1 + LightBandWidths);
-    const Vec4 light(math::Lerp(color.XYZ(), math::Vec3(1, 1, 1), 0.25f), color.w);
+    const float pixel = App::GetInstancePtr()->GetPixelSize();
+    // With the shader there is something to be blended on both sides.
+    const float above = hasShader ? pixel : 0;
+    const float band = border * (1 + LightBandWidths) + above;
 
     glDisable(GL_TEXTURE_2D);
     renderer->SetColor4(color);
-    DrawPlaneSegment(vecs, dists, -std::numeric_limits<float>::infinity(), -band);
-    if (border > 0)
+    DrawPlaneSegment(vecs, dists, -Infinity, -band);
+    if (hasShader)
     {
-        renderer->SetColor4(light);
+        const util::BindScope<rendering::Shader> bound(shader.Get());
+        shader.m_insideColor.Set(color);
+        shader.m_borderColor.Set(GetBorderColor());
+        shader.m_borderWidth.Set(border);
+        shader.m_pixelSize.Set(pixel);
+        shader.m_plane.Set(CalcGUIPlane());
+        DrawPlaneSegment(vecs, dists, -band, above);
+    }
+    else if (border > 0)
+    {
+        renderer->SetColor4(Vec4(math::Lerp(color.XYZ(), Vec3(1, 1, 1), 0.25f), color.w));
         DrawPlaneSegment(vecs, dists, -band, -border);
         renderer->SetColor4(GetBorderColor());
         DrawPlaneSegment(vecs, dists, -border, 0);
     }
+    glEnable(GL_TEXTURE_2D);
+}
+
+void PlaneEntity::DrawBlack() const
+{
+    std::array<Vec2, 4> vecs;
+    std::array<float, 4> dists;
+    CalcVecsAndDist(vecs, dists);
+    rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
+    glDisable(GL_TEXTURE_2D);
+    DrawPlaneSegment(vecs, dists, -Infinity, 0);
     glEnable(GL_TEXTURE_2D);
 }
 

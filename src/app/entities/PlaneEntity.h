@@ -19,6 +19,7 @@ public:
     explicit PlaneEntity(const util::SharedPtr<physics::Plane>& geom);
 
     void Draw() const override;
+    void DrawBlack() const override;
     GeomEntityPtr Clone() const override;
     GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
     bool ErasedBy(const physics::LinesegmentList& stroke) const override;
@@ -29,7 +30,11 @@ public:
 
 private:
     physics::Plane& GetPlane() const;
-    /// The corners of the screen in world coordinates, around it, and their distances from the plane.
+    /// From the GUI to where the plane's equation holds: the world, unless it is shown elsewhere.
+    math::Mat3 GUIToPlane() const;
+    /// The corners of the screen there, around it, and their distances from the plane.
     void CalcVecsAndDist(std::array<math::Vec2, 4>& vecs, std::array<float, 4>& dists) const;
+    /// For the shader.
+    math::Vec3 CalcGUIPlane() const;
 };
 }

@@ -2,11 +2,12 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/EntityShader.h"
 #include "math/OBB2D.h"
 #include "physics/Polygon.h"
 #include "rendering/Pushers.h"
 #include "rendering/Renderer.h"
-#include "rendering/Texture.h"
+#include "rendering/TextureManager.h"
 #include "util/ScopeProfiler.h"
 
 #include <GL/glew.h>
@@ -20,6 +21,20 @@ namespace app
 {
 namespace
 {
+struct PolyShader final : GeomShader
+{
+    PolyShader()
+        : GeomShader("polygon")
+    {
+    }
+
+    EntityUniform<int> m_distSampler{*this, "DistSampler"};
+    EntityUniform<float> m_distScale{*this, "DistScale"}; // world units
+};
+
+// Of the range of the map, the largest border that leaves something of the inside.
+const float MaxBorder = 127.0f / 256;
+
 float CalcDistScale(const physics::Polygon& polygon)
 {
     const math::OBB2D& map = polygon.GetMapOBB();
@@ -33,8 +48,16 @@ rendering::ImageFloatPtr MakeDistImage(const physics::Polygon& polygon, float di
         QUIB_NEW rendering::ImageFloat(distances.GetWidth(), distances.GetHeight());
     for (unsigned y = 0; y < distances.GetHeight(); ++y)
         for (unsigned x = 0; x < distances.GetWidth(); ++x)
-            (*image)(x, y) = distances(x, y) / distScale + 0.5f;
+            (*image)(x, y) = std::clamp(distances(x, y) / distScale + 0.5f, 0.0f, 1.0f);
     return image;
+}
+
+void LogNoTransparency()
+{
+    static bool s_isLogged = false;
+    if (!s_isLogged)
+        Log(logging::LogWarning, "Polygon transparency not supported by your computer");
+    s_isLogged = true;
 }
 
 void DrawOBB(const math::OBB2D& obb)
@@ -67,6 +90,14 @@ PolyEntity::PolyEntity(const util::SharedPtr<physics::Polygon>& geom)
 {
 }
 
+PolyEntity::PolyEntity(const PolyEntity& o)
+    : FiniteGeomEntity(o.GetPolygon().Clone())
+    , m_distScale(o.m_distScale)
+    , m_distTexture(o.m_distTexture)
+{
+    CopyFrom(&o);
+}
+
 PolyEntity::~PolyEntity() = default;
 
 physics::Polygon& PolyEntity::GetPolygon() const
@@ -76,15 +107,9 @@ physics::Polygon& PolyEntity::GetPolygon() const
 
 void PolyEntity::LoadRenderingResources() const
 {
-    if (m_distTexture.GetMentor())
-        return;
-    // The geometry outlives the texture, which this entity alone holds.
-    const physics::Polygon* polygon = &GetPolygon();
-    const float distScale = m_distScale;
-    m_distTexture = rendering::TextureProxy(
-        [polygon, distScale] {
-            return new rendering::Texture(MakeDistImage(*polygon, distScale), {GL_ALPHA16, false});
-        });
+    if (!m_distTexture.GetMentor())
+        m_distTexture = rendering::TextureManager::GetInstancePtr()->Load(
+            MakeDistImage(GetPolygon(), m_distScale), {GL_ALPHA, false});
 }
 
 void PolyEntity::Draw() const
@@ -95,19 +120,44 @@ void PolyEntity::Draw() const
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
     DrawOutlines();
-    // The texture knows distances up to half its scale, 128 of 256 parts. A wider border would take a
-    // threshold at which nothing of the inside is left, so it ends one part before that.
-    const float border = std::min(GetBorderWidth(), m_distScale * 127 / 256);
-    if (border > 0)
+    if (GetEntityShader<PolyShader>().IsUsable() && rendering::HasMultiTexturing())
+        DrawWithShader();
+    else
     {
-        DrawFixedFunction(GetBorderColor(), 0.5f);
-        glDepthFunc(GL_LEQUAL);
+        // The texture knows distances up to half its scale. A wider border ends before that, so that
+        // something of the inside is left.
+        const float border = std::min(GetBorderWidth() / m_distScale, MaxBorder);
+        if (border > 0)
+        {
+            DrawFixedFunction(GetBorderColor(), 0.5f);
+            glDepthFunc(GL_LEQUAL);
+        }
+        DrawFixedFunction(GetColor4(), 0.5f - border);
+        glDepthFunc(GL_LESS);
     }
-    DrawFixedFunction(GetColor4(), 0.5f - border / m_distScale);
-    glDepthFunc(GL_LESS);
     if (App::GetInstancePtr()->GetDrawVertices())
         DrawVertices();
     glPopMatrix();
+}
+
+void PolyEntity::DrawWithShader() const
+{
+    PolyShader& shader = GetEntityShader<PolyShader>();
+    // Deliberate: a line of ink. It is at least about as wide as the map reaches, and as it takes all of
+    // its width for a pixel, it runs out from the outline to the inside.
+    const float border = HasBorder() ? std::max(GetBorderWidth(), m_distScale * MaxBorder) : 0;
+    m_distTexture->Bind(0);
+    {
+        const util::BindScope<rendering::Shader> bound(shader.Get());
+        shader.m_insideColor.Set(GetColor4());
+        shader.m_borderColor.Set(GetBorderColor());
+        shader.m_borderWidth.Set(border);
+        shader.m_pixelSize.Set(std::max(App::GetInstancePtr()->GetPixelSize(), border));
+        shader.m_distSampler.Set(0);
+        shader.m_distScale.Set(m_distScale);
+        DrawMap();
+    }
+    m_distTexture->Unbind(0);
 }
 
 void PolyEntity::DrawFixedFunction(const Vec4& color, float threshold) const
@@ -116,33 +166,52 @@ void PolyEntity::DrawFixedFunction(const Vec4& color, float threshold) const
         return;
     // The texture's alpha is a distance and picks the pixels, so transparency comes from the blend
     // colour instead.
-    rendering::AttribPusher attribs(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT | GL_CURRENT_BIT);
-    if (color.w == 1)
+    const bool isOpaque = color.w >= 1, hasBlendColor = GLEW_EXT_blend_color || GLEW_VERSION_1_4;
+    if (isOpaque)
         glDisable(GL_BLEND);
-    else if (GLEW_EXT_blend_color || GLEW_VERSION_1_4)
+    else if (hasBlendColor)
     {
         glBlendColor(0, 0, 0, color.w);
         glBlendFunc(GL_CONSTANT_ALPHA, GL_ONE_MINUS_CONSTANT_ALPHA);
     }
     else
-    {
-        static bool isLogged = false;
-        if (!isLogged)
-            Log(logging::LogWarning, "Polygon transparency not supported by your computer");
-        isLogged = true;
-    }
+        LogNoTransparency();
+    rendering::Renderer::GetInstancePtr()->SetColor4(Vec4(color.XYZ(), 1));
+    DrawInside(threshold);
+    if (isOpaque)
+        glEnable(GL_BLEND);
+    else if (hasBlendColor)
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+/// What lies so deep, in parts of the texture's range, with 0.5 for the outline.
+void PolyEntity::DrawInside(float threshold) const
+{
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_LEQUAL, threshold);
-    rendering::Renderer::GetInstancePtr()->SetColor4(Vec4(color.XYZ(), 1));
     m_distTexture->Bind();
     DrawMap();
     m_distTexture->Unbind();
+    glDisable(GL_ALPHA_TEST);
+}
+
+void PolyEntity::DrawBlack() const
+{
+    LoadRenderingResources();
+    rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
+    glPushMatrix();
+    GetGeom()->GetPose().MultToGL();
+    DrawInside(0.5f);
+    glPopMatrix();
 }
 
 void PolyEntity::DrawMap() const
 {
+    math::OBB2D map = GetPolygon().GetMapOBB();
+    const float least = GetMinHalfSize();
+    map.SetHalfSize(Vec2(std::max(map.GetHalf(0), least), std::max(map.GetHalf(1), least)));
     Vec2 corners[4];
-    GetPolygon().GetMapOBB().CalcCorners(corners);
+    map.CalcCorners(corners);
     const Vec2 coordinates[4] = {Vec2(1, 1), Vec2(1, 0), Vec2(0, 0), Vec2(0, 1)};
     glBegin(GL_QUADS);
     for (int i = 0; i < 4; ++i)
@@ -187,9 +256,7 @@ void PolyEntity::DrawVertices() const
 
 GeomEntityPtr PolyEntity::Clone() const
 {
-    const util::SharedPtr<PolyEntity> clone = QUIB_NEW PolyEntity(GetPolygon().Clone());
-    clone->CopyFrom(this);
-    return clone;
+    return QUIB_NEW PolyEntity(*this);
 }
 
 GeomEntityPtr PolyEntity::ScaledClone(const Vec2& scale) const

@@ -19,6 +19,7 @@ public:
     ~PolyEntity() override;
 
     void Draw() const override;
+    void DrawBlack() const override;
     GeomEntityPtr Clone() const override;
     GeomEntityPtr ScaledClone(const math::Vec2& scale) const override;
     bool ErasedBy(const physics::LinesegmentList& stroke) const override;
@@ -26,10 +27,15 @@ public:
     void SerializeTo(EntitySerializer& serializer) const override;
 
 private:
+    /// Shares the texture, for the same outline has the same map.
+    PolyEntity(const PolyEntity& o);
+
     physics::Polygon& GetPolygon() const;
     /// Turns the polygon's distance map into a texture. Once, at the first draw.
     void LoadRenderingResources() const;
+    void DrawWithShader() const;
     void DrawFixedFunction(const math::Vec4& color, float threshold) const;
+    void DrawInside(float threshold) const;
     void DrawMap() const;
     void DrawOutlines() const;
     void DrawVertices() const;
