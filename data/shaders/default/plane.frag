@@ -19,7 +19,7 @@ void main()
 
     float width = BorderWidth / PixelSize;
     float inside = clamp(depth - width + 0.5, 0.0, whole);
-    float light = 0.25 * clamp(5.0 * width - depth + 0.5, 0.0, 1.0);
+    float light = 0.25 * clamp(min(5.0 * width - depth + 0.5, 4.0 * width), 0.0, 1.0);
     vec3 ground = mix(InsideColor.rgb, vec3(1.0), light);
 
     // Each by its share and its own opacity, so that nothing shines through.
