@@ -50,7 +50,8 @@ mv "$work/stage/opt/quib" "$prefix"
 for file in bin/quib bin/quib-run libexec/quib/quib; do
     check "$file is there and runs" test -x "$prefix/$file"
 done
-for file in share/quib/data/README.md share/quib/scenes/welcome.qib share/quib/scenes/pyramid.qib \
+for file in share/quib/data/README.md share/quib/data/shaders/default/water.vert \
+    share/quib/data/shaders/default/water.frag share/quib/scenes/welcome.qib share/quib/scenes/pyramid.qib \
     share/quib/scenes/rubble.qib share/quib/autoexec.cfg share/applications/quib.desktop \
     share/mime/packages/quib.xml share/doc/quib/README.md; do
     check "$file is there" test -e "$prefix/$file"

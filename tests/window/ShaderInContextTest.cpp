@@ -472,12 +472,15 @@ TEST_F(ShaderInContextTest, ACircleMayHaveNoBorderOrNothingElse)
         EXPECT_PIXEL(Mix(Sky, Green, 0.75f), 0, 18);
         EXPECT_PIXEL(Mix(Sky, White, 0.5f), 14, 0);
 
-        // Its square is no larger than itself here, and leaves no room to fade.
+        // Its square is 0.2 pixels larger here, and leaves no room to fade.
         View(10, Vec2(0.5f, 0.5f));
         DrawCircle(1, Red, Red, 0, Red);
         EXPECT_PIXEL(Red, 0, 0);
         EXPECT_PIXEL(Mix(Sky, Red, 0.5f), 1, 0);
         EXPECT_PIXEL(Mix(Sky, Red, 0.5f), 0, -1);
+        View(10, Vec2(0.2f, 0.5f));
+        DrawCircle(1, Red, Red, 0, Red);
+        EXPECT_PIXEL(Mix(Sky, Red, 0.2f), 1, 0);
     });
 }
 
@@ -525,13 +528,16 @@ TEST_F(ShaderInContextTest, APolygonHasASharpOutlineWithInkThatRunsOutInwards)
             EXPECT_LT(0.4f, ink.y);
             EXPECT_EQ(0, ink.z) << "the outline is sharp";
             EXPECT_PIXEL(Sky, 25, 0);
-            // Up to and beyond the end of the map, which has a border that is inside.
-            for (int i = 26; i < Size / 2; ++i)
+
+            // The map ends 0.1 pixels beyond the middle of one. At its end it is half inside.
+            View(zoom, Vec2(0.4f, 0.4f));
+            DrawPolygon(25, Red, Green, 1.15f);
+            for (int i = 27; i < Size / 2; ++i)
             {
                 EXPECT_PIXEL(Sky, i, 0);
                 EXPECT_PIXEL(Sky, -i, 3);
-                EXPECT_PIXEL(Sky, 3, i);
-                EXPECT_PIXEL(Sky, i, i);
+                EXPECT_PIXEL(Sky, 3, -i);
+                EXPECT_PIXEL(Sky, -i, -i);
             }
 
             View(zoom, Vec2(0.5f, 0.5f));
@@ -665,6 +671,10 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
             EXPECT_LT(0.4f, depth) << "but a little";
             before = depth;
         }
+        // Most of it within a few pixels of the surface: green rises slowly from there.
+        glClear(GL_COLOR_BUFFER_BIT);
+        DrawWater(blue, 0.5f, 32);
+        EXPECT_NEAR(0.75f * 0.775f, At(20, 0).z, 0.02f);
 
         // The light comes from above.
         glClear(GL_COLOR_BUFFER_BIT);
