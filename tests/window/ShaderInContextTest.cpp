@@ -198,14 +198,23 @@ protected:
         glEnd();
     }
 
-    /// A field that rises from 0 at the left to 1 at the right, or from the top to the bottom.
-    void DrawWater(const Vec4& color, float cutoff, unsigned char green, bool down = false)
+    enum Field
+    {
+        RisesToTheRight, // from 0 to nearly 1
+        RisesDownwards,
+        IsFull
+    };
+
+    void DrawWater(const Vec4& color, float cutoff, unsigned char green,
+                   Field shape = RisesToTheRight)
     {
         std::vector<unsigned char> field;
         for (int y = 0; y < Size; ++y)
             for (int x = 0; x < Size; ++x)
             {
-                const int value = 4 * (down ? Size - 1 - y : x);
+                const int value = shape == RisesToTheRight  ? 4 * x
+                                  : shape == RisesDownwards ? 4 * (Size - 1 - y)
+                                                            : 255;
                 for (const int channel : {value, int(green), value, value})
                     field.push_back(static_cast<unsigned char>(channel));
             }
@@ -678,12 +687,17 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
 
         // The light comes from above.
         glClear(GL_COLOR_BUFFER_BIT);
-        DrawWater(blue, 0.5f, 0, true);
+        DrawWater(blue, 0.5f, 0, RisesDownwards);
         const float above = At(0, -2).x;
         glScalef(1, -1, 1);
         glClear(GL_COLOR_BUFFER_BIT);
-        DrawWater(blue, 0.5f, 0, true);
+        DrawWater(blue, 0.5f, 0, RisesDownwards);
         EXPECT_LT(At(0, 1).x + 0.2f, above);
+
+        // Far from the surface the field is flat.
+        glClear(GL_COLOR_BUFFER_BIT);
+        DrawWater(blue, 0.5f, 0, IsFull);
+        EXPECT_PIXEL(blue * 0.75f, 0, 0);
 
         // What isn't to be seen has no rim.
         glClear(GL_COLOR_BUFFER_BIT);
