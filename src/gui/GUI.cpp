@@ -4,7 +4,7 @@
 #include "input/Key.h"
 #include "logging/Log.h"
 #include "rendering/Renderer.h"
-#include "rendering/Texture.h"
+#include "rendering/TextureManager.h"
 #include "util/Profiler.h"
 #include "util/Profiler2.h"
 #include "util/ScopeProfiler.h"
@@ -112,6 +112,8 @@ GUI::GUI()
     , m_main(QUIB_NEW Component)
     , m_tooltips(QUIB_NEW Component)
     , m_keyboardListener(QUIB_NEW KeyboardListener(this))
+    , m_defaultCursor(LoadCursor("mouse"))
+    , m_cursor(m_defaultCursor)
 {
     SetReflectedName("GUI");
     m_root->SetReflectedName("Root");
@@ -185,6 +187,11 @@ void GUI::ReleaseKeyboard(const ComponentPtr& component)
 bool GUI::HasKeyboard(const Component* component) const
 {
     return component && m_keyboardOwner.GetUnlocked() == component;
+}
+
+rendering::TextureProxy GUI::LoadCursor(const util::String& name)
+{
+    return rendering::TextureManager::GetInstancePtr()->Load(name, {GL_RGBA, true});
 }
 
 void GUI::SetCursor(const rendering::TextureProxy& texture)

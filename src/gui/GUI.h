@@ -40,9 +40,14 @@ public:
     void ReleaseKeyboard(const ComponentPtr& component);
     bool HasKeyboard(const Component* component) const;
 
+    /// For SetCursor.
+    /// @param name  below the folder of textures
+    static rendering::TextureProxy LoadCursor(const util::String& name);
     /// Drawn at the mouse, 32 x 32, with its hot spot in the middle, in place of the desktop's.
-    /// @param texture  null for the desktop's
+    /// @param texture  none, or one that failed to load, for the desktop's
     void SetCursor(const rendering::TextureProxy& texture);
+    /// The picture "mouse".
+    void SetDefaultCursor() { SetCursor(m_defaultCursor); }
 
     /// GUI.scale held to 0.1 to 10, so that no script can lock its user out. The attribute keeps
     /// what was written.
@@ -84,6 +89,7 @@ private:
     ComponentPtr m_tooltips;
     util::SharedPtr<InputListener> m_keyboardListener; // in the root
     util::WeakPtr<Component> m_keyboardOwner;
+    rendering::TextureProxy m_defaultCursor;
     rendering::TextureProxy m_cursor;                 // null: the desktop's
     std::optional<bool> m_isOSCursorShown;            // as told SDL last, in this window
     util::String m_shownProfile;                      // the latest text of each profiler

@@ -7,6 +7,7 @@
 #include <SDL_image.h>
 #include <boost/filesystem.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -90,6 +91,63 @@ bool IsRGBA(const SDL_PixelFormat& format)
            format.Bmask == BlueMask && format.Amask == AlphaMask;
 }
 
+int (*s_readStdio)(SDL_RWops*, void*, int, int) = nullptr;
+
+/// What a truncated file lacks is 0. SDL_image looks at what it has not been given: it would find the
+/// piece before once more, without end.
+int ReadZerosAtEnd(SDL_RWops* file, void* data, int size, int count)
+{
+    const int got = std::max(s_readStdio(file, data, size, count), 0);
+    if (got < count)
+        std::memset(static_cast<char*>(data) + size_t(got) * size, 0, size_t(count - got) * size);
+    return got;
+}
+
+/// SDL believes the number of bits that a BMP claims, and dies of some.
+bool IsBadBMP(const util::String& path)
+{
+    unsigned char head[30] = {};
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file || std::fread(head, 1, sizeof(head), file.get()) != sizeof(head) ||
+        std::memcmp(head, "BM", 2) != 0)
+        return false;
+    const bool isOS2 = head[14] == 12;
+    const unsigned char* bits = head + (isOS2 ? 24 : 28);
+    switch (bits[0] | bits[1] << 8)
+    {
+    case 1:
+    case 4:
+    case 8:
+    case 15:
+    case 16:
+    case 24:
+    case 32:
+        return false;
+    default:
+        return true;
+    }
+}
+
+/// IMG_Load, for files from anywhere.
+/// @return null, and SDL's error tells why
+SurfacePtr LoadSurface(const util::String& path)
+{
+    SDL_ClearError();
+    if (IsNoFile(path))
+        SDL_SetError("It is no file");
+    else if (IsBadBMP(path))
+        SDL_SetError("Unknown number of bits per pixel");
+    else if (SDL_RWops* file = SDL_RWFromFile(path.c_str(), "rb"))
+    {
+        s_readStdio = file->read;
+        file->read = ReadZerosAtEnd;
+        const size_t dot = path.rfind('.');
+        util::String extension = dot == util::String::npos ? "" : path.substr(dot + 1);
+        return SurfacePtr(IMG_LoadTyped_RW(file, 1, &extension[0]));
+    }
+    return nullptr;
+}
+
 /// @return null when that fails
 SurfacePtr ToRGBA(SDL_Surface* from)
 {
@@ -151,11 +209,7 @@ ImageRGBA32Ptr ImageRGBA32::LoadFile(const util::String& path)
     if (util::ends_with(path, ".raw"))
         return LoadRAW(path, RAWAlpha);
 
-    SDL_ClearError();
-    const bool isNoFile = IsNoFile(path);
-    if (isNoFile)
-        SDL_SetError("It is no file");
-    SurfacePtr pic(isNoFile ? nullptr : IMG_Load(path.c_str()));
+    SurfacePtr pic = LoadSurface(path);
     if (!pic)
         ThrowCouldNotLoad(path);
     CheckSize(path, pic->w, pic->h);

@@ -43,7 +43,9 @@ struct Furniture
 {
     Furniture()
     {
-        dir.Write("autoexec.cfg", HandSettings(Texts()) + "App.autosaveTime = 1.0e9;\n");
+        // The mouse often is where a test looks.
+        dir.Write("autoexec.cfg",
+                  HandSettings(Texts()) + "App.autosaveTime = 1.0e9; GUI.forceOSCursor = true;\n");
         dir.Write("config.cfg", "System.resolution = [640, 480]");
         dir.Write("scenes/welcome.qib", "FileInfo.version = 2; Sim.running = false;");
     }

@@ -17,6 +17,7 @@
 #include "app/tools/SpringTool.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
+#include "rendering/Texture.h"
 #include "util/Failures.h"
 #include "util/Timer.h"
 
@@ -156,5 +157,23 @@ void Tools::Update(float dt)
         QUIB_PASS_ON(OnToolKeyRelease());
     const ToolPtr tool = GetTool();
     QUIB_PASS_ON(tool->Update(dt));
+    UpdateCursor();
+}
+
+void Tools::UpdateCursor()
+{
+    const util::String name = GetTool()->GetCursorName();
+    if (name != m_cursorName)
+    {
+        m_cursor =
+            name.empty() ? rendering::TextureProxy() : gui::GUI::LoadCursor("cursors/" + name);
+        m_cursorName = name;
+    }
+    // One that fails to load may load later.
+    gui::GUI* gui = gui::GUI::GetInstancePtr();
+    if (m_cursor)
+        gui->SetCursor(m_cursor);
+    else
+        gui->SetDefaultCursor();
 }
 }

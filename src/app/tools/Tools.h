@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/tools/Tool.h"
+#include "rendering/TextureProxy.h"
 #include "util/Singleton.h"
 
 #include <tuple>
@@ -66,6 +67,7 @@ public:
 private:
     void OnToolKeyPress(const input::KeyEvent& event);
     void OnToolKeyRelease();
+    void UpdateCursor();
 
     std::tuple<util::SharedPtr<MoveTool>, util::SharedPtr<RotateTool>, util::SharedPtr<PanTool>,
                util::SharedPtr<SketchTool>, util::SharedPtr<BrushTool>, util::SharedPtr<DragTool>,
@@ -83,7 +85,9 @@ private:
         ToolPtr tool;
     };
     std::vector<KeyEntry> m_keyTable;
-    int m_heldKey = 0;      // 0: none
-    double m_pressTime = 0; // seconds
+    int m_heldKey = 0;                // 0: none
+    double m_pressTime = 0;           // seconds
+    util::String m_cursorName;        // as the current tool has said; "" for none of its own
+    rendering::TextureProxy m_cursor; // of that name
 };
 }
