@@ -8,6 +8,7 @@ namespace input
 {
 void Input::OnKeyEvent(const KeyEvent& event)
 {
+    QUIB_PROFILE("OnKeyEvent");
     m_keys[event.GetKey()] = event.IsDown();
     InputDelegator::OnKeyEvent(event);
     if (event.GetKey() < MouseLeft || event.GetKey() > MouseRight)
@@ -78,6 +79,7 @@ void Input::OnMouseMove(const MouseEvent& event)
 
 void Input::CheckClickTimeout()
 {
+    QUIB_PROFILE("CheckClickTimeout");
     if (m_state != Armed || !(util::Timer::GetCurrentTime() - m_pressTime > m_clickLimits().time))
         return;
     if (m_clickCount > 0)

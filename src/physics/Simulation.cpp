@@ -266,7 +266,10 @@ void Simulation::Update(double dt)
         RunSteps(dt, timeFactor);
 
     FlushBadBodies();
-    AppendStatistics();
+    {
+        QUIB_PROFILE("Status text");
+        AppendStatistics();
+    }
 }
 
 void Simulation::RunSteps(double dt, float timeFactor)

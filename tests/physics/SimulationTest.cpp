@@ -323,7 +323,7 @@ TEST_F(SimulationTest, NamesItsStagesToTheProfiler)
     AddBox(Vec2(1, 1), Vec2(0, 0.49f));
     EXPECT_EQ("Simulation::Update(Simu::Step(" + forceScopes + contactScopes +
                   ", IntegrateVelocity, " + SolverScopes("GaussSeidelSolver") +
-                  ", IntegrateVelocity, IntegratePosition, SPH vel-smoothing))",
+                  ", IntegrateVelocity, IntegratePosition, SPH vel-smoothing), Status text)",
               ScopesOf([&] { sim.Update(0.009); }));
     sim.m_leapFrog = false;
     sim.m_prioritizedSolver = true;
@@ -339,7 +339,7 @@ TEST_F(SimulationTest, NamesItsStagesToTheProfiler)
                   "Building neighbor lists), CalcSPHForces, Evaporation, Jitter, Statistics)"));
     sim.EraseWater();
     sim.m_running = false;
-    EXPECT_EQ("Simulation::Update(Simu::Step(" + contactScopes + "))",
+    EXPECT_EQ("Simulation::Update(Simu::Step(" + contactScopes + "), Status text)",
               ScopesOf([&] { sim.Update(0.009); }));
 }
 

@@ -674,3 +674,75 @@ TEST_F(ProgramTest, AKillAtAnyMomentLeavesWholeFiles)
     EXPECT_FALSE(dir.Has("config.autosave.cfg"));
     EXPECT_FALSE(dir.Has("config.autosave.cfg.tmp"));
 }
+
+// One entity of each kind and water: no stage may get more parts than the profiler takes.
+TEST_F(ProgramTest, TwoKeysOfTheNumericPadLogWhereAFrameGoes)
+{
+    dir.Write("all.qib",
+              std::string(PlaneScene) +
+                  "Scene.addBox { pos = [0.0, 1.0]; geomID = 11 };"
+                  "Scene.addBox { pos = [2.0, 1.0]; geomID = 12 };"
+                  "Scene.addCircle { pos = [-2.0, 1.0] };"
+                  "Scene.addPolygon { pos = [-1.0, 1.0]; vecs = [[0.0, 0.0], [1.0, 0.0], "
+                  "[0.0, 1.0]] };"
+                  "Scene.addHinge { size = 0.2; geom0 = 11; geom0pos = [0.0, 0.0]; geom1 = 0; "
+                  "geom1pos = [0.0, 1.0] };"
+                  "Scene.addSpring { size = 0.2; geom0 = 11; geom0pos = [0.0, 0.0]; geom1 = 12; "
+                  "geom1pos = [0.0, 0.0] };"
+                  "Scene.addFixjoint { size = 0.2; geom0 = 12; geom0pos = [0.0, 0.0]; geom1 = 0; "
+                  "geom1pos = [2.0, 1.0] };"
+                  "Scene.addPen { size = 0.2; geom = 12; relPoint = [0.0, 0.0] };"
+                  "Scene.addWater { vecs = [[0.0, 3.0], [0.1, 3.0]] }");
+    XServer server;
+    Program program(dir, server.Display(), {"all.qib"});
+    ASSERT_TRUE(program.WaitUntilItSays(Running)) << program.Err();
+    const WindowInfo window = server.WaitForWindow();
+    server.MovePointer(window.x + window.width / 2, window.y + window.height / 4);
+    for (const char* key : {"KP_Divide", "KP_Multiply"})
+    {
+        server.Key(key, true);
+        server.Key(key, false);
+    }
+    std::string log;
+    EXPECT_TRUE(test::WaitFor(
+        [&]
+        {
+            log = dir.Read("Logfile.txt");
+            // The keys force the first ones, of a single frame.
+            return Count(log, "Profile data for ") >= 3 && Count(log, "\n Entity::Draw ") >= 2;
+        }));
+    EXPECT_EQ(0u, Count(log, "before any profiling can be done")) << log;
+    const std::string profile = log.substr(std::min(log.size(), log.rfind("Profile data for ")));
+    for (const char* row : {"\n Main ",
+                            "\n   Events ",
+                            "\n   FlushCallbackSets ",
+                            "\n   GC ",
+                            "\n   Parser::Update ",
+                            "\n   Interp::Update ",
+                            "\n   GUI::Update ",
+                            "\n     App::Update ",
+                            "\n       Simulation::Update ",
+                            "\n         Simu::Step ",
+                            "\n   Draw ",
+                            "\n     glClear ",
+                            "\n     GUI::Draw ",
+                            "\n       App::DrawComp ",
+                            "\n         Water ",
+                            "\n         Entities ",
+                            "\n           Mouse-over ",
+                            "\n           Box::Draw ",
+                            "\n           Circle::Draw ",
+                            "\n           Poly::Draw ",
+                            "\n           Plane::Draw ",
+                            "\n           Hinge::Draw ",
+                            "\n           Spring::Draw ",
+                            "\n           FixJoint::Draw ",
+                            "\n           Pen::Draw ",
+                            "\n       Profiler output ",
+                            "\n     SDL_GL_SwapBuffers ",
+                            "\n   Logger::Update ",
+                            "\n   Frame limiter "})
+        EXPECT_EQ(1u, Count(profile, row)) << row << "\n" << profile;
+    server.AskToClose(window.id);
+    EXPECT_EQ(0, program.Wait()) << program.Err();
+}
