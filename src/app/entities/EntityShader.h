@@ -44,7 +44,7 @@ public:
     /// @param shader  which it belongs to
     EntityUniform(const EntityShader& shader, const char* name)
         : m_shader(shader)
-        , m_uniform(QUIB_NEW rendering::Uniform(shader.GetProxy(), name))
+        , m_uniform(shader.GetProxy(), name)
     {
     }
 
@@ -53,7 +53,7 @@ public:
     {
         if (m_build == m_shader.GetBuild() && value == m_value)
             return;
-        m_uniform->Set(value);
+        m_uniform.Set(value);
         // Afterwards, as asking for the place of the uniform may build the program.
         m_build = m_shader.GetBuild();
         m_value = value;
@@ -61,7 +61,7 @@ public:
 
 private:
     const EntityShader& m_shader;
-    util::SharedPtr<rendering::Uniform> m_uniform;
+    rendering::Uniform m_uniform;
     T m_value{};
     unsigned m_build = 0; // that has the value; 0: none has
 };

@@ -1,13 +1,15 @@
 #include "app/entities/FixJointEntity.h"
 
-#include "app/App.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/Pictures.h"
 #include "app/entities/WeldBatch.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
 #include "util/ScopeProfiler.h"
 
+#include <GL/gl.h>
+
+using math::Vec2;
 using physics::GeomPtr;
 
 namespace app
@@ -71,9 +73,15 @@ bool FixJointEntity::IsAlive() const
 void FixJointEntity::Draw() const
 {
     QUIB_PROFILE("FixJoint::Draw");
-    const float angle = GetGeom(0) ? GetGeom(0)->GetPose().GetAngle() : 0;
-    DrawFixJoint(GetMiddle(), angle, GetSize(), GetColor4());
-    if (IsMouseOver() || IsSelected())
-        DrawRing(GetMiddle(), GetSize(), App::GetInstancePtr()->GetBorderColor(this));
+    static const rendering::TextureProxy& s_fixjoint = GetPicture("fixjoint");
+    math::Mat2D pose = GetGeom(0) ? GetGeom(0)->GetPose() : math::Mat2D();
+    pose.SetTranslation(GetMiddle());
+    glDisable(GL_DEPTH_TEST);
+    glPushMatrix();
+    pose.MultToGL();
+    DrawPicture(s_fixjoint, Vec2(), GetSize(), GetColor4());
+    DrawRing(*this, Vec2(), GetSize());
+    glPopMatrix();
+    glEnable(GL_DEPTH_TEST);
 }
 }

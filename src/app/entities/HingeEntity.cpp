@@ -3,12 +3,13 @@
 #include "app/App.h"
 #include "app/AppGUI.h"
 #include "app/EntitySerializer.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/Pictures.h"
 #include "physics/Geom.h"
 #include "physics/Hinge.h"
 #include "physics/Simulation.h"
 #include "util/ScopeProfiler.h"
 
+#include <GL/gl.h>
 #include <SDL_keysym.h>
 
 #include <limits>
@@ -147,9 +148,11 @@ void HingeEntity::Draw() const
     // A thing that is selected must be seen.
     if (isHidden && !IsMouseOver() && !IsSelected())
         return;
-    DrawHinge(GetMiddle(), GetSize(), GetColor4());
-    if (IsMouseOver() || IsSelected())
-        DrawRing(GetMiddle(), GetSize(), App::GetInstancePtr()->GetBorderColor(this));
+    static const rendering::TextureProxy& s_hinge = GetPicture("hinge");
+    glDisable(GL_DEPTH_TEST);
+    DrawPicture(s_hinge, GetMiddle(), GetSize(), GetColor4());
+    DrawRing(*this, GetMiddle(), GetSize());
+    glEnable(GL_DEPTH_TEST);
 }
 
 void HingeEntity::SerializeTo(EntitySerializer& serializer) const

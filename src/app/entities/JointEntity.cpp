@@ -2,6 +2,7 @@
 
 #include "app/EntitySerializer.h"
 #include "app/Scene.h"
+#include "app/entities/Pictures.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
@@ -142,6 +143,13 @@ Vec2 JointEntity::GetMiddle() const
 math::BoundingCircle JointEntity::AsCircle() const
 {
     return math::BoundingCircle(m_worldPoints[0], m_size * 0.5f);
+}
+
+bool JointEntity::IsInView(const math::BoundingBox& view) const
+{
+    math::BoundingBox drawn(GetMiddle(), GetMiddle());
+    drawn.Grow(GetPictureReach(m_size));
+    return Intersects(drawn, view);
 }
 
 bool JointEntity::IsAlive() const

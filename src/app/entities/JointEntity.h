@@ -72,6 +72,8 @@ public:
     void EndTransform() override;
     void SerializeTo(EntitySerializer& serializer) const override;
     void Deserialize(const EntitySerializer& serializer) override;
+    /// By what is drawn, which lies in the middle of the ends and not where it is picked.
+    bool IsInView(const math::BoundingBox& view) const override;
 
 protected:
     explicit JointEntity(float size);

@@ -2,7 +2,9 @@
 
 #include "app/App.h"
 #include "app/Scene.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/EntityShader.h"
+#include "app/entities/Pictures.h"
+#include "core/ResourceManager.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
@@ -10,7 +12,7 @@
 #include "util/Failures.h"
 #include "util/ScopeProfiler.h"
 
-#include <GL/gl.h>
+#include <GL/glew.h>
 
 #include <algorithm>
 
@@ -24,6 +26,18 @@ namespace
 {
 const size_t MaxTrailElements = 1000000;
 const double MaxTrailAge = 3600; // simulated seconds
+
+struct LineShader final : EntityShader
+{
+    LineShader()
+        : EntityShader("line")
+    {
+    }
+
+    EntityUniform<math::Vec4> m_color{*this, "Color"};
+    EntityUniform<float> m_width{*this, "Width"};         // world units
+    EntityUniform<float> m_pixelSize{*this, "PixelSize"}; // world units
+};
 
 /// The unit vector to the left of the way from a to b.
 Vec2 SideOf(const Vec2& a, const Vec2& b)
@@ -129,41 +143,66 @@ bool PenEntity::IsInView(const math::BoundingBox&) const
 void PenEntity::Draw() const
 {
     QUIB_PROFILE("Pen::Draw");
+    static const rendering::TextureProxy& s_pen = GetPicture("pen");
     glDisable(GL_DEPTH_TEST);
-    DrawTrail();
+    if (m_trail.size() >= 2)
+        DrawTrail();
+    DrawPicture(s_pen, GetPos(), m_size, GetColor4());
+    DrawRing(*this, GetPos(), m_size);
     glEnable(GL_DEPTH_TEST);
-    DrawPen(GetPos(), m_size, GetColor4());
-    if (IsMouseOver() || IsSelected())
-        DrawRing(GetPos(), m_size, App::GetInstancePtr()->GetBorderColor(this));
 }
 
 void PenEntity::DrawTrail() const
 {
-    const double now = Simulation::GetInstancePtr()->GetSimTime();
-    const double oldest = now - m_fadeTime;
-    // In order of time. Most of a long trail has faded.
-    const auto first =
-        std::upper_bound(m_trail.begin(), m_trail.end(), oldest,
-                         [](double time, const TrailElement& e) { return time < e.time; });
-    if (m_trail.end() - first < 2)
-        return;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const float width = 0.7f * m_size;
-    const math::Vec4& color = GetColor4();
-    glDisable(GL_TEXTURE_2D);
-    glBegin(GL_TRIANGLE_STRIP);
-    for (auto it = first; it != m_trail.end(); ++it)
+    float width = 0.7f * m_size;
+    // Deliberate: also when the shader that fades in over it is not there.
+    if (core::ResourceManager::GetInstancePtr()->GetShaders())
+        width += App::GetInstancePtr()->GetPixelSize();
+
+    LineShader& shader = GetEntityShader<LineShader>();
+    if (shader.IsUsable())
     {
-        const float a = 1 - static_cast<float>(now - it->time) / m_fadeTime;
+        const util::BindScope<rendering::Shader> bound(shader.Get());
+        shader.m_color.Set(GetColor4());
+        shader.m_width.Set(width);
+        shader.m_pixelSize.Set(App::GetInstancePtr()->GetPixelSize());
+        DrawRibbon(width, [width](float a, bool isRight) { glTexCoord2f(isRight ? width : 0, a); });
+    }
+    else
+    {
+        rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+        const math::Vec4& color = GetColor4();
+        glDisable(GL_TEXTURE_2D);
+        DrawRibbon(width, [&](float a, bool)
+                   { renderer->SetColor4(math::Vec4(color.XYZ(), color.w * a)); });
+        glEnable(GL_TEXTURE_2D);
+    }
+}
+
+template<typename F>
+void PenEntity::DrawRibbon(float width, F setVertexData) const
+{
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    const double now = Simulation::GetInstancePtr()->GetSimTime();
+    const float fadeTime = m_fadeTime;
+    // In order of time. Most of a long trail has faded.
+    auto it = m_trail.begin();
+    if (fadeTime >= 0)
+        it = std::upper_bound(it, m_trail.end(), now - fadeTime,
+                              [](double time, const TrailElement& e) { return time < e.time; });
+    glBegin(GL_TRIANGLE_STRIP);
+    for (; it != m_trail.end(); ++it)
+    {
+        const float a = 1 - static_cast<float>(now - it->time) / fadeTime;
         if (!(a > 0))
             continue;
         const Vec2 half = it->side * (width * 0.5f);
-        renderer->SetColor4(math::Vec4(color.XYZ(), color.w * a));
+        setVertexData(a, false);
         renderer->Vertex(it->pos - half);
+        setVertexData(a, true);
         renderer->Vertex(it->pos + half);
     }
     glEnd();
-    glEnable(GL_TEXTURE_2D);
 }
 
 void PenEntity::Check() const

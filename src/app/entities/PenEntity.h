@@ -72,6 +72,10 @@ private:
     void OnSimUpdate(float dt);
     math::BoundingCircle AsCircle() const override;
     void DrawTrail() const;
+    /// @param setVertexData  called with the freshness (1: new, 0: faded), and whether it is the second
+    ///                       one of an element, before each vertex
+    template<typename F>
+    void DrawRibbon(float width, F setVertexData) const;
 
     util::SharedPtr<physics::Geom> m_geom;
     math::Vec2 m_localPoint; // in the geometry's space

@@ -1,20 +1,56 @@
 #include "app/entities/SpringEntity.h"
 
-#include "app/App.h"
 #include "app/EntitySerializer.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/Pictures.h"
 #include "physics/Body.h"
 #include "physics/Geom.h"
 #include "physics/Polygon.h"
 #include "physics/Simulation.h"
 #include "physics/SpringJoint.h"
+#include "rendering/Renderer.h"
+#include "rendering/Texture.h"
 #include "util/Callback.h"
 #include "util/ScopeProfiler.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
 
 using math::Vec2;
 
 namespace app
 {
+namespace
+{
+const float TexLength = 4; // of the picture, in parts of its width
+
+// The caps keep their form while what is between them stretches.
+void DrawCoil(const physics::Linesegment& line, float size, const math::Vec4& color)
+{
+    static const rendering::TextureProxy& s_spring = GetPicture("spring");
+    const float length = line.Length();
+    const Vec2 along = math::Normalized(line.p1 - line.p0);
+    const Vec2 side = math::Rot90CCW(along) * (size * 0.5f);
+    const float cap = std::min(size * 0.5f, length * 0.5f), capPart = 0.5f / TexLength;
+    const float ends[4][2] = {{0, 0}, {cap, capPart}, {length - cap, 1 - capPart}, {length, 1}};
+
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    renderer->SetColor4(color);
+    s_spring->Bind();
+    glBegin(GL_TRIANGLE_STRIP);
+    for (const auto& [distance, v] : ends)
+    {
+        const Vec2 p = line.p0 + along * distance;
+        glTexCoord2f(0, v);
+        renderer->Vertex(p + side);
+        glTexCoord2f(1, v);
+        renderer->Vertex(p - side);
+    }
+    glEnd();
+    s_spring->Unbind();
+}
+}
+
 SpringEntity::SpringEntity(float size)
     : JointEntity(size)
     , m_strengthFactor(this, "strengthFactor", 0.05f)
@@ -137,10 +173,18 @@ float SpringEntity::CalcEnergy() const
 void SpringEntity::Draw() const
 {
     QUIB_PROFILE("Spring::Draw");
-    DrawSpring(GetLine(), GetSize(), GetColor4());
-    if (IsMouseOver() || IsSelected())
-        for (int i = 0; i < 2; ++i)
-            DrawRing(GetWorldPoint(i), GetSize(), App::GetInstancePtr()->GetBorderColor(this));
+    glDisable(GL_DEPTH_TEST);
+    DrawCoil(GetLine(), GetSize(), GetColor4());
+    for (int i = 0; i < 2; ++i)
+        DrawRing(*this, GetWorldPoint(i), GetSize());
+    glEnable(GL_DEPTH_TEST);
+}
+
+bool SpringEntity::IsInView(const math::BoundingBox& view) const
+{
+    math::BoundingBox drawn(GetWorldPoint(0), GetWorldPoint(1));
+    drawn.Grow(GetPictureReach(GetSize()));
+    return Intersects(drawn, view);
 }
 
 void SpringEntity::SerializeTo(EntitySerializer& serializer) const

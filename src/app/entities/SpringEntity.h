@@ -50,6 +50,7 @@ public:
     void Deserialize(const EntitySerializer& serializer) override;
     math::BoundingBox GetAABB() const override;
     float CalcEnergy() const override;
+    bool IsInView(const math::BoundingBox& view) const override;
 
 protected:
     void Check() const override;

@@ -4,7 +4,7 @@
 #include "app/Camera.h"
 #include "app/Scene.h"
 #include "app/entities/GeomEntity.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/Pictures.h"
 #include "app/tools/ToolDrawing.h"
 #include "input/Key.h"
 #include "physics/Geom.h"
@@ -108,7 +108,8 @@ void RotateTool::Draw() const
     if (!IsInUse())
         return;
     const App* app = App::GetInstancePtr();
-    DrawHinge(m_center, app->GetDefaultJointSize(), ArcColor);
+    static const rendering::TextureProxy& s_origo = GetPicture("rotate_origo.png");
+    DrawPicture(s_origo, m_center, app->GetDefaultJointSize(), math::Vec4(1, 1, 1, 1));
     const float radius = ArcRadius * app->GetScreenCM();
     math::Vec2List arc;
     for (int i = 0; i <= ArcSteps; ++i)

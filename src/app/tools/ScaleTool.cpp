@@ -5,7 +5,7 @@
 #include "app/Snapshot.h"
 #include "app/Undoer.h"
 #include "app/entities/Entity.h"
-#include "app/entities/JointDrawing.h"
+#include "app/entities/Pictures.h"
 #include "app/tools/ToolDrawing.h"
 #include "input/Input.h"
 #include "rendering/Renderer.h"

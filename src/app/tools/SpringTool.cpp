@@ -7,6 +7,7 @@
 #include "physics/Geom.h"
 #include "physics/Simulation.h"
 #include "physics/WorldGeom.h"
+#include "rendering/Pushers.h"
 
 using math::Vec2;
 
@@ -63,8 +64,10 @@ void SpringTool::OnDragEnd(const input::DragEvent& event)
 
 void SpringTool::Draw() const
 {
-    if (m_preview)
-        m_preview->Draw();
+    if (!m_preview)
+        return;
+    const rendering::AttribPusher attribs; // an entity leaves the depth test on
+    m_preview->Draw();
 }
 
 bool SpringTool::Disband()
