@@ -1,6 +1,7 @@
 #include "core/RecordedSDL.h"
 
 #include <GL/glew.h>
+#include <GL/glu.h>
 #include <SDL.h>
 
 #include <dlfcn.h>
@@ -55,6 +56,12 @@ using recorded::State;
 
 extern "C"
 {
+    // GLU asks OpenGL for its version, and there is none.
+    GLint gluBuild2DMipmaps(GLenum, GLint, GLsizei, GLsizei, GLenum, GLenum, const void*)
+    {
+        return 0;
+    }
+
     int SDL_GL_SetAttribute(SDL_GLattr attribute, int value)
     {
         const std::string name = recorded::AttributeName(attribute);
