@@ -15,8 +15,10 @@ std::vector<std::string>& Calls();
 struct State
 {
     int width = 4, height = 3;
-    int packAlignment = 4;
-    unsigned error = 0; // of the next glGetError
+    int packAlignment = 4, unpackAlignment = 4;
+    unsigned textures = 0; // given out so far
+    int mipmapsError = 0;  // of gluBuild2DMipmaps
+    unsigned error = 0;    // of the next glGetError
 };
 State& GL();
 

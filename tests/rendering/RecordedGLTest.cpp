@@ -106,12 +106,52 @@ extern "C"
         }
         else if (name == GL_PACK_ALIGNMENT)
             values[0] = GL().packAlignment;
+        else if (name == GL_UNPACK_ALIGNMENT)
+            values[0] = GL().unpackAlignment;
     }
 
     void glPixelStorei(GLenum name, GLint value)
     {
         if (name == GL_PACK_ALIGNMENT)
             GL().packAlignment = value;
+        else if (name == GL_UNPACK_ALIGNMENT)
+            GL().unpackAlignment = value;
+    }
+
+    void glGenTextures(GLsizei, GLuint* names)
+    {
+        *names = ++GL().textures;
+        Note("glGenTextures", *names);
+    }
+    void glDeleteTextures(GLsizei, const GLuint* names)
+    {
+        Note("glDeleteTextures", *names);
+    }
+    void glBindTexture(GLenum, GLuint name)
+    {
+        Note("glBindTexture", name);
+    }
+    void glTexImage2D(GLenum, GLint level, GLint internalFormat, GLsizei width, GLsizei height,
+                      GLint border, GLenum format, GLenum type, const void*)
+    {
+        Note("glTexImage2D", level, internalFormat, width, height, border, format, type,
+             GL().unpackAlignment);
+    }
+    GLint gluBuild2DMipmaps(GLenum, GLint internalFormat, GLsizei width, GLsizei height,
+                            GLenum format, GLenum type, const void*)
+    {
+        Note("gluBuild2DMipmaps", internalFormat, width, height, format, type,
+             GL().unpackAlignment);
+        return GL().mipmapsError;
+    }
+    void glTexParameteri(GLenum, GLenum name, GLint value)
+    {
+        Note("glTexParameteri", name, value);
+    }
+    void glCopyTexSubImage2D(GLenum, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
+                             GLsizei width, GLsizei height)
+    {
+        Note("glCopyTexSubImage2D", level, xoffset, yoffset, x, y, width, height);
     }
 
     // Pads rows as the real one does: each pixel is (column, row, 200).
