@@ -93,6 +93,7 @@ bool IsRGBA(const SDL_PixelFormat& format)
 }
 
 int (*s_readStdio)(SDL_RWops*, void*, int, int) = nullptr;
+bool s_hasFallenShort = false; // since it was set so
 
 /// What a truncated file lacks is 0. SDL_image looks at what it has not been given: it would find the
 /// piece before once more, without end.
@@ -100,7 +101,10 @@ int ReadZerosAtEnd(SDL_RWops* file, void* data, int size, int count)
 {
     const int got = std::max(s_readStdio(file, data, size, count), 0);
     if (got < count)
+    {
+        s_hasFallenShort = true;
         std::memset(static_cast<char*>(data) + size_t(got) * size, 0, size_t(count - got) * size);
+    }
     return got;
 }
 
@@ -151,7 +155,12 @@ SurfacePtr LoadSurface(const util::String& path)
         }
         const size_t dot = path.rfind('.');
         util::String extension = dot == util::String::npos ? "" : path.substr(dot + 1);
-        return SurfacePtr(IMG_LoadTyped_RW(file, 1, &extension[0]));
+        s_hasFallenShort = false;
+        SurfacePtr surface(IMG_LoadTyped_RW(file, 1, &extension[0]));
+        // Others read ahead, or look themselves.
+        if (!surface || !s_hasFallenShort || !util::iequals(extension, "tga"))
+            return surface;
+        SDL_SetError("Error reading TGA data");
     }
     return nullptr;
 }

@@ -233,7 +233,7 @@ TEST_F(ImageTest, HugePicturesAreRefused)
     const struct
     {
         int width, height;
-    } cases[] = {{0x7FFFFFFF, 0x7FFFFFFF}, {16000, 16000}, {-1, 1}, {1, -0x7FFFFFFF}, {0, 0x7FFF}};
+    } cases[] = {{0x7FFFFFFF, 0x7FFFFFFF}, {-1, 1}, {1, -0x7FFFFFFF}, {0, 0x7FFF}};
     for (const auto& c : cases)
     {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height);
