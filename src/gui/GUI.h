@@ -46,6 +46,7 @@ public:
     /// Drawn at the mouse, 32 x 32, with its hot spot in the middle, in place of the desktop's.
     /// @param texture  none, or one that failed to load, for the desktop's
     void SetCursor(const rendering::TextureProxy& texture);
+    const rendering::TextureProxy& GetCursor() const { return m_cursor; }
     /// The picture "mouse".
     void SetDefaultCursor() { SetCursor(m_defaultCursor); }
 

@@ -230,7 +230,7 @@ TEST_F(TextureTest, IsBoundToAUnitOnlyWhereThereAreUnits)
     test::LogCapture log;
     EXPECT_THROW(texture->Bind(0), BadCoderException);
     EXPECT_THROW(texture->Unbind(1), BadCoderException);
-    EXPECT_EQ(2u, log.Count("Code assertion failed: \"HasMultiTexturing()\"")) << log.Text();
+    EXPECT_TRUE(log.Has("Code assertion failed: \"HasMultiTexturing()\"")) << log.Text();
     EXPECT_EQ(Calls(), recorded::Calls());
     texture->Bind();
     texture->Unbind();

@@ -1,5 +1,7 @@
 #include "ToolFixture.h"
 
+#include "../../AllocationCounter.h"
+
 #include "app/tools/BoxTool.h"
 #include "app/tools/BrushTool.h"
 #include "app/tools/ChainTool.h"
@@ -14,6 +16,7 @@
 #include "app/tools/RotateTool.h"
 #include "app/tools/ScaleTool.h"
 #include "app/tools/SpringTool.h"
+#include "rendering/Texture.h"
 #include "util/Timer.h"
 
 #include <SDL_keysym.h>
@@ -310,6 +313,74 @@ TEST_F(ToolsTest, ChoosingAToolEndsTheGesture)
     TheTools()->Select(TheTools()->Get<BoxTool>());
     EXPECT_FALSE(TheTools()->HasActive());
     EXPECT_TRUE(IsCurrent<BoxTool>());
+}
+
+class ToolsCursorTest : public ToolsTest
+{
+protected:
+    void SetUp() override
+    {
+        ToolsTest::SetUp();
+        Give("mouse");
+    }
+    void TearDown() override
+    {
+        boost::filesystem::remove_all(Dir() / "data/textures");
+        ReloadTextures();
+        ToolsTest::TearDown();
+    }
+    /// A picture of one pixel, for the name below the textures.
+    static void Give(const std::string& name)
+    {
+        const std::string path = Dir() / ("data/textures/" + name + ".tga");
+        boost::filesystem::create_directories(boost::filesystem::path(path).parent_path());
+        test::Spit(path, std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x18\0blu", 21));
+        ReloadTextures();
+    }
+    static void ReloadTextures() { Run("Resources.reloadTextures"); }
+    static const rendering::TextureProxy& Cursor()
+    {
+        return gui::GUI::GetInstancePtr()->GetCursor();
+    }
+    static bool IsCursor(const util::String& name)
+    {
+        return Cursor() && Cursor().GetMentor() == gui::GUI::LoadCursor(name).GetMentor();
+    }
+};
+
+TEST_F(ToolsCursorTest, TheCursorIsThatOfTheToolInUse)
+{
+    Give("cursors/pan");
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("mouse"));
+    TheTools()->SetActive(TheTools()->Get<PanTool>());
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("mouse")) << "not in use yet";
+    TheTools()->Get<PanTool>()->SetInUse(true);
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("cursors/pan"));
+    const size_t before = test::g_allocations;
+    TheTools()->Update(0.02f);
+    EXPECT_EQ(before, test::g_allocations) << "nothing is loaded again";
+    TheTools()->SetActive(nullptr);
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("mouse"));
+}
+
+TEST_F(ToolsCursorTest, WithoutAPictureTheDefaultServesAndWithoutThatOneTheDesktops)
+{
+    TheTools()->SetActive(TheTools()->Get<PanTool>());
+    TheTools()->Get<PanTool>()->SetInUse(true);
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("mouse"));
+    Give("cursors/pan");
+    TheTools()->Update(0.02f);
+    EXPECT_TRUE(IsCursor("cursors/pan")) << "a picture may come later";
+    boost::filesystem::remove_all(Dir() / "data/textures");
+    ReloadTextures();
+    TheTools()->Update(0.02f);
+    EXPECT_FALSE(Cursor());
+    TheTools()->SetActive(nullptr);
 }
 }
 }
