@@ -69,13 +69,15 @@ void ResourceManager::LoadAll(bool reload)
 void ResourceManager::LoadType(const std::type_info& type, bool reload)
 {
     Log(logging::LogInfo, util::String("Reloading ") + type.name());
-    for (AbstractMentor* mentor : AbstractMentor::GetAllClassInstances())
-        if (IsSameType(mentor->GetType(), type))
-        {
-            if (reload)
+    const auto mentors = AbstractMentor::GetAllClassInstances();
+    // All of them first: one that fails takes the default, and not the one that goes next.
+    if (reload)
+        for (AbstractMentor* mentor : mentors)
+            if (IsSameType(mentor->GetType(), type))
                 mentor->Unload();
+    for (AbstractMentor* mentor : mentors)
+        if (IsSameType(mentor->GetType(), type))
             mentor->Load();
-        }
 }
 
 void ResourceManager::OnShaderOnOffChange()
