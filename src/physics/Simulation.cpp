@@ -16,10 +16,9 @@
 #include "util/ScopeProfiler.h"
 #include "util/Timer.h"
 
-#include <boost/format.hpp>
-
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -315,9 +314,10 @@ void Simulation::RunSteps(double dt, float timeFactor)
         const float percent = m_realtimeFraction * 100;
         const bool isPrintable =
             std::fabs(percent) < 1e9f; // not with a time step gone wild, or NaN
-        m_statusText +=
-            (boost::format("%3d%% realtime\n") % (isPrintable ? static_cast<int>(percent) : 0))
-                .str();
+        char text[32];
+        std::snprintf(text, sizeof(text), "%3d%% realtime\n",
+                      isPrintable ? static_cast<int>(percent) : 0);
+        m_statusText += text;
     }
 }
 
@@ -329,13 +329,21 @@ void Simulation::AppendStatistics()
     // Geometries welded to the world make the world count as a body.
     const size_t bodies = m_bodies.size() - (m_worldBody->GetGeoms().size() == 1 ? 1 : 0);
 
-    m_statusText += util::ToString(bodies) + " bodies\n";
-    m_statusText += util::ToString(geoms - 1) + " geometries\n";
-    m_statusText += util::ToString(m_particles.size()) + " particles\n";
-    m_statusText += util::ToString(m_contacts.size()) + " contacts\n";
-    m_statusText += util::ToString(m_joints.size()) + " springs\n";
-    m_statusText += util::ToString(m_hinges.size()) + " hinges\n";
-    m_statusText += "Running at " + util::ToString(1 / m_timeDelta) + " Hz\n";
+    // Piece by piece: the text keeps its memory, and the numbers need none.
+    const auto append = [this](size_t count, const char* what)
+    {
+        m_statusText += util::ToString(count);
+        m_statusText += what;
+    };
+    append(bodies, " bodies\n");
+    append(geoms - 1, " geometries\n");
+    append(m_particles.size(), " particles\n");
+    append(m_contacts.size(), " contacts\n");
+    append(m_joints.size(), " springs\n");
+    append(m_hinges.size(), " hinges\n");
+    m_statusText += "Running at ";
+    m_statusText += util::ToString(1 / m_timeDelta);
+    m_statusText += " Hz\n";
 }
 
 void Simulation::Step(bool integrate)

@@ -4,6 +4,7 @@
 #include "util/ScopeProfiler.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace script
 {
@@ -210,12 +211,25 @@ void TAttrib<T>::CalcValue()
     {
         if (m_lastCalculated != object)
             m_lastCalculated = object;
-        SetImpl(ObjectToValue<T>(object));
+        if (!IsStoredText(object))
+            SetImpl(ObjectToValue<T>(object));
     }
     catch (std::exception& e)
     {
         Unbind(e, QUIB_LOCATION);
     }
+}
+
+template<typename T>
+bool TAttrib<T>::IsStoredText(const ObjectPtr& object) const
+{
+    if constexpr (std::is_same_v<T, util::String>)
+    {
+        const auto* text = As<Value<util::String>>(object);
+        const util::String* stored = GetStored();
+        return text && stored && text->GetValue() == *stored;
+    }
+    return false;
 }
 
 template<typename T>

@@ -67,6 +67,10 @@ protected:
     }
 
 private:
+    /// Null where Get makes the value.
+    virtual const T* GetStored() const { return nullptr; }
+    /// Asked before a text is copied, in every frame. False for all other types.
+    bool IsStoredText(const ObjectPtr& object) const;
     void CalcFormula();
     void Unbind(std::exception& e, const char* location);
 
@@ -87,6 +91,8 @@ public:
     void SetImpl(const T& value) override;
 
 private:
+    const T* GetStored() const override { return &m_value; }
+
     T m_value;
 };
 
