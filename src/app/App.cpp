@@ -5,6 +5,7 @@
 #include "app/Camera.h"
 #include "app/Constants.h"
 #include "app/Scene.h"
+#include "app/Trail.h"
 #include "app/Undoer.h"
 #include "app/WaterDrawing.h"
 #include "app/entities/Entity.h"
@@ -12,20 +13,13 @@
 #include "core/Subsystem.h"
 #include "gui/GUI.h"
 #include "input/Input.h"
-#include "math/Matrix.h"
-#include "physics/Body.h"
 #include "physics/Contact.h"
-#include "physics/Particle.h"
 #include "physics/Simulation.h"
-#include "rendering/Pushers.h"
-#include "rendering/Renderer.h"
 #include "util/Callback.h"
 #include "util/Color.h"
 #include "util/FileSystem.h"
 #include "util/ScopeProfiler.h"
-#include "util/StaticProfilerData.h"
 
-#include <GL/gl.h>
 #include <SDL_keysym.h>
 
 #include <algorithm>
@@ -44,15 +38,6 @@ namespace
 float Positive(float value, float otherwise)
 {
     return value > 0 && IsFinite(value) ? value : otherwise;
-}
-
-/// GL takes anything else for an error, and no setting may end the program. The attribute keeps what
-/// was written.
-float HoldAboveZero(float pixels)
-{
-    const float smallest = 0.01f;
-    // Written so that a NaN is held too.
-    return pixels > smallest ? pixels : smallest;
 }
 }
 
@@ -89,6 +74,8 @@ App::App()
     , m_simpleWater(this, "simpleWater", false)
     , m_waterFanceyFactor(this, "waterFanceyFactor", 10)
     , m_borders(this, "borders", true)
+    , m_trail(std::make_unique<Trail>())
+    , m_water(std::make_unique<WaterDrawing>())
 {
     SetReflectedName("App");
     SetFillOwner(true);
@@ -249,190 +236,6 @@ Vec4 App::RandomEntityColor4()
         // Written so that a sky that is no number ends the search too.
         if (util::RGBIntensity(color) >= 0.05f && !(math::Distance(color, sky) < 0.1f))
             return Vec4(color, 1);
-    }
-}
-
-void App::DrawComp() const
-{
-    Component::DrawComp();
-    QUIB_PROFILE("App::DrawComp");
-    const Scene* scene = Scene::GetInstancePtr();
-    const Camera* camera = scene->GetCamera().get();
-    const math::BoundingBox view(camera->GUIToWorld(Vec2()), camera->GUIToWorld(GetInnerSize()));
-    {
-        QUIB_PROFILE("Culling");
-        m_visibleEntities.clear();
-        for (const auto& entity : scene->GetEntities())
-            // One that is shown elsewhere than it lies can be anywhere.
-            if (entity->IsInView(view) || entity->GetDrawTransform() != math::Mat3())
-                m_visibleEntities.push_back(entity);
-    }
-
-    rendering::AttribPusher attribs;
-    glPushMatrix();
-    rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, 1);
-    {
-        QUIB_PROFILE("Setup");
-        glDisable(GL_DEPTH_TEST);
-        glEnable(GL_TEXTURE_2D);
-        glEnable(GL_BLEND);
-    }
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    m_background->DrawBG();
-
-    math::Mat4FromMat2D(camera->WorldToGUI()).MultToGL();
-    glLineWidth(HoldAboveZero(m_lineWidth));
-    glPointSize(HoldAboveZero(m_pointSize));
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-
-    DrawWater(view, m_waterColor);
-    DrawEntities();
-    if (m_drawBodyCenters)
-        DrawBodyCenters();
-    if (m_drawParticleCenters)
-        DrawParticleCenters();
-    if (m_drawCollisions)
-        DrawCollisions();
-    rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, 1);
-    Tools::GetInstancePtr()->GetTool()->Draw();
-
-    m_visibleEntities.clear();
-    glPopMatrix();
-}
-
-void App::MarkMouseOver() const
-{
-    // When the mouse is elsewhere the flags stay as they were.
-    const Vec2 mouse = input::Input::GetInstancePtr()->GetMousePos();
-    if (!GetOuterBB().Contains(mouse))
-        return;
-    QUIB_PROFILE("Mouse-over");
-    const GroupPtr picked = Scene::GetInstancePtr()->GetSelectionAt(GetMousePos());
-    for (const auto& entity : m_visibleEntities)
-        entity->SetMouseOver(picked->Contains(entity));
-}
-
-static void DrawTransformed(const Entity& entity)
-{
-    const math::Mat3& transform = entity.GetDrawTransform();
-    if (transform == math::Mat3())
-    {
-        entity.Draw();
-        return;
-    }
-    glPushMatrix();
-    math::Mat4FromMat2D(transform).MultToGL();
-    entity.Draw();
-    glPopMatrix();
-}
-
-// Each entity stands in a depth layer of its own, so that a later one covers an earlier one whatever
-// order each draws its own parts in.
-void App::DrawEntities() const
-{
-    QUIB_PROFILE("Entities");
-    MarkMouseOver();
-    if (m_visibleEntities.empty())
-        return;
-
-    rendering::ColorPusher color;
-    glPushMatrix();
-    const float step = 0.9f / static_cast<float>(m_visibleEntities.size());
-    glTranslatef(0, 0, step);
-    glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LESS);
-    for (const auto& entity : m_visibleEntities)
-    {
-        entity->SetSelected(Scene::GetInstancePtr()->IsSelected(entity));
-        QUIB_PROFILE_OFTEN("Entity::Draw");
-        DrawTransformed(*entity);
-        glTranslatef(0, 0, step);
-    }
-    glDisable(GL_DEPTH_TEST);
-    glPopMatrix();
-}
-
-// The velocity lines of the debug overlays are as long as the way of so many seconds.
-static const float VelocityLineTime = 0.025f;
-
-template<typename Bodies>
-static void DrawVelocities(const Bodies& bodies)
-{
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    for (const auto& body : bodies)
-        if (!body->IsImmovable())
-        {
-            renderer->Vertex(body->GetPos());
-            renderer->Vertex(body->GetPos() + body->GetVel() * VelocityLineTime);
-        }
-}
-
-template<typename Bodies>
-static void DrawPositions(const Bodies& bodies)
-{
-    for (const auto& body : bodies)
-        if (!body->IsImmovable())
-            rendering::Renderer::GetInstancePtr()->Vertex(body->GetPos());
-}
-
-void App::DrawBodyCenters() const
-{
-    rendering::AttribPusher attribs;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
-    glDisable(GL_TEXTURE_2D);
-    renderer->SetColor4(0, 1, 0, 0.5f);
-    glBegin(GL_LINES);
-    DrawVelocities(simulation->GetBodies());
-    DrawVelocities(simulation->GetParticles());
-    glEnd();
-    renderer->SetColor4(0.4f, 1, 0.4f, 0.9f);
-    glBegin(GL_POINTS);
-    DrawPositions(simulation->GetBodies());
-    DrawPositions(simulation->GetParticles());
-    glEnd();
-}
-
-void App::DrawParticleCenters() const
-{
-    rendering::AttribPusher attribs;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    const physics::ParticleList& particles = physics::Simulation::GetInstancePtr()->GetParticles();
-    glDisable(GL_TEXTURE_2D);
-    renderer->SetColor4(1, 0, 0, 0.5f);
-    glBegin(GL_LINES);
-    DrawVelocities(particles);
-    glEnd();
-    renderer->SetColor4(1, 0, 0, 1);
-    glBegin(GL_POINTS);
-    DrawPositions(particles);
-    glEnd();
-}
-
-void App::DrawCollisions() const
-{
-    rendering::AttribPusher attribs;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    glDisable(GL_TEXTURE_2D);
-    const double now = physics::Simulation::GetInstancePtr()->GetSimTime();
-    for (const auto& contact : m_contacts)
-    {
-        const Vec2 pos = contact->GetPos();
-        renderer->SetColor4(0.5f, 0, 0, 0.5f);
-        glBegin(GL_LINES);
-        renderer->Vertex(pos);
-        renderer->Vertex(pos + contact->GetTotalImpulse());
-        glEnd();
-        renderer->SetColor4(0, 1, 0, 0.5f);
-        glBegin(GL_LINES);
-        renderer->Vertex(pos);
-        renderer->Vertex(pos + contact->GetNormal() * contact->GetDepth());
-        glEnd();
-        const bool isFresh = now - contact->GetStartTime() < 0.5;
-        renderer->SetColor4(1, isFresh ? 1 : 0, isFresh ? 1 : 0, 1);
-        glBegin(GL_POINTS);
-        renderer->Vertex(pos);
-        glEnd();
     }
 }
 }

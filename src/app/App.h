@@ -8,6 +8,7 @@
 #include "util/Random.h"
 #include "util/Singleton.h"
 
+#include <memory>
 #include <vector>
 
 namespace physics
@@ -20,6 +21,8 @@ namespace app
 class AppGUI;
 class Background;
 class Entity;
+class Trail;
+class WaterDrawing;
 
 class App : public gui::Component, public util::Singleton<App>
 {
@@ -63,6 +66,8 @@ public:
     /// Seconds.
     float GetAutosaveTime() const { return m_autosaveTime; }
     math::Vec3 GetFadeColor() const { return m_fadeColor; }
+    /// Deliberate: the spelling. How much finer than the field of the water its green is.
+    float GetWaterFanceyFactor() const { return m_waterFanceyFactor; }
     int GetMaxSPHSpawn() const { return m_maxSPHSpawn; }
     /// How many times as dense as other bodies chains are.
     float GetChainDensityFactor() const;
@@ -86,11 +91,10 @@ public:
 
 private:
     script::ObjectPtr ChangeLanguage(const script::ObjectPtr& name);
+    void CullEntities(const math::BoundingBox& view) const;
     void DrawEntities() const;
     void MarkMouseOver() const;
-    void DrawBodyCenters() const;
-    void DrawParticleCenters() const;
-    void DrawCollisions() const;
+    void DrawOverlays() const;
 
     script::AttribWrapper<util::String> m_language;
     script::AttribWrapper<float> m_lineWidth;
@@ -125,7 +129,10 @@ private:
     script::AttribWrapper<float> m_waterFanceyFactor;
     script::AttribWrapper<bool> m_borders;
     mutable std::vector<util::SharedPtr<Entity>> m_visibleEntities; // during DrawComp only
+    mutable std::vector<Entity*> m_pickedEntities;                  // during MarkMouseOver only
     std::vector<util::SharedPtr<physics::Contact>> m_contacts;      // of the last step, to be drawn
+    std::unique_ptr<Trail> m_trail;
+    std::unique_ptr<WaterDrawing> m_water;
     util::SharedPtr<Background> m_background;
     util::SharedPtr<AppGUI> m_appGUI;
     util::Random m_random;

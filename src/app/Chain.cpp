@@ -59,35 +59,49 @@ void Chain::Detach()
 EntitySet Chain::GetNeighbors(const EntityPtr& ent, bool withEnds) const
 {
     CODE_ASSERT(ent);
+    std::vector<Entity*> list;
+    GetNeighbors(*ent, withEnds, list);
     EntitySet neighbors;
-    const std::vector<EntityPtr> entities = GetEntities();
+    for (Entity* neighbor : list)
+        neighbors.insert(neighbor);
+    return neighbors;
+}
+
+void Chain::GetNeighbors(const Entity& entity, bool withEnds, std::vector<Entity*>& neighbors) const
+{
+    // Kept for its memory.
+    static std::vector<Entity*> s_living;
+    s_living.clear();
+    for (const auto& slot : m_entities)
+        if (Entity* living = slot.second.GetUnlocked())
+            s_living.push_back(living);
+    const std::vector<Entity*>& entities = s_living;
     const size_t size = entities.size();
     size_t i = 0;
-    while (i < size && entities[i] != ent)
+    while (i < size && entities[i] != &entity)
         ++i;
     // Deliberate: an end has no neighbours. It is what the chain is fastened to.
     if (i == size || i == 0 || i == size - 1)
-        return neighbors;
+        return;
 
     // Deliberate: next to an end that end alone, whether ends are asked for or not.
     if (i == 1)
-        neighbors.insert(entities.front());
+        neighbors.push_back(entities.front());
     if (i == size - 2)
-        neighbors.insert(entities.back());
+        neighbors.push_back(entities.back());
     if (i == 1 || i == size - 2)
-        return neighbors;
+        return;
 
     const Scene* scene = Scene::GetInstancePtr();
-    const auto follows = [](const EntityPtr& a, const EntityPtr& b)
+    const auto follows = [](const Entity* a, const Entity* b)
     { return a->GetChainIndex() + 1 == b->GetChainIndex(); };
     const size_t first = withEnds ? 0 : 1, behindLast = withEnds ? size : size - 1;
     for (size_t k = i + 1;
          k < behindLast && follows(entities[k - 1], entities[k]) && scene->HasEntity(entities[k]);
          ++k)
-        neighbors.insert(entities[k]);
+        neighbors.push_back(entities[k]);
     for (size_t k = i;
          k-- > first && follows(entities[k], entities[k + 1]) && scene->HasEntity(entities[k]);)
-        neighbors.insert(entities[k]);
-    return neighbors;
+        neighbors.push_back(entities[k]);
 }
 }

@@ -44,6 +44,8 @@ public:
     /// nobody or one that is not in the scene. The two ends of the chain count with withEnds only. For
     /// an end itself nothing.
     EntitySet GetNeighbors(const EntityPtr& entity, bool withEnds) const;
+    /// The same for every frame, added to a list that the caller keeps.
+    void GetNeighbors(const Entity& entity, bool withEnds, std::vector<Entity*>& neighbors) const;
 
 private:
     static unsigned long s_idCounter;

@@ -52,6 +52,8 @@ public:
     EntityPtr GetEntityAt(const math::Vec2& pos) const;
     /// What a click would pick: the topmost entity, with all groups that it is in.
     GroupPtr GetSelectionAt(const math::Vec2& pos) const;
+    /// The same for every frame, added to a list that the caller keeps. Some may come more than once.
+    void GetSelectionAt(const math::Vec2& pos, std::vector<Entity*>& picked) const;
     /// The geometries of GetEntitiesAt, and behind them always the world's.
     std::vector<physics::GeomPtr> GetGeomsAt(const math::Vec2& pos) const;
     /// The topmost; on empty space the world's.

@@ -18,22 +18,35 @@ void Scene::SetSelection(const GroupPtr& group)
 
 GroupPtr Scene::GetSelectionAt(const Vec2& pos) const
 {
-    GroupPtr picked = QUIB_NEW Group;
+    std::vector<Entity*> picked;
+    GetSelectionAt(pos, picked);
+    const GroupPtr group = QUIB_NEW Group;
+    for (Entity* entity : picked)
+        group->Add(entity);
+    return group;
+}
+
+void Scene::GetSelectionAt(const Vec2& pos, std::vector<Entity*>& picked) const
+{
     const EntityPtr entity = GetEntityAt(pos);
     if (!entity)
-        return picked;
-    picked->Add(entity);
+        return;
+    picked.push_back(entity.get());
     if (input::Input::GetInstancePtr()->CheckModifier(input::ModAlt))
-        return picked;
+        return;
     if (entity->GetChain())
+    {
+        const size_t first = picked.size();
+        entity->GetChain()->GetNeighbors(*entity, false, picked);
         // An end of the chain may have been erased, and an undo may keep it.
-        for (const EntityPtr& neighbor : entity->GetChain()->GetNeighbors(entity, false))
-            if (HasEntity(neighbor))
-                picked->Add(neighbor);
+        picked.erase(std::remove_if(picked.begin() + first, picked.end(),
+                                    [](const Entity* neighbor) { return !neighbor->m_isInScene; }),
+                     picked.end());
+    }
     for (const GroupPtr& group : m_groups)
         if (group != m_selection && group != m_camera->GetTrackedGroup() && group->Contains(entity))
-            picked->AddAll(group);
-    return picked;
+            for (const EntityPtr& member : group->GetEntities())
+                picked.push_back(member.get());
 }
 
 bool Scene::SelectAt(const Vec2& pos)

@@ -7,6 +7,11 @@
 
 using math::Vec2;
 
+namespace test
+{
+extern size_t g_allocations; // AllocationCounter.h, which one source of the program includes
+}
+
 namespace app
 {
 namespace
@@ -140,6 +145,27 @@ TEST_F(SceneSelectionTest, PicksGroupsOfTheEntityOnlyAndNotOfItsChain)
     TheScene()->GetOrCreateGroupByName("b")->AddAll(GroupOf({e[3], e[6]}));
     EXPECT_EQ((Entities{e[1], e[2], e[3], e[5]}),
               TheScene()->GetSelectionAt(Vec2(6, 0))->GetSorted());
+}
+
+TEST_F(SceneSelectionTest, FillsAListWithTheSameWithoutAllocating)
+{
+    const Entities e = AddCircles(7);
+    const ChainPtr chain = QUIB_NEW Chain;
+    for (int i = 0; i < 5; ++i)
+        chain->AddEntity(e[i]);
+    TheScene()->GetOrCreateGroupByName("a")->AddAll(GroupOf({e[2], e[5]}));
+    std::vector<Entity*> picked;
+    TheScene()->GetSelectionAt(Vec2(6, 0), picked);
+    const GroupPtr group = QUIB_NEW Group;
+    for (Entity* entity : picked)
+        group->Add(entity);
+    EXPECT_EQ((Entities{e[1], e[2], e[3], e[5]}), group->GetSorted());
+    const size_t allocations = test::g_allocations;
+    picked.clear();
+    TheScene()->GetSelectionAt(Vec2(6, 0), picked);
+    TheScene()->GetSelectionAt(Vec2(1000, 0), picked);
+    EXPECT_EQ(allocations, test::g_allocations);
+    EXPECT_EQ(5u, picked.size()) << "the link itself once more, by its group";
 }
 
 TEST_F(SceneSelectionTest, LassosWhatLiesInsideInWhole)

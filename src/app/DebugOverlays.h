@@ -1,0 +1,20 @@
+// What App's debug settings show on top of the entities, in world coordinates.
+#pragma once
+
+#include "util/SharedPtr.h"
+
+#include <vector>
+
+namespace physics
+{
+class Contact;
+}
+
+namespace app
+{
+// A point where each is, and a line of its velocity. Those that can't move have none.
+void DrawBodyCenters();
+void DrawParticleCenters();
+/// A point, white for half a second and then red, with its impulse and its depth.
+void DrawCollisions(const std::vector<util::SharedPtr<physics::Contact>>& contacts);
+}
