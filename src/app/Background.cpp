@@ -105,9 +105,11 @@ void Background::MakeClouds()
     {
         Particle cloud;
         cloud.pos = m_random.GetUniformVec2() * 0.5f;
-        // As many as there is room for: most are far, and small.
-        cloud.depth = MinDepth + (MaxDepth - MinDepth) * std::cbrt(m_random.GetUniform());
-        cloud.size = m_random.GetUniform(MinSize, MaxSize) / cloud.depth;
+        // Most are far and small, as there is more room for those. Large ones cost: with depths and
+        // sizes spread evenly, the clouds would take longer to draw than everything else.
+        cloud.depth = MinDepth + (MaxDepth - MinDepth) * std::pow(m_random.GetUniform(), 0.2f);
+        const float u = m_random.GetUniform();
+        cloud.size = (MinSize + (MaxSize - MinSize) * u * u) / cloud.depth;
         cloud.texture = i;
         m_clouds.push_back(cloud);
         std::push_heap(m_clouds.begin(), m_clouds.end(), isNearer);

@@ -62,7 +62,7 @@ void CloudPicture::Draw(const BoundingBox& box, const BoundingBox& view) const
 std::vector<BoundingBox> CloudPicture::FindVisible(const rendering::ImageRGBA32& image)
 {
     const unsigned width = image.GetWidth(), height = image.GetHeight();
-    const unsigned stripHeight = 8;
+    const unsigned stripHeight = 16;
     // Neighbours bleed into one another where the picture is drawn smaller.
     const unsigned margin = 4;
     const unsigned char faintest = 2;

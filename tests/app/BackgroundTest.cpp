@@ -174,8 +174,8 @@ TEST_F(BackgroundTest, KeepsItsCloudsWhateverTheCameraDoes)
 
 TEST(CloudPicture, FindsTheSmallPartThatCanBeSeen)
 {
-    rendering::ImageRGBA32 image(64, 32, "");
-    std::fill_n(image.data(), 64 * 32, rendering::PixelRGBA32(255, 255, 255, 0));
+    rendering::ImageRGBA32 image(64, 64, "");
+    std::fill_n(image.data(), 64 * 64, rendering::PixelRGBA32(255, 255, 255, 0));
     EXPECT_TRUE(CloudPicture::FindVisible(image).empty());
     image(20, 17).w = 255;
     image(40, 17).w = 255;
@@ -186,8 +186,8 @@ TEST(CloudPicture, FindsTheSmallPartThatCanBeSeen)
         area += part.GetArea();
         all.Include(part);
     }
-    EXPECT_TRUE(all.Contains(Vec2(19.5f / 64, 16.5f / 32)));
-    EXPECT_TRUE(all.Contains(Vec2(41.5f / 64, 18.5f / 32)));
+    EXPECT_TRUE(all.Contains(Vec2(19.5f / 64, 16.5f / 64)));
+    EXPECT_TRUE(all.Contains(Vec2(41.5f / 64, 18.5f / 64)));
     EXPECT_FLOAT_EQ(area, all.GetArea()) << "nothing twice, no gap";
     EXPECT_LT(area, 0.3f);
 }
