@@ -35,7 +35,7 @@ cd "$work"
 shot()
 {
     echo "$4" >autoexec.cfg
-    { cat "$root/scenes/$2.qib"; echo "$5"; } >"scene.qib"
+    { cat "$root/scenes/$2.qib"; echo ";$5"; } >scene.qib
     "$quib" --screenshot "$pictures/$1.png" --after "$3" scene.qib >said 2>&1 || { cat said >&2; exit 1; }
     grep -E '^(!!|--)' said >&2 || true
     echo "$1"
@@ -51,7 +51,7 @@ while read -r scene seconds near; do
 done <<'END'
 welcome 4 [-7.16, 5.68]
 pyramid 2 [0.05, 1.0]
-rubble 6 [-3.6, 1.5]
+rubble 6 [-3.6, 1.95]
 bridge 6 [-5.0, 0.15]
 car 4 [-15.9, -2.3]
 mill 8 [-3.85, 5.0]

@@ -140,7 +140,7 @@ TEST_F(ResourcesInWindowTest, WithoutAnyDataFileAllIsDrawnAllTheSame)
         Draw();
         EXPECT_PIXEL(255, 0, 0, At(-1.1f, 0.2f));
         EXPECT_PIXEL(0, 0, 255, At(0.45f, 0));
-        for (const char* name : {"box", "circle", "polygon", "plane", "water"})
+        for (const char* name : {"box", "polygon", "plane", "water"})
             EXPECT_TRUE(log.Has(std::string("default/") + name + ".vert")) << name;
         for (const char* name : {"hinge", "pen", "simpleWater", "mouse"})
             EXPECT_TRUE(log.Has(std::string("Failed to load image ") + name)) << name;
