@@ -381,98 +381,14 @@ TEST_F(EntityPictureTest, DebugDrawingsShow)
     EXPECT_GT(circle.r, 100);
 }
 
-// Joints and pens: white with a dark outline, times their color.
-const Color JointFill = {255, 0, 0}, JointOutline = {16, 0, 0}, PenRim = {74, 0, 0};
-const char* const RedKeys = "color = [1.0, 0.0, 0.0, 1.0]; size = 1.0; ";
-
-// A big box with something on its middle.
-std::string OnABox(const std::string& command, const std::string& keys = "")
-{
-    return std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; ") + AmberKeys + "}; " +
-           command + " { entityID = 2; " + RedKeys + keys +
-           "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [0.0, 0.0] }; ";
-}
-
-TEST_F(EntityPictureTest, AHingeIsARingAroundADarkHub)
-{
-    Show(OnABox("Scene.addHinge"));
-    EXPECT_COLOR((Color{26, 0, 0}), At(0.13f, 0));
-    EXPECT_COLOR((Color{238, 0, 0}), At(0.31f, 0)); // its steel is darker below
-    EXPECT_COLOR(JointOutline, At(0.44f, 0));
-    EXPECT_COLOR(Amber, At(0.6f, 0));
-}
-
-TEST_F(EntityPictureTest, AHingeHidesWhileTheSimulationRunsUnlessItIsPointedAt)
-{
-    Show(OnABox("Scene.addHinge"), "App.GUI.drawHingesWhenRunning = false; ");
-    EXPECT_COLOR(Amber, At(0.31f, 0));
-    MovePointerTo(0, 0.1f);
-    EXPECT_TRUE(WaitForPicture([this] { return At(0.31f, 0).g < 10; }));
-}
-
-TEST_F(EntityPictureTest, AHiddenHingeShowsWhenItIsSelected)
-{
-    const std::string selected = "Scene.addGroup { name = \"selected\"; entityIDs = [2] }";
-    Show(OnABox("Scene.addHinge") + selected, "App.GUI.drawHingesWhenRunning = false; ");
-    EXPECT_LT(At(0.31f, 0).g, 10);
-    // The ring of the selection.
-    EXPECT_COLOR((Color{255, 255, 255}), At(0.54f, 0));
-}
-
-TEST_F(EntityPictureTest, AWeldIsADiagonalCross)
-{
-    Show(OnABox("Scene.addFixjoint"));
-    EXPECT_COLOR(JointFill, At(0, 0));
-    EXPECT_COLOR(JointFill, At(0.25f, 0.25f));
-    EXPECT_COLOR(JointFill, At(-0.25f, 0.25f));
-    EXPECT_COLOR(Amber, At(0.4f, 0));
-}
-
-TEST_F(EntityPictureTest, AWeldIsTurnedWithItsBody)
-{
-    Show(std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; angle = 0.7853982; ") +
-         AmberKeys + "}; Scene.addFixjoint { " + RedKeys +
-         "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [0.0, 0.0] }");
-    EXPECT_COLOR(JointFill, At(0.35f, 0));
-    EXPECT_COLOR(JointFill, At(0, -0.35f));
-    EXPECT_COLOR(Amber, At(0.3f, 0.3f));
-}
-
-TEST_F(EntityPictureTest, ASpringIsBandsFromEndToEnd)
-{
-    Show(std::string("Scene.addBox { geomID = 1; pos = [-2.0, 0.0]; ") + AmberKeys +
-         "}; Scene.addSpring { " + RedKeys +
-         "geom0 = 1; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [2.0, 0.0] }");
-    int dark = 0, light = 0;
-    for (float x = -1.9f; x < 1.9f; x += 0.01f)
-    {
-        const Color c = At(x, 0);
-        dark += c.r < 90 && c.g < 10;
-        light += c.r > 250 && c.g < 10;
-    }
-    EXPECT_GT(dark, 100);
-    EXPECT_GT(light, 100);
-    EXPECT_TRUE(IsSky(At(0, 0.5f)));
-    EXPECT_TRUE(IsSky(At(2.1f, 0)));
-}
-
-TEST_F(EntityPictureTest, APenIsADotWithADarkerRim)
-{
-    Show(std::string("Scene.addBox { geomID = 1; size = [4.0, 4.0]; ") + AmberKeys +
-         "}; Scene.addPen { " + RedKeys + "geom = 1; relPoint = [1.0, 0.0] }");
-    EXPECT_COLOR((Color{255, 0, 0}), At(1, 0));
-    EXPECT_COLOR(PenRim, At(1.41f, 0));
-    EXPECT_COLOR(Amber, At(1.6f, 0));
-    EXPECT_COLOR(Amber, At(0, 0));
-}
-
 TEST_F(EntityPictureTest, APenLeavesATrail)
 {
     // A wheel of a turn per second, so that a trail of half a second covers half of the way around.
     Show(std::string("Scene.addCircle { geomID = 1; radius = 2.0; ") + AmberKeys +
              "}; Scene.addHinge { size = 0.1; geom0 = 0; geom0pos = [0.0, 0.0]; geom1 = 1; "
-             "geom1pos = [0.0, 0.0]; motor = true; motorSpeed = 6.2831853 }; Scene.addPen { " +
-             RedKeys + "fadeTime = 1.0e6; geom = 1; relPoint = [1.0, 0.0] }",
+             "geom1pos = [0.0, 0.0]; motor = true; motorSpeed = 6.2831853 }; Scene.addPen { "
+             "color = [1.0, 0.0, 0.0, 1.0]; size = 1.0; fadeTime = 1.0e6; geom = 1; relPoint = "
+             "[1.0, 0.0] }",
          "Sim.timeFactor = 1.0; ");
     const auto isTrail = [this](float x, float y)
     {

@@ -120,7 +120,10 @@ void PolyEntity::Draw() const
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
     DrawOutlines();
-    if (GetEntityShader<PolyShader>().IsUsable() && rendering::HasMultiTexturing())
+    if (IsTiny())
+        // The middle of a pixel may lie beside it wherever its map is looked at: all of the map is drawn.
+        DrawFixedFunction(HasBorder() ? GetBorderColor() : GetColor4(), 1);
+    else if (GetEntityShader<PolyShader>().IsUsable() && rendering::HasMultiTexturing())
         DrawWithShader();
     else
     {
@@ -138,6 +141,13 @@ void PolyEntity::Draw() const
     if (App::GetInstancePtr()->GetDrawVertices())
         DrawVertices();
     glPopMatrix();
+}
+
+/// Whether it is so narrow that it could fall between the pixels.
+bool PolyEntity::IsTiny() const
+{
+    const math::OBB2D& map = GetPolygon().GetMapOBB();
+    return std::min(map.GetHalf(0), map.GetHalf(1)) < App::GetInstancePtr()->GetPixelSize();
 }
 
 void PolyEntity::DrawWithShader() const

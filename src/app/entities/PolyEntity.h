@@ -33,6 +33,7 @@ private:
     physics::Polygon& GetPolygon() const;
     /// Turns the polygon's distance map into a texture. Once, at the first draw.
     void LoadRenderingResources() const;
+    bool IsTiny() const;
     void DrawWithShader() const;
     void DrawFixedFunction(const math::Vec4& color, float threshold) const;
     void DrawInside(float threshold) const;
