@@ -46,9 +46,10 @@ protected:
     /// Whether a pixel about that place shows something.
     bool IsSeen(float x, float y) const
     {
+        const float pixel = 1 / TheScene()->GetCamera()->GetZoom();
         for (int dy = -2; dy <= 2; ++dy)
             for (int dx = -2; dx <= 2; ++dx)
-                if (!IsNear(Backdrop, At(x + float(dx) / m_zoom, y + float(dy) / m_zoom), 20))
+                if (!IsNear(Backdrop, At(x + float(dx) * pixel, y + float(dy) * pixel), 20))
                     return true;
         return false;
     }
@@ -280,11 +281,12 @@ TEST_F(EntityPictureShaderTest, TheBorderIsAsWideOnTheScreenFromNearby)
                 Lay(kind.command + AmberKeys + "}", 3000);
                 TheScene()->GetCamera()->SetPan(Vec2(kind.edge, 0));
                 Draw();
-                EXPECT_COLOR(Backdrop, At(8 * pixel, 0));
-                EXPECT_TRUE(IsNear(AmberBorder, At(-1.5f * pixel, 0), isPolygon ? 80 : 3))
-                    << At(-1.5f * pixel, 0);
-                EXPECT_TRUE(IsNear(Amber, At(-190 * pixel, 0), isPolygon ? 8 : 3))
-                    << At(-190 * pixel, 0);
+                EXPECT_COLOR(Backdrop, At(kind.edge + 8 * pixel, 0));
+                EXPECT_TRUE(
+                    IsNear(AmberBorder, At(kind.edge - 1.5f * pixel, 0), isPolygon ? 80 : 3))
+                    << At(kind.edge - 1.5f * pixel, 0);
+                EXPECT_TRUE(IsNear(Amber, At(kind.edge - 190 * pixel, 0), isPolygon ? 8 : 3))
+                    << At(kind.edge - 190 * pixel, 0);
             }
     });
 }
@@ -316,6 +318,7 @@ TEST_F(EntityPictureShaderTest, ARebuiltShaderDrawsTheSamePicture)
             GlassKeys + "}; Scene.addCircle { radius = 0.5; pos = [1.0, 0.0]; " + GlassKeys +
             "}; Scene.addPolygon { vecs = [[0.0, 0.0], [1.0, 0.0], [0.0, 1.0]]; " + SeaKeys + "}");
         const std::string before = GetPicture();
+        Run("Resources.loadAll");
         const auto vram = core::ResourceManager::GetInstancePtr()->GetVRAMUsage();
         for (const char* command :
              {"Resources.reloadShaders", "Resources.reloadAll", "Resources.unloadAll",
@@ -324,6 +327,7 @@ TEST_F(EntityPictureShaderTest, ARebuiltShaderDrawsTheSamePicture)
             Run(command);
             Draw();
             EXPECT_TRUE(before == GetPicture()) << command;
+            Run("Resources.loadAll"); // what is not in the picture
             EXPECT_EQ(vram, core::ResourceManager::GetInstancePtr()->GetVRAMUsage()) << command;
         }
         core::WindowParams params;
