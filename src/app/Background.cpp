@@ -169,7 +169,7 @@ void Background::MoveClouds(const Vec2& pan, float drift, float zoom)
 
 void Background::DrawBG() const
 {
-    QUIB_PROFILE("Background");
+    QUIB_PROFILE("Background::DrawBG");
     rendering::ColorPusher color;
     DrawSky();
     // Written so that a NaN is no opacity.

@@ -43,9 +43,10 @@ struct Furniture
 {
     Furniture()
     {
-        // The mouse often is where a test looks.
-        dir.Write("autoexec.cfg",
-                  HandSettings(Texts()) + "App.autosaveTime = 1.0e9; GUI.forceOSCursor = true;\n");
+        // The mouse often is where a test looks, and clouds drift there.
+        dir.Write("autoexec.cfg", HandSettings(Texts()) +
+                                      "App.autosaveTime = 1.0e9; GUI.forceOSCursor = true; "
+                                      "App.Background.drawClouds = false;\n");
         dir.Write("config.cfg", "System.resolution = [640, 480]");
         dir.Write("scenes/welcome.qib", "FileInfo.version = 2; Sim.running = false;");
     }
