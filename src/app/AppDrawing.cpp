@@ -32,6 +32,7 @@ static float HoldAboveZero(float pixels)
     // Written so that a NaN is held too.
     return pixels > smallest ? pixels : smallest;
 }
+
 void App::DrawComp() const
 {
     Component::DrawComp();
