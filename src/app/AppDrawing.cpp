@@ -73,7 +73,11 @@ void App::DrawComp() const
     DrawEntities();
     DrawOverlays();
     renderer->SetColor4(1, 1, 1, 1);
-    Tools::GetInstancePtr()->GetTool()->Draw();
+    {
+        // All that tools draw is one child of this scope, which has nearly as many as a profile allows.
+        QUIB_PROFILE("Tool");
+        Tools::GetInstancePtr()->GetTool()->Draw();
+    }
 
     // The interface comes later, and is not in the trail.
     m_trail->Keep(trail);

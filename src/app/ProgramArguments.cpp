@@ -78,6 +78,8 @@ ProgramArguments ReadProgramArguments(int argc, char** argv)
             TakeFile(arguments.screenshot, argc, argv, i);
         else if (i > 0 && word == "--after")
         {
+            if (isAfterGiven)
+                Refuse("--after is given twice");
             arguments.after = TakeSeconds(argc, argv, i);
             isAfterGiven = true;
         }

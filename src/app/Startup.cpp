@@ -174,15 +174,26 @@ void TearDown()
     Log(logging::LogInfo, "Destroying subsystem");
     script::Parser::Destroy();
     core::Subsystem::Destroy();
+    // A script that still holds the subsystem must not make a full-screen mode outlive us.
+    SDL_Quit();
 }
 
-/// Saves nothing: settings and scenes are the user's, who is not here.
+/// Reads the settings, and changes no file: settings and scenes are the user's, who is not here.
 /// @return the exit code
-int TakePicture(const ProgramArguments& arguments, bool isSceneLoaded)
+int TakePicture(ProgramArguments& arguments)
 {
+    for (const char* name : {CONFIG_AUTOEXEC, CONFIG_FILE})
+        if (Exists(Files()->ConfigDir() + name))
+            LoadConfigFile(Files()->ConfigDir() + name);
+    core::WindowParams params = core::Subsystem::GetInstancePtr()->GetConfigParams();
+    params.fullscreen = false; // no desktop is to be turned over for a picture
+    core::Subsystem::GetInstancePtr()->SetParams(params);
+    OpenWindow(false);
+    App::GetInstancePtr()->CreateGUI();
+
     const util::SharedPtr<PictureTaker> taker =
         QUIB_NEW PictureTaker(arguments.screenshot, arguments.after);
-    if (isSceneLoaded)
+    if (LoadFirstScene(ScenePathFrom(arguments)))
     {
         App::GetInstancePtr()->GetAppGUI()->StopAutosaves();
         gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(taker);
@@ -198,17 +209,15 @@ int TakePicture(const ProgramArguments& arguments, bool isSceneLoaded)
 int RunProgram(ProgramArguments& arguments)
 {
     CreateServices();
+    if (!arguments.screenshot.empty())
+        return TakePicture(arguments);
     WarnOfSecondCopy();
     PrepareSceneDir();
     Log(logging::LogInfo, "Application created");
 
-    const bool isFirstRun = !LoadConfiguration();
-    const bool isPicture = !arguments.screenshot.empty();
-    OpenWindow(isFirstRun && !isPicture);
+    OpenWindow(!LoadConfiguration());
     App::GetInstancePtr()->CreateGUI();
-    const bool isSceneLoaded = LoadFirstScene(ScenePathFrom(arguments));
-    if (isPicture)
-        return TakePicture(arguments, isSceneLoaded);
+    LoadFirstScene(ScenePathFrom(arguments));
 
     Log(logging::LogVerbose, "Running program...");
     core::Subsystem::GetInstancePtr()->Run();

@@ -222,11 +222,10 @@ void WaterDrawing::DrawSprites(const physics::ParticleList& particles, math::Bou
 void WaterDrawing::DrawSurfaceByShader(const Style& style, const Vec2& size) const
 {
     const rendering::ShaderProxy& shader = m_surface->shader;
-    shader->Bind();
+    const util::BindScope<rendering::Shader> bound(*shader.operator->());
     m_surface->cutoff->Set(style.cutoff);
     m_surface->color->Set(style.color);
     m_metaTexture.Draw(size);
-    shader->Unbind();
 }
 
 void WaterDrawing::DrawSurfaceByAlphaTest(const Style& style, const Vec2& size) const

@@ -4,9 +4,11 @@
 #include "rendering/ResourceSettings.h"
 #include "rendering/Shader.h"
 #include "rendering/Texture.h"
+#include "script/Recursion.h"
 #include "util/Mentor.h"
 
 #include <cstring>
+#include <functional>
 
 namespace core
 {
@@ -16,6 +18,14 @@ using util::AbstractMentor;
 
 namespace
 {
+/// A script that reloads again and again must end too: some tens of milliseconds, and a tenth for each
+/// resource.
+void ChargeReload()
+{
+    const size_t count = AbstractMentor::GetClassInstanceCount();
+    script::Charge(4000000 + 10000 * static_cast<int64_t>(count));
+}
+
 bool IsSameType(const std::type_info& a, const std::type_info& b)
 {
     return std::strcmp(a.name(), b.name()) == 0;
@@ -34,10 +44,19 @@ ResourceManager::ResourceManager()
     ResourceSettings::s_force16BitTextures = m_force16BitTextures;
 
     AddCmd("unloadAll", &ResourceManager::UnloadAll);
-    AddVoidCmd("loadAll", [this] { LoadAll(false); });
-    AddVoidCmd("reloadAll", [this] { LoadAll(true); });
-    AddVoidCmd("reloadTextures", [this] { LoadClass<rendering::Texture>(true); });
-    AddVoidCmd("reloadShaders", [this] { LoadClass<rendering::Shader>(true); });
+    const auto addReload = [this](const util::String& name, std::function<void()> reload)
+    {
+        AddVoidCmd(name,
+                   [reload]
+                   {
+                       ChargeReload();
+                       reload();
+                   });
+    };
+    addReload("loadAll", [this] { LoadAll(false); });
+    addReload("reloadAll", [this] { LoadAll(true); });
+    addReload("reloadTextures", [this] { LoadClass<rendering::Texture>(true); });
+    addReload("reloadShaders", [this] { LoadClass<rendering::Shader>(true); });
     AddCmd("vramUsage", &ResourceManager::GetVRAMUsage);
 }
 
@@ -85,6 +104,7 @@ void ResourceManager::OnShaderOnOffChange()
     ResourceSettings::s_useShaders = m_shaders;
     if (!rendering::HasGLLoaded())
         return;
+    ChargeReload();
     Log(logging::LogInfo,
         util::String("Resources.shaders changed value to ") + util::ToString(m_shaders.Get()));
     if (!m_shaders)
@@ -97,8 +117,10 @@ void ResourceManager::On16BitChange()
 {
     ResourceSettings::s_force16BitTextures = m_force16BitTextures;
     // Before there is a window there is nothing to load anew.
-    if (rendering::HasGLLoaded())
-        LoadClass<rendering::Texture>(true);
+    if (!rendering::HasGLLoaded())
+        return;
+    ChargeReload();
+    LoadClass<rendering::Texture>(true);
 }
 
 unsigned long ResourceManager::GetVRAMUsage()

@@ -11,7 +11,9 @@
 #include "os/Platform.h"
 #include "physics/Simulation.h"
 #include "rendering/Renderer.h"
+#include "rendering/TextureManager.h"
 #include "script/Parser.h"
+#include "script/Recursion.h"
 #include "util/FileSystem.h"
 #include "util/Profiler.h"
 #include "util/Profiler2.h"
@@ -150,6 +152,7 @@ Subsystem::~Subsystem()
     rendering::Renderer::Destroy();
     input::Input::Destroy();
     gui::GUI::Destroy();
+    rendering::TextureManager::Destroy();
     util::FileSystem::Destroy();
     script::Parser::Destroy();
     SDL_Quit();
@@ -210,6 +213,7 @@ void Subsystem::BringBackWindow(const VideoMode& mode, const WindowParams& param
     {
         CatchException(e, QUIB_LOCATION);
         Log(logging::LogError, util::String("No window is left: ") + e.what());
+        rendering::GLIsGone();
         SetParams(params); // what is saved now must not be what failed
         Exit();
     }
@@ -274,6 +278,8 @@ void Subsystem::MakeWindow(WindowParams params)
 
 void Subsystem::ApplyParserConfig()
 {
+    // A script that asks for window after window must end too.
+    script::Charge(20000000);
     CreateWindow(m_configParams);
 }
 
@@ -469,19 +475,18 @@ void Subsystem::TakeScreenshot()
 
 void Subsystem::CallOnFrame()
 {
-    if (!m_onFrame)
-        return;
-    const std::function<void()> function = std::move(m_onFrame);
-    m_onFrame = nullptr;
-    try
-    {
-        function();
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION);
-        Log(logging::LogError, util::String("The screenshot failed: ") + e.what());
-    }
+    std::vector<std::function<void()>> functions;
+    functions.swap(m_onFrame);
+    for (const auto& function : functions)
+        try
+        {
+            function();
+        }
+        catch (std::exception& e)
+        {
+            CatchException(e, QUIB_LOCATION);
+            Log(logging::LogError, util::String("The screenshot failed: ") + e.what());
+        }
 }
 
 void Subsystem::ForceOpaque()

@@ -39,7 +39,7 @@ public:
     void Exit() { m_exit = true; }
     /// Once, at the end of the next frame that is drawn: the frame buffer holds all of it then, with the
     /// alpha that the scene left. A std::exception is logged and goes no further.
-    void CallWithFrame(std::function<void()> function) { m_onFrame = std::move(function); }
+    void CallWithFrame(std::function<void()> function) { m_onFrame.push_back(std::move(function)); }
     /// Whether somebody has asked for the exit.
     bool IsExiting() const { return m_exit; }
 
@@ -87,9 +87,9 @@ private:
     script::AttribWrapper<bool> m_vSync;
     std::vector<util::SharedPtr<script::AbstractAttrib>> m_pokers; // on m_configParams
     bool m_screenshotAdded = false;
-    std::function<void()> m_onFrame; // empty but for a frame that somebody waits for
-    int m_frameCount = 0;            // since the last measurement of the rate
-    double m_fpsTime = 0;            // seconds; of that measurement
+    std::vector<std::function<void()>> m_onFrame; // those who wait for the end of a frame
+    int m_frameCount = 0;                         // since the last measurement of the rate
+    double m_fpsTime = 0;                         // seconds; of that measurement
     double m_fps = 0;
     unsigned m_profiledUntil = 0; // milliseconds of real time
     bool m_exit = false;

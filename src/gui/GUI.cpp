@@ -53,7 +53,7 @@ bool UpdateMouseOverTree(Component& component, bool allowed, const math::Vec2& p
     return isOver;
 }
 
-/// Into the log, each text once, as long as the GUI can draw none.
+/// Into the log, each text once.
 /// @param shown  the latest
 template<typename P>
 void ShowProfile(util::String& shown)

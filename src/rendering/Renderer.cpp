@@ -211,6 +211,11 @@ void GLHasLoaded()
     s_isGlLoaded = true;
 }
 
+void GLIsGone()
+{
+    s_isGlLoaded = false;
+}
+
 bool HasGLLoaded()
 {
     return s_isGlLoaded;

@@ -67,6 +67,8 @@ private:
 
 /// Called once the first GL context is ready. From then on CheckForGLError looks.
 void GLHasLoaded();
+/// No context is left: nothing may reach GL until there is another one.
+void GLIsGone();
 bool HasGLLoaded();
 /// @throws std::runtime_error  "GL-Error: " and GL's text when there is one; silent before GLHasLoaded
 void CheckForGLError();

@@ -1,5 +1,6 @@
 #include "rendering/ShaderManager.h"
 
+#include "logging/Log.h"
 #include "rendering/ResourceSettings.h"
 #include "util/FileSystem.h"
 
@@ -31,7 +32,16 @@ Shader* ShaderManager::LoadFromFiles(util::String name)
     const util::String stem = GetShaderPath() + name;
     const util::String vertexSource = files->ReadWholeFile(stem + ".vert");
     const util::String fragmentSource = files->ReadWholeFile(stem + ".frag");
-    return new Shader(name, vertexSource, fragmentSource);
+    try
+    {
+        return new Shader(name, vertexSource, fragmentSource);
+    }
+    catch (...)
+    {
+        // Many a failure has no log of the driver's that would name it.
+        Log(logging::LogError, "Failed to load shader " + name);
+        throw;
+    }
 }
 
 Shader* ShaderManager::CreateDefaultShader()

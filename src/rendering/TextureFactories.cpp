@@ -15,9 +15,9 @@ ImageRGBA32Ptr ImageFromPath(util::String name)
     if (!util::istarts_with(name, files->DataDir()))
         name = files->TextureDir() + name;
     const bool hasExtension = name.size() >= 4 && name[name.size() - 4] == '.';
-    if (!hasExtension && !files->FileExists(name))
+    if (!hasExtension && !files->IsFile(name))
         for (const char* extension : {"png", "tga", "bmp", "jpg"})
-            if (files->FileExists(name + "." + extension))
+            if (files->IsFile(name + "." + extension))
                 return ImageRGBA32::LoadFile(name + "." + extension);
     return ImageRGBA32::LoadFile(name);
 }
@@ -42,7 +42,16 @@ Texture* TextureFromPath(const util::String& path, Texture::ImageType type)
         Log(logging::LogError, "Failed to load image " + path);
         return nullptr;
     }
-    return TextureFromImage(image, type);
+    try
+    {
+        return TextureFromImage(image, type);
+    }
+    catch (...)
+    {
+        // What GL says names nothing.
+        Log(logging::LogError, "Failed to make a texture of image " + path);
+        throw;
+    }
 }
 
 Texture* TextureFromImage(ImageRGBA32Ptr image, Texture::ImageType type)

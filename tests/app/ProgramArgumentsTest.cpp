@@ -93,6 +93,7 @@ TEST(ProgramArguments, WhatCannotBeFollowedIsRefused)
         {{"--screenshot", "--after", "1"}, "--screenshot needs a file"},
         {{"--screenshot", "a.qib"}, "--screenshot needs a file, and \"a.qib\" is a scene"},
         {{"--after", "1"}, "--after needs --screenshot"},
+        {{"--screenshot", "a", "--after", "1", "--after", "2"}, "--after is given twice"},
         {{"--screenshot", "a", "--after"}, "--after needs a number of seconds from 0 to 3600"},
         {{"--screenshot", "a", "--after", "-1"},
          "--after needs a number of seconds from 0 to 3600"},
@@ -122,6 +123,7 @@ TEST(ProgramArguments, TheHelpNamesThemAll)
 {
     const std::string help = app::ProgramHelp;
     for (const char* option :
-         {"--record FILE", "--replay FILE", "--quit-after-replay", "--version", "--help", ".qib"})
+         {"--record FILE", "--replay FILE", "--quit-after-replay", "--screenshot FILE",
+          "--after SECONDS", "--version", "--help", ".qib"})
         EXPECT_NE(std::string::npos, help.find(option)) << option;
 }

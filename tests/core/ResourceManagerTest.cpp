@@ -1,5 +1,6 @@
 #include "core/ResourceManager.h"
 
+#include "FreshProcess.h"
 #include "TestSupport.h"
 #include "rendering/GraphicsResource.h"
 #include "rendering/ResourceSettings.h"
@@ -164,4 +165,21 @@ TEST_F(ResourceManagerTest, ShadersThatNobodyWantsAreNotAskedFor)
     manager->LoadAll(false);
     Script("Resources.shaders = true");
     EXPECT_FALSE(log.Has(typeid(rendering::Shader).name())) << log.Text();
+}
+
+TEST_F(ResourceManagerTest, AScriptThatReloadsWithoutEndIsStopped)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        std::string text = "d0 = { Resources.reloadAll };";
+        for (int i = 1; i <= 40; ++i)
+        {
+            const std::string before = "d" + util::ToString(i - 1);
+            text += "d" + util::ToString(i) + " = { " + before + "; " + before + " };";
+        }
+        Script(text);
+        test::LogCapture log(logging::LogWarning);
+        Script("d40");
+        EXPECT_TRUE(log.Has("Script runs too long")) << log.Text();
+        EXPECT_GT(1000, a.builds);
+    });
 }

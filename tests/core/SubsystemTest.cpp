@@ -11,7 +11,7 @@
 #include "physics/Simulation.h"
 #include "rendering/Renderer.h"
 #include "rendering/Shader.h"
-#include "rendering/Texture.h"
+#include "rendering/TextureManager.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
 #include "util/Mentor.h"
@@ -1040,6 +1040,7 @@ TEST_F(SubsystemTest, RendererAndInputGoBeforeTheGUIAndTheFilesAfterIt)
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
         rendering::Renderer::GetInstancePtr();
+        rendering::TextureManager::GetInstancePtr();
         class LastWitness : public gui::Component
         {
         public:
@@ -1051,6 +1052,7 @@ TEST_F(SubsystemTest, RendererAndInputGoBeforeTheGUIAndTheFilesAfterIt)
             {
                 m_seen = {rendering::Renderer::Exists() ? "Renderer" : "no Renderer",
                           input::Input::Exists() ? "Input" : "no Input",
+                          rendering::TextureManager::Exists() ? "textures" : "no textures",
                           util::FileSystem::Exists() ? "FileSystem" : "no FileSystem",
                           SDL_WasInit(SDL_INIT_VIDEO) ? "SDL" : "no SDL"};
             }
@@ -1062,7 +1064,7 @@ TEST_F(SubsystemTest, RendererAndInputGoBeforeTheGUIAndTheFilesAfterIt)
         gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(QUIB_NEW LastWitness(seen));
         script::Parser::Destroy();
         Subsystem::Destroy();
-        EXPECT_EQ((Lines{"no Renderer", "no Input", "FileSystem", "SDL"}), seen);
+        EXPECT_EQ((Lines{"no Renderer", "no Input", "textures", "FileSystem", "SDL"}), seen);
     });
 }
 
@@ -1078,6 +1080,7 @@ TEST_F(SubsystemTest, TakesItsOwnServicesAlongAndLeavesTheOthers)
         EXPECT_FALSE(rendering::Renderer::Exists());
         EXPECT_FALSE(input::Input::Exists());
         EXPECT_FALSE(gui::GUI::Exists());
+        EXPECT_FALSE(rendering::TextureManager::Exists());
         EXPECT_FALSE(util::FileSystem::Exists());
         EXPECT_FALSE(script::Parser::Exists());
         EXPECT_EQ(0u, SDL_WasInit(SDL_INIT_VIDEO));

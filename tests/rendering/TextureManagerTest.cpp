@@ -71,6 +71,14 @@ TEST_F(TextureManagerTest, APictureIsFoundWithoutItsExtensionInAFixedOrder)
     EXPECT_EQ(1, WidthOf("a"));
 }
 
+TEST_F(TextureManagerTest, AFolderOfThatNameHidesNoPicture)
+{
+    fs::create_directory(m_dir / "data/textures/b");
+    fs::create_directory(m_dir / "data/textures/b.png");
+    Write("b.bmp", 2);
+    EXPECT_EQ(2, WidthOf("b"));
+}
+
 TEST_F(TextureManagerTest, ANameWithAnExtensionIsTakenAsItStands)
 {
     Write("a.png", 1);

@@ -65,12 +65,16 @@ TEST_F(PictureOptionTest, LeavesSettingsAndScenesAlone)
 {
     dir.Write("a.qib", FallingBox);
     dir.Write("autoexec.cfg", "App.autosaveTime = 0.01\n");
+    dir.Write("config.cfg", "not (( a script");
+    dir.Write("config.autosave.cfg", "App.lineWidth = ((\n");
+    dir.Write("scenes/old.cfg", "// three\n");
     dir.Write("scenes/_AUTOSAVE.qib", "// one\n");
     dir.Write("scenes/_ONEXITSAVE.qib", "// two\n");
     EXPECT_EQ(0, Run({"--screenshot", "a.png", "a.qib"})) << err;
     EXPECT_TRUE(dir.Has("a.png"));
-    EXPECT_FALSE(dir.Has("config.cfg"));
-    EXPECT_FALSE(dir.Has("config.autosave.cfg"));
+    EXPECT_EQ("not (( a script", dir.Read("config.cfg"));
+    EXPECT_EQ("App.lineWidth = ((\n", dir.Read("config.autosave.cfg"));
+    EXPECT_EQ("// three\n", dir.Read("scenes/old.cfg"));
     EXPECT_EQ("// one\n", dir.Read("scenes/_AUTOSAVE.qib"));
     EXPECT_EQ("// two\n", dir.Read("scenes/_ONEXITSAVE.qib"));
 }

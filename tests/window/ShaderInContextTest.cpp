@@ -752,6 +752,7 @@ TEST_F(ShaderInContextTest, WhatIsWrongWithAShaderIsInTheLogAndTheFixedFunctions
                                     }))
                 << log.Text();
             EXPECT_TRUE(log.Has(std::string("!! ERROR: ") + c.error)) << log.Text();
+            EXPECT_TRUE(log.Has(std::string("!! ERROR: Failed to load shader ") + c.name));
 
             View(1);
             {

@@ -4,6 +4,7 @@
 #include "rendering/Renderer.h"
 #include "rendering/ResourceSettings.h"
 #include "rendering/TextureManager.h"
+#include "util/FileSystem.h"
 #include "window/XServer.h"
 
 #include <GL/glew.h>
@@ -210,7 +211,7 @@ TEST_F(TextureInContextTest, IsBoundToTheUnitThatIsAskedFor)
     });
 }
 
-TEST_F(TextureInContextTest, OneThatIsTooLargeForTheCardShowsTheDefault)
+TEST_F(TextureInContextTest, OneThatTheCardRefusesShowsTheDefault)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
@@ -224,6 +225,10 @@ TEST_F(TextureInContextTest, OneThatIsTooLargeForTheCardShowsTheDefault)
         EXPECT_FALSE(texture);
         EXPECT_EQ(math::Vec2i(64, 64), texture->GetSize());
         EXPECT_TRUE(log.Has("GL-Error: invalid value")) << log.Text();
+
+        util::FileSystem::GetInstancePtr()->SetWorkDir(QUIB_SOURCE_DIR "/");
+        EXPECT_FALSE(manager->Load("ring", {0x1234})) << "no such format";
+        EXPECT_TRUE(log.Has("Failed to make a texture of image ring")) << log.Text();
         EXPECT_NO_THROW(rendering::CheckForGLError());
     });
 }

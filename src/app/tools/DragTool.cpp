@@ -153,7 +153,7 @@ void DragTool::Draw() const
     DrawLineStrip({ends[0], ends[1]}, LineColor);
 }
 
-util::String DragTool::GetCursorName() const
+std::string_view DragTool::GetCursorName() const
 {
     return IsInUse() ? "drag" : "";
 }

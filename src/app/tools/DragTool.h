@@ -24,7 +24,7 @@ public:
     void Update(float dt) override;
     void Draw() const override;
     bool Disband() override;
-    util::String GetCursorName() const override;
+    std::string_view GetCursorName() const override;
 
     /// Whether the right button is down.
     static bool IsRotating();

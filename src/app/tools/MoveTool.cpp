@@ -57,7 +57,7 @@ bool MoveTool::Disband()
     return false;
 }
 
-util::String MoveTool::GetCursorName() const
+std::string_view MoveTool::GetCursorName() const
 {
     if (!IsInUse())
         return "";

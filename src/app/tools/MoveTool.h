@@ -17,7 +17,7 @@ public:
     /// Puts everything back. Deliberate: false even then, so that the key that broke it off goes on to
     /// others.
     bool Disband() override;
-    util::String GetCursorName() const override;
+    std::string_view GetCursorName() const override;
 
 private:
     const char* GetUndoName() const override;

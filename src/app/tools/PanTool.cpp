@@ -39,7 +39,7 @@ bool PanTool::Disband()
     return wasInUse;
 }
 
-util::String PanTool::GetCursorName() const
+std::string_view PanTool::GetCursorName() const
 {
     return IsInUse() ? "pan" : "";
 }

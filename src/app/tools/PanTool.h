@@ -16,6 +16,6 @@ public:
     void OnDragEnd(const input::DragEvent& event) override;
     /// The view stays where it is.
     bool Disband() override;
-    util::String GetCursorName() const override;
+    std::string_view GetCursorName() const override;
 };
 }

@@ -23,15 +23,15 @@ const struct
     int x, y;
     const char* cursor;
 } Places[] = {
-    {-1, 1, "north-west"},  {0, 1, "north-south"},  {1, 1, "north-east"}, //
-    {-1, 0, "west-east"},   {1, 0, "west-east"},                          //
-    {-1, -1, "north-east"}, {0, -1, "north-south"}, {1, -1, "north-west"},
+    {-1, 1, "arrow_north-west"},  {0, 1, "arrow_north-south"},  {1, 1, "arrow_north-east"}, //
+    {-1, 0, "arrow_west-east"},   {1, 0, "arrow_west-east"},                                //
+    {-1, -1, "arrow_north-east"}, {0, -1, "arrow_north-south"}, {1, -1, "arrow_north-west"},
 };
 }
 
-std::vector<Ring> CalcRingList(const BoundingBox& box)
+RingList CalcRingList(const BoundingBox& box)
 {
-    std::vector<Ring> rings;
+    RingList rings;
     if (!box.IsFinite())
         return rings;
     const Vec2 half = box.GetSize() * 0.5f, center = box.GetCenter();

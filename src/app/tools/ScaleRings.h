@@ -4,8 +4,9 @@
 #include "app/Group.h"
 #include "math/BoundingBox.h"
 
+#include <boost/container/static_vector.hpp>
+
 #include <optional>
-#include <vector>
 
 namespace app
 {
@@ -17,12 +18,13 @@ struct Ring
     float radius = 0;          // world units
     int index = 0;             // in the list of all
     math::TVector2<bool> axes; // those that it moves
-    const char* cursor = "";   // its direction
+    const char* cursor = "";   // its name
 };
+using RingList = boost::container::static_vector<Ring, 8>;
 
 /// From the top left to the bottom right, row by row. Small boxes get small rings, so that they never
 /// overlap. None for a box that is empty or infinite.
-std::vector<Ring> CalcRingList(const math::BoundingBox& box);
+RingList CalcRingList(const math::BoundingBox& box);
 /// @param pos  in the world
 std::optional<Ring> GetRingAt(const math::BoundingBox& box, const math::Vec2& pos);
 /// The point that stays where it is: that by which the group hangs, unless the ring is right at it; else

@@ -253,14 +253,14 @@ void ScaleTool::Draw() const
     renderer->DrawFrame(box.GetMin(), box.GetSize(),
                         FrameWidth * App::GetInstancePtr()->GetScreenCM());
     glEnable(GL_TEXTURE_2D);
-    const std::vector<Ring> rings = CalcRingList(box);
+    const RingList rings = CalcRingList(box);
     for (const Ring& ring : rings)
         DrawHandle(ring.pos, 2 * ring.radius, RingColor);
     if (IsInUse())
         DrawUsedRing(rings);
 }
 
-void ScaleTool::DrawUsedRing(const std::vector<Ring>& rings) const
+void ScaleTool::DrawUsedRing(const RingList& rings) const
 {
     const Vec2 factor = GetCurrentScaleFactor(), arm = m_ring.pos - m_center;
     const Vec2 reach(arm.x * factor.x, arm.y * factor.y);
@@ -279,12 +279,12 @@ void ScaleTool::DrawUsedRing(const std::vector<Ring>& rings) const
         DrawHandle(used->pos, 2 * used->radius, UsedRingColor);
 }
 
-util::String ScaleTool::GetCursorName() const
+std::string_view ScaleTool::GetCursorName() const
 {
     if (IsInUse())
-        return util::String("arrow_") + m_ring.cursor;
+        return m_ring.cursor;
     const std::optional<Ring> ring =
         m_group ? GetRingAt(m_group->CalcFiniteAABB(), m_mouse) : std::nullopt;
-    return ring ? util::String("arrow_") + ring->cursor : "";
+    return ring ? ring->cursor : "";
 }
 }

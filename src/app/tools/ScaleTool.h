@@ -21,7 +21,7 @@ public:
     void Draw() const override;
     /// Deliberate: what Alt has applied stays, and can be undone.
     bool Disband() override;
-    util::String GetCursorName() const override;
+    std::string_view GetCursorName() const override;
 
     /// What shows handles; null for nothing. It may be the selection itself.
     const GroupPtr& GetGroup() const { return m_group; }
@@ -36,7 +36,7 @@ public:
 private:
     void ForgetDead();
     void ApplyDeltaTransform();
-    void DrawUsedRing(const std::vector<Ring>& rings) const;
+    void DrawUsedRing(const RingList& rings) const;
     void SetDrawTransforms(const math::Mat3& transform) const;
 
     GroupPtr m_group;   // during a drag a group of our own

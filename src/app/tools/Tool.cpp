@@ -33,7 +33,7 @@ bool Tool::Disband()
     return false;
 }
 
-util::String Tool::GetCursorName() const
+std::string_view Tool::GetCursorName() const
 {
     return "";
 }

@@ -10,6 +10,8 @@
 #include "input/InputListener.h"
 #include "math/Vector.h"
 
+#include <string_view>
+
 namespace app
 {
 class Snapshot;
@@ -30,7 +32,7 @@ public:
     /// @return whether there was anything to break off
     virtual bool Disband();
     /// In the folder of cursors; "" for none of its own.
-    virtual util::String GetCursorName() const;
+    virtual std::string_view GetCursorName() const;
     virtual void SetInUse(bool inUse) { m_inUse = inUse; }
     bool IsInUse() const { return m_inUse; }
 

@@ -162,11 +162,11 @@ void Tools::Update(float dt)
 
 void Tools::UpdateCursor()
 {
-    const util::String name = GetTool()->GetCursorName();
+    const std::string_view name = GetTool()->GetCursorName();
     if (name != m_cursorName)
     {
-        m_cursor =
-            name.empty() ? rendering::TextureProxy() : gui::GUI::LoadCursor("cursors/" + name);
+        m_cursor = name.empty() ? rendering::TextureProxy()
+                                : gui::GUI::LoadCursor("cursors/" + util::String(name));
         m_cursorName = name;
     }
     // One that fails to load may load later.

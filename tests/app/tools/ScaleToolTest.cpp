@@ -50,12 +50,16 @@ TEST_F(ScaleToolTest, RingsStandOnCornersAndEdges)
         bool x, y;
         const char* cursor;
     } expected[] = {
-        {Vec2(-4, 2), true, true, "north-west"},   {Vec2(0, 2), false, true, "north-south"},
-        {Vec2(4, 2), true, true, "north-east"},    {Vec2(-4, 0), true, false, "west-east"},
-        {Vec2(4, 0), true, false, "west-east"},    {Vec2(-4, -2), true, true, "north-east"},
-        {Vec2(0, -2), false, true, "north-south"}, {Vec2(4, -2), true, true, "north-west"},
+        {Vec2(-4, 2), true, true, "arrow_north-west"},
+        {Vec2(0, 2), false, true, "arrow_north-south"},
+        {Vec2(4, 2), true, true, "arrow_north-east"},
+        {Vec2(-4, 0), true, false, "arrow_west-east"},
+        {Vec2(4, 0), true, false, "arrow_west-east"},
+        {Vec2(-4, -2), true, true, "arrow_north-east"},
+        {Vec2(0, -2), false, true, "arrow_north-south"},
+        {Vec2(4, -2), true, true, "arrow_north-west"},
     };
-    const std::vector<Ring> rings = CalcRingList(box);
+    const RingList rings = CalcRingList(box);
     ASSERT_EQ(8u, rings.size());
     for (int i = 0; i < 8; ++i)
     {
@@ -73,7 +77,7 @@ TEST_F(ScaleToolTest, RingsStandOnCornersAndEdges)
 TEST_F(ScaleToolTest, RingsOnASmallBoxDoNotOverlap)
 {
     const math::BoundingBox box(Vec2(-0.05f, -0.2f), Vec2(0.05f, 0.2f));
-    const std::vector<Ring> rings = CalcRingList(box);
+    const RingList rings = CalcRingList(box);
     EXPECT_FLOAT_EQ(0.0225f, rings[0].radius);
     for (const Ring& a : rings)
         for (const Ring& b : rings)
