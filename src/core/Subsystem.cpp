@@ -234,6 +234,7 @@ void Subsystem::MakeWindow(WindowParams params)
     m_videoMode.SetGLAttributes(params);
     Log(logging::LogInfo, "Setting video mode");
     m_videoMode.Set(params);
+    m_mayShineThrough = os::MayShineThrough();
 
     Log(logging::LogInfo, "Init GLEW...");
     const GLenum glew = glewInit();
@@ -492,6 +493,10 @@ void Subsystem::CallOnFrame()
 void Subsystem::ForceOpaque()
 {
     // A compositing desktop would let other windows shine through where the scene left alpha below 1.
+    // Elsewhere that would be for nothing: 1.8 ms of the 4.8 of an empty frame in Mesa's software renderer,
+    // which draws a whole rectangle when not all channels are cleared (bench_frame, empty/shaders).
+    if (!m_mayShineThrough)
+        return;
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_TRUE);
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);

@@ -93,6 +93,7 @@ private:
     double m_fps = 0;
     unsigned m_profiledUntil = 0; // milliseconds of real time
     bool m_exit = false;
+    bool m_mayShineThrough = true; // this window
     VideoMode m_videoMode;
     WindowParams m_windowParams; // in force
     WindowParams m_configParams; // asked for

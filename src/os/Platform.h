@@ -17,6 +17,10 @@ void NoteDisplaySize();
 /// What is to be told from now on; 0 for unknown.
 void SetDisplaySize(const math::TVector2<int>& size);
 
+/// Whether other windows may shine through ours where it has an alpha below 1; true when nobody can tell.
+/// A window with no more bits a pixel than colours take has its alpha to itself.
+bool MayShineThrough();
+
 /// Which of the mouse's buttons are down as the desktop has it, whoever gets their events.
 /// @param held  SDL's bits of the left, middle and right one
 /// @return false when nobody can tell

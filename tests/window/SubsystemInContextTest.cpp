@@ -35,6 +35,19 @@ std::function<void()>& OnSwap()
     static std::function<void()> s_onSwap;
     return s_onSwap;
 }
+
+int s_windowDepth = 32;
+}
+
+// Stands before Xlib's own: Xvfb gives windows of 24 bits only.
+extern "C" Status XGetWindowAttributes(Display* display, Window window,
+                                       XWindowAttributes* attributes)
+{
+    static const auto s_real =
+        reinterpret_cast<decltype(&XGetWindowAttributes)>(dlsym(RTLD_NEXT, "XGetWindowAttributes"));
+    const Status status = s_real(display, window, attributes);
+    attributes->depth = s_windowDepth;
+    return status;
 }
 
 // Stands before SDL's own: the last moment at which a frame can be read.
@@ -157,6 +170,22 @@ TEST_F(SubsystemInContextTest, AFrameIsOpaqueWhenItIsShownHoweverItWasDrawn)
                 EXPECT_TRUE(mask[0] && mask[1] && mask[2] && mask[3])
                     << "colours can be drawn again";
             });
+    });
+}
+
+// Nobody else gets to see its alpha then.
+TEST_F(SubsystemInContextTest, TheAlphaOfAWindowOf24BitsIsLeftAlone)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        s_windowDepth = 24;
+        Start();
+        component->m_onDraw = []
+        {
+            glDisable(GL_BLEND);
+            Renderer::GetInstancePtr()->SetColor4(0, 1, 0, 0.25f);
+            Renderer::GetInstancePtr()->DrawRect(0, 0, 100, 100, 1, 1);
+        };
+        LookAtOneFrame([] { EXPECT_EQ("00ff0040", Pixel(50, 50)); });
     });
 }
 
