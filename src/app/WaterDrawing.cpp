@@ -162,6 +162,8 @@ void WaterDrawing::DrawBlobs(const physics::ParticleList& particles, math::Bound
     const float half = size * 0.5f;
     view.Grow(CalcBlobMargin(size, style.maxElongation));
 
+    m_blobs = math::BoundingBox::Empty();
+    float reach = 0; // of the blob that reaches farthest from its middle
     m_metaBallTexture->Bind();
     {
         rendering::QuadBatch batch;
@@ -180,9 +182,37 @@ void WaterDrawing::DrawBlobs(const physics::ParticleList& particles, math::Bound
             // The picture turned by the angle of the velocity, without the angle.
             const Vec2 along = speed > 0 && IsFinite(speed) ? vel / speed : Vec2(1, 0);
             batch.AddAround(pos, along * length, Vec2(-along.y, along.x) * width);
+            m_blobs.Include(pos);
+            reach = std::max(reach, std::fabs(length) + std::fabs(width));
         }
     }
     m_metaBallTexture->Unbind();
+    m_blobs.Grow(reach);
+}
+
+// The surface is looked for in every pixel: of water that lies in a corner, most of them in vain.
+void WaterDrawing::LimitToField(const math::BoundingBox& view, const Style& style) const
+{
+    // With a lower one there is water where nothing is. Written so that a NaN is one of them.
+    const float leastCutoff = 0.01f;
+    if (!(style.cutoff > leastCutoff))
+        return;
+    glEnable(GL_SCISSOR_TEST);
+    if (m_blobs.GetMin().x > m_blobs.GetMax().x)
+    {
+        glScissor(0, 0, 0, 0);
+        return;
+    }
+    const math::Vec2i viewport = rendering::Renderer::GetInstancePtr()->GetViewportSize();
+    const Vec2 size = view.GetSize();
+    const Vec2 scale(float(viewport.x) / size.x, float(viewport.y) / size.y);
+    // Two more on each side, so that no rounding and no slope between two pixels is cut off.
+    const auto toPixel = [](float x, float margin, int limit)
+    { return static_cast<int>(std::clamp(std::floor(x) + margin, 0.0f, float(limit))); };
+    const Vec2 low = Vec2::Mul(m_blobs.GetMin() - view.GetMin(), scale);
+    const Vec2 high = Vec2::Mul(m_blobs.GetMax() - view.GetMin(), scale);
+    const int x = toPixel(low.x, -2, viewport.x), y = toPixel(low.y, -2, viewport.y);
+    glScissor(x, y, toPixel(high.x, 3, viewport.x) - x, toPixel(high.y, 3, viewport.y) - y);
 }
 
 void WaterDrawing::Draw(const physics::ParticleList& particles, const math::BoundingBox& view,
@@ -192,11 +222,16 @@ void WaterDrawing::Draw(const physics::ParticleList& particles, const math::Boun
         return;
     QUIB_PROFILE("Water");
     if (UsesSprites(style))
+    {
         DrawSprites(particles, view, style.color);
-    else if (core::ResourceManager::GetInstancePtr()->GetShaders() && m_surface->shader)
+        return;
+    }
+    LimitToField(view, style);
+    if (core::ResourceManager::GetInstancePtr()->GetShaders() && m_surface->shader)
         DrawSurfaceByShader(style, size);
     else
         DrawSurfaceByAlphaTest(style, size);
+    glDisable(GL_SCISSOR_TEST);
 }
 
 void WaterDrawing::DrawSprites(const physics::ParticleList& particles, math::BoundingBox view,

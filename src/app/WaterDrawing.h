@@ -70,12 +70,15 @@ private:
     bool UsesSprites(const Style& style) const;
     void DrawBlobs(const physics::ParticleList& particles, math::BoundingBox view,
                    const Style& style) const;
+    /// To the part of the view where there can be a surface. The caller lifts the limit.
+    void LimitToField(const math::BoundingBox& view, const Style& style) const;
     void DrawSprites(const physics::ParticleList& particles, math::BoundingBox view,
                      const math::Vec4& color) const;
     void DrawSurfaceByShader(const Style& style, const math::Vec2& size) const;
     void DrawSurfaceByAlphaTest(const Style& style, const math::Vec2& size) const;
 
-    FrameTexture m_metaTexture; // the field
+    FrameTexture m_metaTexture;        // the field
+    mutable math::BoundingBox m_blobs; // in the field; in the world
     rendering::TextureProxy m_metaBallTexture;
     rendering::TextureProxy m_simpleWaterTexture;
     struct Surface;
