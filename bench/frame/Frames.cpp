@@ -10,6 +10,7 @@
 #include "frame/Scenes.h"
 #include "frame/XServer.h"
 #include "gui/GUI.h"
+#include "input/Input.h"
 #include "physics/Simulation.h"
 #include "script/Parser.h"
 #include "util/FileSystem.h"
@@ -17,6 +18,7 @@
 #include "util/Timer.h"
 
 #include <GL/gl.h>
+#include <SDL.h>
 #include <boost/filesystem.hpp>
 
 #include <sys/wait.h>
@@ -26,6 +28,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <iostream>
 #include <sstream>
 #include <vector>
@@ -36,14 +39,24 @@ namespace
 {
 // The scopes at whose ends a driver has to finish what it was given, so that each stage is charged with
 // its own. The others tell what was asked of it only.
-const char* const Stages[] = {"glClear",   "DrawMetaTex",        "Setup",    "Texture::Copy",
-                              "Water",     "Background::DrawBG", "Entities", "App::DrawComp",
+const char* const Stages[] = {"glClear",   "DrawMetaTex",       "Setup",    "Texture::Copy",
+                              "Water",     "Background",        "Entities", "App::DrawComp",
                               "GUI::Draw", "SDL_GL_SwapBuffers"};
+
+// The middle of the window.
+const int MouseX = 512, MouseY = 384;
 
 double GetSeconds()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
+}
+
+double GetProcessSeconds()
+{
+    timespec t;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
 }
 
 // Listens to the scopes.
@@ -101,6 +114,10 @@ public:
     {
         Component::Update(dt);
         const double now = GetTime();
+        if (m_frame == m_warmUp)
+            m_cpu = GetProcessSeconds();
+        if (m_frame == m_warmUp + Frames)
+            m_cpu = GetProcessSeconds() - m_cpu;
         if (m_frame > m_warmUp && m_frame <= m_warmUp + Frames)
         {
             m_ms.push_back((now - m_start) * 1e3);
@@ -109,6 +126,14 @@ public:
         ++m_frame;
         if (m_frame == m_scene.settleFrames)
             physics::Simulation::GetInstancePtr()->m_running = m_scene.isRunning;
+        if (m_frame == 5 && m_options.mouseOver)
+        {
+            SDL_Event motion = {};
+            motion.type = SDL_MOUSEMOTION;
+            motion.motion.x = MouseX;
+            motion.motion.y = MouseY;
+            input::Input::GetInstancePtr()->HandleEvent(motion);
+        }
         if (m_frame == m_warmUp + Frames + 1)
         {
             GetGLCounts().clear();
@@ -135,11 +160,12 @@ private:
     void SendAndExit()
     {
         std::sort(m_ms.begin(), m_ms.end());
-        std::fprintf(m_out,
-                     "ms\t%.9g\nbest\t%.9g\nallocations\t%zu\nentities\t%zu\nparticles\t%zu\n",
-                     m_ms[m_ms.size() / 2], m_ms.front(), m_allocations,
-                     app::Scene::GetInstancePtr()->GetEntities().size(),
-                     physics::Simulation::GetInstancePtr()->GetParticles().size());
+        std::fprintf(
+            m_out,
+            "ms\t%.9g\nbest\t%.9g\ncpu\t%.9g\nallocations\t%zu\nentities\t%zu\nparticles\t%zu\n",
+            m_ms[m_ms.size() / 2], m_ms.front(), m_cpu * 1e3 / Frames, m_allocations,
+            app::Scene::GetInstancePtr()->GetEntities().size(),
+            physics::Simulation::GetInstancePtr()->GetParticles().size());
         for (const auto& [name, seconds] : s_seconds)
             std::fprintf(m_out, "stage %s\t%.9g\n", name.c_str(), seconds * 1e3 / Frames);
         for (const auto& [name, count] : GetGLCounts())
@@ -155,6 +181,7 @@ private:
     int m_warmUp;
     int m_frame = 0;
     double m_start = 0;
+    double m_cpu = 0; // seconds, of all threads
     size_t m_allocations = 0, m_allocationsBefore = 0;
     std::vector<double> m_ms;
 };
@@ -164,7 +191,7 @@ void RunProgram(const FrameScene& scene, const FrameOptions& options, const std:
 {
     SetGLMode(options.mode);
     if (options.mouseOver)
-        SetMouse(512, 384);
+        SetMouse(MouseX, MouseY);
     else
         SetMouse(-10000, -10000);
     setenv("SDL_VIDEODRIVER", options.mode == GLMode::Real ? "x11" : "dummy", 1);
@@ -204,6 +231,7 @@ void Read(std::istream& in, FrameResult& result)
         else
             (kind == "ms"            ? result.ms
              : kind == "best"        ? result.best
+             : kind == "cpu"         ? result.cpu
              : kind == "allocations" ? result.allocations
              : kind == "entities"    ? result.entities
                                      : result.particles) = value;

@@ -21,6 +21,7 @@ struct FrameResult
 {
     double ms = 0; // per frame: of the wall's clock with a real driver, else CPU time of the thread
     double best = 0;
+    double cpu = 0; // of all threads, which a machine with other work changes little
     double entities = 0, particles = 0, allocations = 0;
     std::map<std::string, double>
         stages; // ms per frame by the name of the scope, what is nested included
