@@ -2,6 +2,7 @@
 
 #include "logging/Log.h"
 #include "rendering/PngFile.h"
+#include "rendering/TightRows.h"
 #include "util/FileSystem.h"
 
 #include <GL/glew.h>
@@ -22,12 +23,8 @@ const math::Vec4 White(1, 1, 1, 1);
 /// From its lower left corner, 3 bytes a pixel.
 void ReadFrame(const math::TVector2<int>& size, GLenum format, void* pixels)
 {
-    // Rows of a width that is no multiple of 4 would be padded.
-    GLint alignment = 4;
-    glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    const TightRows tightRows(GL_PACK_ALIGNMENT);
     glReadPixels(0, 0, size.x, size.y, format, GL_UNSIGNED_BYTE, pixels);
-    glPixelStorei(GL_PACK_ALIGNMENT, alignment);
 }
 }
 

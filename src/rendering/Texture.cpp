@@ -2,6 +2,7 @@
 
 #include "rendering/Renderer.h"
 #include "rendering/ResourceSettings.h"
+#include "rendering/TightRows.h"
 #include "util/ScopeProfiler.h"
 
 #include <GL/glew.h>
@@ -13,26 +14,6 @@ namespace rendering
 {
 namespace
 {
-// What passes rows without padding, while it lives.
-class TightRows
-{
-public:
-    /// @param name  GL_UNPACK_ALIGNMENT or GL_PACK_ALIGNMENT
-    explicit TightRows(GLenum name)
-        : m_name(name)
-    {
-        glGetIntegerv(name, &m_before);
-        glPixelStorei(name, 1);
-    }
-    ~TightRows() { glPixelStorei(m_name, m_before); }
-    TightRows(const TightRows&) = delete;
-    TightRows& operator=(const TightRows&) = delete;
-
-private:
-    GLenum m_name;
-    GLint m_before = 4;
-};
-
 GLenum ChooseInternalFormat(GLenum format)
 {
     if (ResourceSettings::s_force16BitTextures)

@@ -31,11 +31,11 @@ Texture* TextureFromPath(const util::String& path, Texture::ImageType type)
     }
     catch (std::exception& e)
     {
-        util::internal::LogContained(e.what(), QUIB_LOCATION);
+        util::LogContained(e.what(), QUIB_LOCATION);
     }
     catch (...)
     {
-        util::internal::LogContained(nullptr, QUIB_LOCATION);
+        util::LogContained(nullptr, QUIB_LOCATION);
     }
     if (!image)
     {

@@ -299,11 +299,11 @@ util::String CodeBlock::ToCode(const util::String& separator) const
         }
         catch (std::exception& e)
         {
-            util::internal::LogContained(e.what(), QUIB_LOCATION);
+            util::LogContained(e.what(), QUIB_LOCATION);
         }
         catch (...)
         {
-            util::internal::LogContained(nullptr, QUIB_LOCATION);
+            util::LogContained(nullptr, QUIB_LOCATION);
         }
     }
     if (util::ends_with(code, separator))

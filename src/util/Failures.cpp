@@ -30,6 +30,14 @@ void LogPassedOn(const char* location)
     Log(logging::LogInfo, "Exception passed on at " + std::string(location));
 }
 }
+
+void LogContained(const char* what, const char* location)
+{
+    if (what)
+        Log(logging::LogInfo, std::string("Error: ") + what + "\n" + location + "\n");
+    else
+        Log(logging::LogInfo, std::string("Fail\n") + location + "\n");
+}
 }
 
 void AssertionFailed(const char* condition, bool isAssertion, bool isCode, const char* function,

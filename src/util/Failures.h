@@ -56,6 +56,9 @@ void CatchException(Exception& e, const std::string& location);
 
 namespace util
 {
+/// What goes no further than its place: "Error: " and the text, or "Fail" for null, and the location.
+void LogContained(const char* what, const char* location);
+
 namespace internal
 {
 /// The text "<file>:<line>: <function>", made once per place and kept for good.

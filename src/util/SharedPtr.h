@@ -17,8 +17,6 @@ namespace util
 namespace internal
 {
 [[noreturn]] void ThrowNullDereference(const char* handleKind, const char* location);
-/// What goes no further than its place: "Error: " and the text, or "Fail" for null, and the location.
-void LogContained(const char* what, const char* location);
 }
 
 template<typename T>
@@ -117,11 +115,11 @@ private:
         }
         catch (std::exception& e)
         {
-            internal::LogContained(e.what(), QUIB_LOCATION);
+            LogContained(e.what(), QUIB_LOCATION);
         }
         catch (...)
         {
-            internal::LogContained(nullptr, QUIB_LOCATION);
+            LogContained(nullptr, QUIB_LOCATION);
         }
     }
 
@@ -305,11 +303,11 @@ public:
         }
         catch (std::exception& e)
         {
-            internal::LogContained(e.what(), QUIB_LOCATION);
+            LogContained(e.what(), QUIB_LOCATION);
         }
         catch (...)
         {
-            internal::LogContained(nullptr, QUIB_LOCATION);
+            LogContained(nullptr, QUIB_LOCATION);
         }
     }
 

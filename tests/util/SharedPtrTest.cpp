@@ -195,7 +195,7 @@ TEST(SharedPtr, LetsNoExceptionOutOfItsDestructor)
 TEST(SharedPtr, LogsAnUnknownExceptionFromItsDestructorAsFail)
 {
     test::LogCapture log(logging::LogInfo);
-    util::internal::LogContained(nullptr, "a.cpp:3: void F()");
+    util::LogContained(nullptr, "a.cpp:3: void F()");
     ASSERT_EQ(1u, log.Lines().size());
     EXPECT_EQ("Fail\na.cpp:3: void F()\n", log.Lines()[0]);
 }
