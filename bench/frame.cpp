@@ -69,9 +69,9 @@ void Measure(benchmark::State& state, Case& c)
 
 void PrintFrames(bool shaders)
 {
-    const char* const stages[] = {"GUI::Update",   "Culling",    "DrawMetaTex",
-                                  "Texture::Copy", "Background", "Water",
-                                  "Entities",      "GUI::Draw",  "SDL_GL_SwapBuffers"};
+    const char* const stages[] = {"GUI::Update",        "Culling", "DrawMetaTex", "Texture::Copy",
+                                  "Background::DrawBG", "Water",   "Entities",    "GUI::Draw",
+                                  "SDL_GL_SwapBuffers"};
     std::printf(
         "\nms per frame in the machine's driver, %s shaders; GUI::Update holds the "
         "simulation, GUI::Draw\n"

@@ -39,8 +39,8 @@ namespace
 {
 // The scopes at whose ends a driver has to finish what it was given, so that each stage is charged with
 // its own. The others tell what was asked of it only.
-const char* const Stages[] = {"glClear",   "DrawMetaTex",       "Setup",    "Texture::Copy",
-                              "Water",     "Background",        "Entities", "App::DrawComp",
+const char* const Stages[] = {"glClear",   "DrawMetaTex",        "Setup",    "Texture::Copy",
+                              "Water",     "Background::DrawBG", "Entities", "App::DrawComp",
                               "GUI::Draw", "SDL_GL_SwapBuffers"};
 
 // The middle of the window.
