@@ -683,7 +683,7 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
         // Most of it within a few pixels of the surface: green rises slowly from there.
         glClear(GL_COLOR_BUFFER_BIT);
         DrawWater(blue, 0.5f, 32);
-        EXPECT_NEAR(0.75f * 0.775f, At(20, 0).z, 0.02f);
+        EXPECT_NEAR(0.75f * 0.881f, At(20, 0).z, 0.02f);
 
         // The light comes from above.
         glClear(GL_COLOR_BUFFER_BIT);

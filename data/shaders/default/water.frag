@@ -22,7 +22,7 @@ void main()
 
     // Lit from above: a surface that looks down has half of the rim.
     float rim = clamp(1.6 - depth * 0.4, 0.0, 1.0) * (0.65 - 0.3 * rise.y / slope);
-    float dark = 0.2 * clamp(field.g * 8.0, 0.0, 1.0) + 0.2 * field.g;
+    float dark = 0.1 * clamp(field.g * 8.0, 0.0, 1.0) + 0.15 * field.g;
     vec3 color = mix(Color.rgb * (1.0 - dark), vec3(0.9, 0.98, 1.0), rim);
     gl_FragColor = vec4(color, min(Color.a * (1.0 + 0.4 * rim), 1.0) * min(depth, 1.0));
 }
