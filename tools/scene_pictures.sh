@@ -59,3 +59,8 @@ cradle 3 [-1.0, 1.05]
 catapult 5 [-3.9, 0.53]
 dam 2 [-4.2, 6.0]
 END
+
+for file in "$root"/scenes/*.qib; do
+    name=$(basename "$file" .qib)
+    [ -e "$pictures/$name.png" ] || { echo "scenes/$name.qib is missing in the list above" >&2; exit 1; }
+done

@@ -68,8 +68,6 @@ void App::DrawComp() const
     math::Mat4FromMat2D(camera->WorldToGUI()).MultToGL();
     glLineWidth(HoldAboveZero(m_lineWidth));
     glPointSize(HoldAboveZero(m_pointSize));
-    glEnable(GL_BLEND); // the water may have disabled it
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     DrawEntities();
     DrawOverlays();
     renderer->SetColor4(1, 1, 1, 1);

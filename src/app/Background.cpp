@@ -41,7 +41,8 @@ float CalcCloudScale(float zoom, float depth)
 
 bool IsPicture(const util::String& name)
 {
-    for (const char* ending : {".png", ".tga", ".bmp", ".jpg"})
+    for (const char* ending :
+         {".png", ".tga", ".bmp", ".jpg", ".jpeg", ".gif", ".tif", ".tiff", ".raw"})
         if (util::iends_with(name, ending))
             return true;
     return false;

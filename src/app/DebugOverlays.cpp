@@ -16,24 +16,29 @@ namespace app
 // The velocity lines are as long as the way of so many seconds.
 static const float VelocityLineTime = 0.025f;
 
-template<typename Bodies>
-static void DrawVelocities(const Bodies& bodies)
+template<typename Bodies, typename F>
+static void DrawVelocities(const Bodies& bodies, F isShown)
 {
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     for (const auto& body : bodies)
-        if (!body->IsImmovable())
+        if (isShown(*body))
         {
             renderer->Vertex(body->GetPos());
             renderer->Vertex(body->GetPos() + body->GetVel() * VelocityLineTime);
         }
 }
 
-template<typename Bodies>
-static void DrawPositions(const Bodies& bodies)
+template<typename Bodies, typename F>
+static void DrawPositions(const Bodies& bodies, F isShown)
 {
     for (const auto& body : bodies)
-        if (!body->IsImmovable())
+        if (isShown(*body))
             rendering::Renderer::GetInstancePtr()->Vertex(body->GetPos());
+}
+
+static bool CanMove(const physics::AbstractBody& body)
+{
+    return !body.IsImmovable();
 }
 
 void DrawBodyCenters()
@@ -44,13 +49,13 @@ void DrawBodyCenters()
     glDisable(GL_TEXTURE_2D);
     renderer->SetColor4(0, 1, 0, 0.5f);
     glBegin(GL_LINES);
-    DrawVelocities(simulation->GetBodies());
-    DrawVelocities(simulation->GetParticles());
+    DrawVelocities(simulation->GetBodies(), CanMove);
+    DrawVelocities(simulation->GetParticles(), CanMove);
     glEnd();
     renderer->SetColor4(0.4f, 1, 0.4f, 0.9f);
     glBegin(GL_POINTS);
-    DrawPositions(simulation->GetBodies());
-    DrawPositions(simulation->GetParticles());
+    DrawPositions(simulation->GetBodies(), CanMove);
+    DrawPositions(simulation->GetParticles(), CanMove);
     glEnd();
 }
 
@@ -59,14 +64,15 @@ void DrawParticleCenters()
     rendering::AttribPusher attribs;
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     const physics::ParticleList& particles = physics::Simulation::GetInstancePtr()->GetParticles();
+    const auto isShown = [](const physics::Particle&) { return true; };
     glDisable(GL_TEXTURE_2D);
     renderer->SetColor4(1, 0, 0, 0.5f);
     glBegin(GL_LINES);
-    DrawVelocities(particles);
+    DrawVelocities(particles, isShown);
     glEnd();
     renderer->SetColor4(1, 0, 0, 1);
     glBegin(GL_POINTS);
-    DrawPositions(particles);
+    DrawPositions(particles, isShown);
     glEnd();
 }
 

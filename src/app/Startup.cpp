@@ -175,7 +175,8 @@ void TearDown()
     script::Parser::Destroy();
     core::Subsystem::Destroy();
     // A script that still holds the subsystem must not make a full-screen mode outlive us.
-    SDL_Quit();
+    if (SDL_WasInit(SDL_INIT_VIDEO))
+        SDL_Quit();
 }
 
 /// Reads the settings, and changes no file: settings and scenes are the user's, who is not here.

@@ -193,18 +193,21 @@ void WaterDrawing::DrawBlobs(const physics::ParticleList& particles, math::Bound
 // The surface is looked for in every pixel: of water that lies in a corner, most of them in vain.
 void WaterDrawing::LimitToField(const math::BoundingBox& view, const Style& style) const
 {
-    // With a lower one there is water where nothing is. Written so that a NaN is one of them.
-    const float leastCutoff = 0.01f;
-    if (!(style.cutoff > leastCutoff))
+    // Below a cutoff of 0 there is water where nothing is. Written so that a NaN is one of those.
+    if (!(style.cutoff >= 0))
         return;
-    glEnable(GL_SCISSOR_TEST);
     if (m_blobs.GetMin().x > m_blobs.GetMax().x)
     {
+        glEnable(GL_SCISSOR_TEST);
         glScissor(0, 0, 0, 0);
         return;
     }
-    const math::Vec2i viewport = rendering::Renderer::GetInstancePtr()->GetViewportSize();
+    // A view can be as far away as to have no size.
     const Vec2 size = view.GetSize();
+    if (!(size.x > 0) || !(size.y > 0) || !IsFinite(m_blobs.GetSize()))
+        return;
+    glEnable(GL_SCISSOR_TEST);
+    const math::Vec2i viewport = rendering::Renderer::GetInstancePtr()->GetViewportSize();
     const Vec2 scale(float(viewport.x) / size.x, float(viewport.y) / size.y);
     // Two more on each side, so that no rounding and no slope between two pixels is cut off.
     const auto toPixel = [](float x, float margin, int limit)
@@ -265,11 +268,17 @@ void WaterDrawing::DrawSurfaceByShader(const Style& style, const Vec2& size) con
 
 void WaterDrawing::DrawSurfaceByAlphaTest(const Style& style, const Vec2& size) const
 {
+    // A window without alpha has lost the field: all of it would be water.
+    GLint alphaBits = 0;
+    glGetIntegerv(GL_ALPHA_BITS, &alphaBits);
+    if (alphaBits == 0)
+        return;
     rendering::Renderer::GetInstancePtr()->SetColor4(style.color);
     glDisable(GL_BLEND);
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_GREATER, style.cutoff);
     m_metaTexture.Draw(size);
     glDisable(GL_ALPHA_TEST);
+    glEnable(GL_BLEND);
 }
 }

@@ -335,6 +335,7 @@ TEST_F(EntityPictureTest, SaysWhenThereIsNoWayToDrawATranslucentPolygon)
     EXPECT_TRUE(test::WaitFor([&] { return count() > 0; })) << m_program->Err();
     usleep(300000);
     EXPECT_EQ(1u, count());
+    EXPECT_COLOR((Color{255, 0, 0}), At(0, 0)); // opaque, rather than not there
 }
 
 TEST_F(EntityPictureTest, APolygonOfNoOpacityIsNotDrawn)

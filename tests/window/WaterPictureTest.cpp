@@ -234,8 +234,7 @@ TEST_F(WaterPictureTest, NoSettingEndsTheProgram)
                   "App.metaCutoff = 0.5; App.waterMaxElongation = V", "App.waterElongation = V",
                   "App.waterMaxElongation = 2.0", "App.waterElongation = 0.05",
                   "App.waterColor = [V, V, V, V]", "App.simpleWater = true",
-                  "App.simpleWater = false",
-                  "App.waterFanceyFactor = V; Resources.reloadTextures",
+                  "App.simpleWater = false", "App.waterFanceyFactor = V; Resources.reloadTextures",
                   "App.Background.cloudOpacity = V; App.Background.drawClouds = true",
                   "App.Background.skyColor = [V, V, V, V]", "App.fadeColor = [V, V, V]",
                   "App.fadeColor = [1.0, 1.0, 1.0]; App.fadeScale = [V, V]",
@@ -246,6 +245,14 @@ TEST_F(WaterPictureTest, NoSettingEndsTheProgram)
                 Run(util::String("V = ") + value + "; " + code);
                 Draw();
             }
+        // So far away that the view has no size, and beside one of some size.
+        Run("SPH.radius = 0.1; App.simpleWater = false; App.metaCutoff = 0.5");
+        for (const char* pan : {"[1.0e9, 0.0]", "[1.0e9, 1.0e9]", "[3.0e38, 1.0]"})
+        {
+            Run(util::String("Scene.Camera.pan = ") + pan + "; Scene.addWater { vecs = [" + pan +
+                "] }");
+            Draw();
+        }
     });
 }
 

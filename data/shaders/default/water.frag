@@ -1,8 +1,9 @@
 #version 120
 // The surface of the water: where the field of all drops exceeds the cutoff. See water.vert.
 //
-// Alpha holds the field, 0 to 1. It is full a few pixels below the surface. Green holds it many times
-// coarser and so tells the depth from there on, but wraps around in the middle of each drop.
+// Red holds the field, 0 to 1, as alpha does where the window has one. It is full a few pixels below the
+// surface. Green holds it many times coarser and so tells the depth from there on, but wraps around in the
+// middle of each drop.
 
 uniform sampler2D Field; // unit 0
 uniform float Cutoff;
@@ -14,10 +15,11 @@ void main()
 {
     vec4 field = texture2D(Field, place);
     // In pixels, by the field's slope. At a high zoom it has steps of more than a pixel.
-    vec2 rise = vec2(dFdx(field.a), dFdy(field.a));
+    vec2 rise = vec2(dFdx(field.r), dFdy(field.r));
     float slope = max(length(rise), 0.005);
-    float depth = (field.a - Cutoff) / slope + 0.5;
-    if (depth <= 0.0)
+    float depth = (field.r - Cutoff) / slope + 0.5;
+    // At a cutoff of 0 there is none where no drop is, nor half a pixel around.
+    if (depth <= 0.0 || field.r <= min(Cutoff, 0.0))
         discard;
 
     // Lit from above: a surface that looks down has half of the rim.

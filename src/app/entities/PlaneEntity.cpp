@@ -106,9 +106,9 @@ math::Mat3 PlaneEntity::GUIToPlane() const
     return transform == math::Mat3() ? guiToWorld : Inverted(transform) * guiToWorld;
 }
 
-void PlaneEntity::CalcVecsAndDist(std::array<Vec2, 4>& vecs, std::array<float, 4>& dists) const
+void PlaneEntity::CalcVecsAndDist(const math::Mat3& guiToPlane, std::array<Vec2, 4>& vecs,
+                                  std::array<float, 4>& dists) const
 {
-    const math::Mat3 guiToPlane = GUIToPlane();
     const Vec2 screen = gui::GUI::GetInstancePtr()->GetSize();
     const Vec2 corners[4] = {Vec2(), Vec2(screen.x, 0), screen, Vec2(0, screen.y)};
     for (int i = 0; i < 4; ++i)
@@ -135,7 +135,7 @@ void PlaneEntity::Draw() const
     QUIB_PROFILE("Plane::Draw");
     std::array<Vec2, 4> vecs;
     std::array<float, 4> dists;
-    CalcVecsAndDist(vecs, dists);
+    CalcVecsAndDist(GUIToPlane(), vecs, dists);
 
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     PlaneShader& shader = GetEntityShader<PlaneShader>();
@@ -174,7 +174,8 @@ void PlaneEntity::DrawBlack() const
 {
     std::array<Vec2, 4> vecs;
     std::array<float, 4> dists;
-    CalcVecsAndDist(vecs, dists);
+    // The draw transform is not applied around this.
+    CalcVecsAndDist(Scene::GetInstancePtr()->GetCamera()->GUIToWorld(), vecs, dists);
     rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
     glDisable(GL_TEXTURE_2D);
     DrawPlaneSegment(vecs, dists, -Infinity, 0);

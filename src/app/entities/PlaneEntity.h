@@ -33,7 +33,8 @@ private:
     /// From the GUI to where the plane's equation holds: the world, unless it is shown elsewhere.
     math::Mat3 GUIToPlane() const;
     /// The corners of the screen there, around it, and their distances from the plane.
-    void CalcVecsAndDist(std::array<math::Vec2, 4>& vecs, std::array<float, 4>& dists) const;
+    void CalcVecsAndDist(const math::Mat3& guiToPlane, std::array<math::Vec2, 4>& vecs,
+                         std::array<float, 4>& dists) const;
     /// For the shader.
     math::Vec3 CalcGUIPlane() const;
 };

@@ -176,21 +176,22 @@ void PolyEntity::DrawFixedFunction(const Vec4& color, float threshold) const
         return;
     // The texture's alpha is a distance and picks the pixels, so transparency comes from the blend
     // colour instead.
-    const bool isOpaque = color.w >= 1, hasBlendColor = GLEW_EXT_blend_color || GLEW_VERSION_1_4;
+    const bool hasBlendColor = GLEW_EXT_blend_color || GLEW_VERSION_1_4;
+    const bool isOpaque = color.w >= 1 || !hasBlendColor;
+    if (color.w < 1 && !hasBlendColor)
+        LogNoTransparency();
     if (isOpaque)
         glDisable(GL_BLEND);
-    else if (hasBlendColor)
+    else
     {
         glBlendColor(0, 0, 0, color.w);
         glBlendFunc(GL_CONSTANT_ALPHA, GL_ONE_MINUS_CONSTANT_ALPHA);
     }
-    else
-        LogNoTransparency();
     rendering::Renderer::GetInstancePtr()->SetColor4(Vec4(color.XYZ(), 1));
     DrawInside(threshold);
     if (isOpaque)
         glEnable(GL_BLEND);
-    else if (hasBlendColor)
+    else
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
