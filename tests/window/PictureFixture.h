@@ -27,6 +27,27 @@
 
 namespace test
 {
+// One of each, water, and a translucent body in it.
+inline const char* const EverythingScene =
+    "Scene.addPlane { geomID = 1; pos = [0.0, -0.8]; angle = 1.5707963 };\n"
+    "Scene.addBox { geomID = 2; pos = [-0.9, 0.0]; size = [0.6, 0.6]; color = [1.0, 0.0, 0.0, 0.5] "
+    "};\n"
+    "Scene.addCircle { geomID = 3; pos = [-0.2, 0.0]; radius = 0.3; color = [0.0, 1.0, 0.0, 1.0] "
+    "};\n"
+    "Scene.addPolygon { geomID = 4; pos = [0.5, 0.0]; color = [0.0, 0.0, 1.0, 1.0]; "
+    "vecs = [[-0.3, -0.3], [0.3, -0.3], [0.0, 0.4]] };\n"
+    "Scene.addBox { geomID = 5; pos = [1.0, 0.0]; size = [0.6, 0.6] };\n"
+    "Scene.addBox { geomID = 6; pos = [1.2, 0.0]; size = [0.6, 0.6] };\n"
+    "Scene.addHinge { geom0 = 2; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [-0.9, 0.0]; size = "
+    "0.2 };\n"
+    "Scene.addFixjoint { geom0 = 5; geom0pos = [0.1, 0.0]; geom1 = 6; geom1pos = [-0.1, 0.0]; size "
+    "= 0.2 };\n"
+    "Scene.addSpring { geom0 = 3; geom0pos = [0.0, 0.0]; geom1 = 4; geom1pos = [0.0, 0.0]; size = "
+    "0.1 };\n"
+    "Scene.addPen { geom = 3; relPoint = [0.0, 0.0]; size = 0.2 };\n"
+    "Scene.addWater { vecs = [[-0.7, 0.5], [-0.6, 0.5], [-0.65, 0.55]] };\n"
+    "Scene.Camera.pan = [0.0, 0.0]; Scene.Camera.zoom = 100.0; Sim.running = false;\n";
+
 struct Pixel
 {
     unsigned char r, g, b, a;

@@ -6,21 +6,6 @@
 
 namespace
 {
-// One of each, and water.
-const char* const Everything =
-    "Scene.addPlane { geomID = 1; pos = [0.0, -0.8]; angle = 1.5707963 };\n"
-    "Scene.addBox { geomID = 2; pos = [-0.9, 0.0]; size = [0.6, 0.6]; color = [1.0, 0.0, 0.0, 1.0] "
-    "};\n"
-    "Scene.addCircle { geomID = 3; pos = [-0.2, 0.0]; radius = 0.3; color = [0.0, 1.0, 0.0, 1.0] "
-    "};\n"
-    "Scene.addPolygon { geomID = 4; pos = [0.5, 0.0]; color = [0.0, 0.0, 1.0, 1.0]; "
-    "vecs = [[-0.3, -0.3], [0.3, -0.3], [0.0, 0.4]] };\n"
-    "Scene.addHinge { geom0 = 2; geom0pos = [0.0, 0.0]; geom1 = 0; geom1pos = [-0.9, 0.0]; size = "
-    "0.2 };\n"
-    "Scene.addPen { geom = 3; relPoint = [0.0, 0.0]; size = 0.2 };\n"
-    "Scene.addWater { vecs = [[1.0, 0.5], [1.1, 0.5], [1.05, 0.55]] };\n"
-    "Scene.Camera.pan = [0.0, 0.0]; Scene.Camera.zoom = 100.0; Sim.running = false;\n";
-
 class ResourcesInWindowTest : public test::PictureFixture
 {
 protected:
@@ -35,7 +20,7 @@ TEST_F(ResourcesInWindowTest, TenNewWindowsShowTheSameFromAsMuchMemory)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
-        Run(Everything);
+        Run(test::EverythingScene);
         Draw();
         const std::string picture = GetPicture();
         const unsigned long usage = GetUsage();
@@ -57,7 +42,7 @@ TEST_F(ResourcesInWindowTest, TheFirstUseBringsBackWhatWasUnloaded)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
-        Run(Everything);
+        Run(test::EverythingScene);
         Draw();
         const std::string picture = GetPicture();
         const unsigned long usage = GetUsage();
@@ -76,7 +61,7 @@ TEST_F(ResourcesInWindowTest, TexturesOfSixteenBitsTakeHalfAndShowNearlyTheSame)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
-        Run(Everything);
+        Run(test::EverythingScene);
         Draw();
         const test::Pixel box = At(-1.1f, 0.2f);
         const unsigned long usage = GetUsage();
@@ -93,7 +78,7 @@ TEST_F(ResourcesInWindowTest, ShadersComeAndGoWithTheirSwitch)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
-        Run(Everything);
+        Run(test::EverythingScene);
         Draw();
         const std::string picture = GetPicture();
         test::LogCapture log;
@@ -136,10 +121,10 @@ TEST_F(ResourcesInWindowTest, WithoutAnyDataFileAllIsDrawnAllTheSame)
         UnlinkData("shaders");
         test::LogCapture log(logging::LogError);
         Start();
-        Run(Everything);
+        Run(test::EverythingScene);
         Draw();
-        EXPECT_PIXEL(255, 0, 0, At(-1.1f, 0.2f));
-        EXPECT_PIXEL(0, 0, 255, At(0.45f, 0));
+        EXPECT_PIXEL(255, 127, 127, At(-1.1f, 0.2f));
+        EXPECT_PIXEL(0, 0, 255, At(0.5f, -0.12f));
         for (const char* name : {"box", "polygon", "plane", "water"})
             EXPECT_TRUE(log.Has(std::string("default/") + name + ".vert")) << name;
         for (const char* name : {"hinge", "pen", "simpleWater", "mouse"})
