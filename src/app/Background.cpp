@@ -216,6 +216,7 @@ void Background::DrawClouds() const
     rendering::Renderer::GetInstancePtr()->SetColor4(1, 1, 1, m_cloudOpacity);
     const BoundingBox view = GetInnerBBLocal();
     const float zoom = Scene::GetInstancePtr()->GetCamera()->GetZoom();
+    const CloudPicture* last = nullptr;
     for (const Particle& cloud : m_clouds)
     {
         BoundingBox box = CalcCloudBox(cloud, zoom);
@@ -229,6 +230,9 @@ void Background::DrawClouds() const
         box = BoundingBox(Vec2(box.GetMin().x, middle.y - halfHeight),
                           Vec2(box.GetMax().x, middle.y + halfHeight));
         picture.Draw(box, view);
+        last = &picture;
     }
+    if (last)
+        last->Unbind();
 }
 }

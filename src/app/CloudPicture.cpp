@@ -38,24 +38,37 @@ void CloudPicture::FollowTexture() const
         m_visible = {BoundingBox(Vec2(0, 0), Vec2(1, 1))};
 }
 
+// The texture's v points up, the GUI's y down.
+BoundingBox CloudPicture::CalcPartBox(const BoundingBox& box, const BoundingBox& part) const
+{
+    const Vec2 size = box.GetSize();
+    const Vec2 &t0 = part.GetMin(), &t1 = part.GetMax();
+    return BoundingBox(Vec2(box.GetMin().x + t0.x * size.x, box.GetMax().y - t1.y * size.y),
+                       Vec2(box.GetMin().x + t1.x * size.x, box.GetMax().y - t0.y * size.y));
+}
+
 void CloudPicture::Draw(const BoundingBox& box, const BoundingBox& view) const
 {
     FollowTexture();
-    const Vec2 size = box.GetSize();
+    const auto isInView = [&](const BoundingBox& part)
+    { return Intersects(CalcPartBox(box, part), view); };
+    if (std::none_of(m_visible.begin(), m_visible.end(), isInView))
+        return;
     m_texture->Bind();
-    {
-        rendering::QuadBatch batch;
-        for (const BoundingBox& part : m_visible)
+    rendering::QuadBatch batch;
+    for (const BoundingBox& part : m_visible)
+        if (isInView(part))
         {
+            const BoundingBox place = CalcPartBox(box, part);
             const Vec2 &t0 = part.GetMin(), &t1 = part.GetMax();
-            // The texture's v points up, the GUI's y down.
-            const float x0 = box.GetMin().x + t0.x * size.x, x1 = box.GetMin().x + t1.x * size.x;
-            const float y0 = box.GetMax().y - t0.y * size.y, y1 = box.GetMax().y - t1.y * size.y;
-            if (Intersects(BoundingBox(Vec2(x0, y0), Vec2(x1, y1)), view))
-                batch.Add({t0, Vec2(x0, y0)}, {Vec2(t0.x, t1.y), Vec2(x0, y1)}, {t1, Vec2(x1, y1)},
-                          {Vec2(t1.x, t0.y), Vec2(x1, y0)});
+            const Vec2 &low = place.GetMin(), &high = place.GetMax();
+            batch.Add({t0, Vec2(low.x, high.y)}, {Vec2(t0.x, t1.y), low}, {t1, Vec2(high.x, low.y)},
+                      {Vec2(t1.x, t0.y), high});
         }
-    }
+}
+
+void CloudPicture::Unbind() const
+{
     m_texture->Unbind();
 }
 

@@ -17,10 +17,11 @@ public:
 
     /// False where the texture could not be loaded.
     explicit operator bool() const;
-    /// In the renderer's colour.
+    /// In the renderer's colour. Leaves the texture bound when anything was to be drawn.
     /// @param box  in GUI coordinates
     /// @param view  what lies outside of it need not be drawn
     void Draw(const math::BoundingBox& box, const math::BoundingBox& view) const;
+    void Unbind() const;
     /// Height by width.
     float GetAspect() const;
 
@@ -29,6 +30,8 @@ public:
 
 private:
     void FollowTexture() const;
+    math::BoundingBox CalcPartBox(const math::BoundingBox& box,
+                                  const math::BoundingBox& part) const;
 
     rendering::TextureProxy m_texture;
     mutable rendering::AbstractImagePtr m_image;      // of which m_visible tells
