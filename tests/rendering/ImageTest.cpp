@@ -42,7 +42,7 @@ std::string Little(uint32_t value, int bytes)
 {
     std::string text;
     for (int i = 0; i < bytes; ++i)
-        text += static_cast<char>(value >> (8 * i));
+        text += i < 4 ? static_cast<char>(value >> (8 * i)) : '\0';
     return text;
 }
 
