@@ -224,8 +224,15 @@ void ExpectSceneWithoutAllocations(const std::string& dir, const ShownScene& sho
     const util::SharedPtr<FrameCounter> counter = QUIB_NEW FrameCounter;
     gui::GUI::GetInstancePtr()->GetMainContainer()->AddComponent(counter);
     core::Subsystem::GetInstancePtr()->Run();
+#ifdef __SANITIZE_ADDRESS__
+    // It is shown the small blocks too, which come from a pool otherwise: the two of the time factor, which
+    // the simulation writes back in each frame.
+    const size_t smallBlocks = 2;
+#else
+    const size_t smallBlocks = 0;
+#endif
     for (int i = 20; i < FrameCounter::Frames - 1; ++i)
-        EXPECT_EQ(0u, counter->m_perFrame[i]) << "frame " << i;
+        EXPECT_EQ(smallBlocks, counter->m_perFrame[i]) << "frame " << i;
     EXPECT_EQ(200u, simulation->GetParticles().size());
     size_t entities = 0, mouseOver = 0;
     for (const auto& entity : app::Scene::GetInstancePtr()->GetEntities())
