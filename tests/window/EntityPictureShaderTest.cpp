@@ -451,12 +451,19 @@ TEST_F(EntityPictureShaderTest, ForTheWaterEachKindIsSolidBlack)
                 glEnable(GL_TEXTURE_2D);
                 glDisable(GL_DEPTH_TEST);
                 glDisable(GL_BLEND);
+                // Nobody applies it around this.
+                Entity(0)->SetDrawTransform(math::Mat3::Scale2D(Vec2(2, 2)));
                 Entity(0)->AsGeomEntity()->DrawBlack();
                 EXPECT_FALSE(glIsEnabled(GL_BLEND));
                 EXPECT_FALSE(glIsEnabled(GL_ALPHA_TEST));
                 EXPECT_TRUE(glIsEnabled(GL_TEXTURE_2D));
                 glReadPixels(0, 0, Width, Height, GL_RGBA, GL_UNSIGNED_BYTE, m_pixels.data());
                 EXPECT_COLOR((Color{0, 0, 0}), At(0, 0.3f));
+                if (std::string(kind.name) == "plane")
+                {
+                    const Vec2 corner = TheScene()->GetCamera()->GUIToWorld(Vec2(3, Height - 3));
+                    EXPECT_COLOR((Color{0, 0, 0}), At(corner.x, corner.y));
+                }
                 const float c = std::cos(0.5f), s = std::sin(0.5f);
                 const bool isPlane = std::string(kind.name) == "plane";
                 const Vec2 foot = isPlane ? Vec2(1, 0) : Vec2();

@@ -80,7 +80,8 @@ protected:
     }
 
     /// The world's origin is in the middle, and 100 pixels are a world unit. White sky without clouds.
-    void Start(int width = 300, int height = 200)
+    /// @param depth  bits a pixel of a window; only one of 32 asks for alpha
+    void Start(int width = 300, int height = 200, int depth = 32)
     {
         setenv("SDL_VIDEODRIVER", "x11", 1);
         setenv("DISPLAY", m_server.Display().c_str(), 1);
@@ -89,6 +90,7 @@ protected:
         app::CreateServices();
         core::WindowParams params;
         params.size = math::TVector2<int>(width, height);
+        params.depth = depth;
         core::Subsystem::GetInstancePtr()->CreateWindow(params);
         Run("FileInfo.version = 2; Scene.Camera.pan = [0.0, 0.0]; Scene.Camera.zoom = 100.0; "
             "Sim.running = false; "

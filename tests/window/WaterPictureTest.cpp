@@ -15,9 +15,9 @@ class WaterPictureTest : public test::PictureFixture
 protected:
     // Opaque red, and blobs that reach 100 pixels. The field of a drop alone falls below a half at 34
     // pixels, and below nine tenths at 26.
-    void StartWithOneDrop()
+    void StartWithOneDrop(int depth = 32)
     {
-        Start();
+        Start(300, 200, depth);
         Run("SPH.radius = 0.25; App.waterColor = [1.0, 0.0, 0.0, 1.0]; "
             "Scene.addWater { vecs = [[0.0, 0.0]] }");
     }
@@ -92,6 +92,42 @@ TEST_F(WaterPictureTest, WithoutItsShaderItIsDrawnAsWithoutShadersAndTheLogTells
         EXPECT_PIXEL(255, 0, 0, At(0, 0));
         EXPECT_TRUE(IsNear(At(0.3f, 0), 165, 0, 0, 12)) << At(0.3f, 0);
         EXPECT_TRUE(IsWhite(At(0.4f, 0)));
+    });
+}
+
+TEST_F(WaterPictureTest, WithoutAnAlphaChannelTheFieldIsLostButForTheShader)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        StartWithOneDrop(24);
+        GLint bits = -1;
+        glGetIntegerv(GL_ALPHA_BITS, &bits);
+        ASSERT_EQ(0, bits);
+        Draw();
+        EXPECT_TRUE(IsReddish(At(0, 0))) << At(0, 0);
+        EXPECT_TRUE(IsWhite(At(0.9f, 0))) << At(0.9f, 0);
+        Run("Resources.shaders = false");
+        Draw();
+        for (const Vec2& place : {Vec2(0, 0), Vec2(0.4f, 0), Vec2(0.9f, 0)})
+            EXPECT_TRUE(IsWhite(At(place.x, place.y))) << place << At(place.x, place.y);
+        Run("App.simpleWater = true");
+        Draw();
+        EXPECT_FALSE(IsWhite(At(0, 0))) << "sprites need none";
+    });
+}
+
+TEST_F(WaterPictureTest, AtACutoffOfNothingThereIsNoneWhereNoDropIs)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        StartWithOneDrop();
+        Run("App.metaCutoff = 0.0");
+        for (const char* shaders : {"true", "false"})
+        {
+            Run(util::String("Resources.shaders = ") + shaders);
+            Draw();
+            EXPECT_FALSE(IsWhite(At(0.6f, 0))) << shaders;
+            EXPECT_TRUE(IsWhite(At(1.2f, 0))) << shaders << At(1.2f, 0);
+            EXPECT_TRUE(IsWhite(At(0.95f, 0.9f))) << shaders << " within the blob's square";
+        }
     });
 }
 
