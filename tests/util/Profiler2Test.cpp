@@ -37,15 +37,7 @@ protected:
     }
     bool Press(int key, bool down = true, bool handled = false, bool repeat = false)
     {
-        if (repeat) // what the input has seen go down already
-            test::SendKey(key, true, true);
-        const input::KeyEvent event(key, 0, down, math::Vec2());
-        EXPECT_EQ(repeat, event.IsRepeat());
-        event.SetHandled(handled);
-        profiler->OnKeyEvent(event);
-        if (repeat)
-            test::SendKey(key, false, true);
-        return event.IsHandled();
+        return test::SendKeyTo(*profiler, key, down, handled, repeat);
     }
     /// The row without its name; "" when there is none.
     std::string Row(const std::string& name) const

@@ -4,7 +4,7 @@
 #include "WhatOf.h"
 #include "rendering/Pushers.h"
 #include "rendering/Renderer.h"
-#include "window/XServer.h"
+#include "window/PlainWindow.h"
 
 #include <GL/glew.h>
 #include <SDL.h>
@@ -41,12 +41,7 @@ class RendererInContextTest : public testing::Test
 protected:
     void Start()
     {
-        setenv("SDL_VIDEODRIVER", "x11", 1);
-        setenv("DISPLAY", server.Display().c_str(), 1);
-        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
-        ASSERT_TRUE(SDL_SetVideoMode(Width, Height, 0, SDL_OPENGL)) << SDL_GetError();
-        ASSERT_EQ(GLenum(GLEW_OK), glewInit());
-        rendering::GLHasLoaded();
+        ASSERT_NO_FATAL_FAILURE(test::OpenPlainWindow(server, Width, Height));
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
         glOrtho(0, Width, 0, Height, -1, 1);

@@ -9,6 +9,12 @@ namespace
 class ResourcesInWindowTest : public test::PictureFixture
 {
 protected:
+    void ShowEverything()
+    {
+        Start();
+        Run(test::EverythingScene);
+        Draw();
+    }
     static unsigned long GetUsage()
     {
         return core::ResourceManager::GetInstancePtr()->GetVRAMUsage();
@@ -19,9 +25,7 @@ protected:
 TEST_F(ResourcesInWindowTest, TenNewWindowsShowTheSameFromAsMuchMemory)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
-        Start();
-        Run(test::EverythingScene);
-        Draw();
+        ShowEverything();
         const std::string picture = GetPicture();
         const unsigned long usage = GetUsage();
         EXPECT_LT(2 * 2048 * 2048 * 4ul, usage) << "the trail's and the water's alone";
@@ -41,9 +45,7 @@ TEST_F(ResourcesInWindowTest, TenNewWindowsShowTheSameFromAsMuchMemory)
 TEST_F(ResourcesInWindowTest, TheFirstUseBringsBackWhatWasUnloaded)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
-        Start();
-        Run(test::EverythingScene);
-        Draw();
+        ShowEverything();
         const std::string picture = GetPicture();
         const unsigned long usage = GetUsage();
         Run("Resources.unloadAll");
@@ -60,9 +62,7 @@ TEST_F(ResourcesInWindowTest, TheFirstUseBringsBackWhatWasUnloaded)
 TEST_F(ResourcesInWindowTest, TexturesOfSixteenBitsTakeHalfAndShowNearlyTheSame)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
-        Start();
-        Run(test::EverythingScene);
-        Draw();
+        ShowEverything();
         const test::Pixel box = At(-1.1f, 0.2f);
         const unsigned long usage = GetUsage();
         Run("Resources.force16BitTextures = true");
@@ -77,9 +77,7 @@ TEST_F(ResourcesInWindowTest, TexturesOfSixteenBitsTakeHalfAndShowNearlyTheSame)
 TEST_F(ResourcesInWindowTest, ShadersComeAndGoWithTheirSwitch)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
-        Start();
-        Run(test::EverythingScene);
-        Draw();
+        ShowEverything();
         const std::string picture = GetPicture();
         test::LogCapture log;
         Run("Resources.shaders = false");
@@ -120,9 +118,7 @@ TEST_F(ResourcesInWindowTest, WithoutAnyDataFileAllIsDrawnAllTheSame)
         UnlinkData("textures");
         UnlinkData("shaders");
         test::LogCapture log(logging::LogError);
-        Start();
-        Run(test::EverythingScene);
-        Draw();
+        ShowEverything();
         EXPECT_PIXEL(255, 127, 127, At(-1.1f, 0.2f));
         EXPECT_PIXEL(0, 0, 255, At(0.5f, -0.12f));
         for (const char* name : {"box", "polygon", "plane", "water"})

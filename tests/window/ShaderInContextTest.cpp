@@ -6,7 +6,7 @@
 #include "rendering/ShaderManager.h"
 #include "rendering/ShaderVariable.h"
 #include "util/FileSystem.h"
-#include "window/XServer.h"
+#include "window/PlainWindow.h"
 
 #include <GL/glew.h>
 #include <SDL.h>
@@ -50,13 +50,7 @@ protected:
     /// Opens the window. The shaders that ship are there.
     void Start()
     {
-        setenv("SDL_VIDEODRIVER", "x11", 1);
-        setenv("DISPLAY", s_server->Display().c_str(), 1);
-        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
-        SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 16);
-        ASSERT_TRUE(SDL_SetVideoMode(Size, Size, 0, SDL_OPENGL)) << SDL_GetError();
-        ASSERT_EQ(GLenum(GLEW_OK), glewInit());
-        rendering::GLHasLoaded();
+        ASSERT_NO_FATAL_FAILURE(test::OpenPlainWindow(*s_server, Size, Size));
         util::FileSystem::GetInstancePtr()->SetWorkDir(std::string(QUIB_SOURCE_DIR) + "/");
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);

@@ -5,7 +5,7 @@
 #include "rendering/ResourceSettings.h"
 #include "rendering/TextureManager.h"
 #include "util/FileSystem.h"
-#include "window/XServer.h"
+#include "window/PlainWindow.h"
 
 #include <GL/glew.h>
 #include <SDL.h>
@@ -64,15 +64,7 @@ int LevelParameter(const util::SharedPtr<Texture>& texture, int level, GLenum na
 class TextureInContextTest : public testing::Test
 {
 protected:
-    void Start()
-    {
-        setenv("SDL_VIDEODRIVER", "x11", 1);
-        setenv("DISPLAY", server.Display().c_str(), 1);
-        ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO | SDL_INIT_NOPARACHUTE)) << SDL_GetError();
-        ASSERT_TRUE(SDL_SetVideoMode(Width, Height, 0, SDL_OPENGL)) << SDL_GetError();
-        ASSERT_EQ(GLenum(GLEW_OK), glewInit());
-        rendering::GLHasLoaded();
-    }
+    void Start() { test::OpenPlainWindow(server, Width, Height); }
 
     test::XServer server{"640x480x24"};
 };
