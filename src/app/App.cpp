@@ -125,9 +125,12 @@ void App::AddOnMaxUndoChange(const util::CallbackPtr& callback)
 
 void App::OnShutdown()
 {
-    m_appGUI->SaveSceneAs(Scene_Last, true);
     util::FileSystem* files = util::FileSystem::GetInstancePtr();
-    files->EraseFileIfPossible(files->SceneDir() + Scene_Autosave);
+    // The last copy that there is goes only when there is a better one.
+    if (m_appGUI->SaveSceneAs(Scene_Last, true))
+        files->EraseFileIfPossible(files->SceneDir() + Scene_Autosave);
+    else
+        Log(logging::LogError, "Failed to save scene to " + files->SceneDir() + Scene_Last);
 }
 
 void App::SetFirstTimeRunning()

@@ -127,7 +127,7 @@ bool AppGUI::LoadScene(util::String name, bool autosave)
     return loader->IsLoaded();
 }
 
-void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
+bool AppGUI::SaveSceneAs(const util::String& name, bool autosave)
 {
     if (!autosave)
     {
@@ -141,7 +141,7 @@ void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
             path, Serializer::GetInstancePtr()->SerializeScene());
         if (!autosave)
             Log(logging::LogVerbose, "Scene saved to " + path);
-        return;
+        return true;
     }
     catch (std::exception& e)
     {
@@ -156,6 +156,7 @@ void AppGUI::SaveSceneAs(const util::String& name, bool autosave)
     // The line above reaches the log file only. Who saved by name hears of the loss.
     if (!autosave)
         Log(logging::LogError, "Failed to save scene to " + path);
+    return false;
 }
 
 void AppGUI::OnSceneSave()

@@ -61,7 +61,9 @@ public:
     /// @return          whether it could be loaded
     bool LoadScene(util::String name, bool autosave);
     /// What goes wrong reaches the log, and a file that was there before is still whole.
-    void SaveSceneAs(const util::String& name, bool autosave);
+    /// @param autosave  the name is not kept as that of the current scene
+    /// @return          whether it was saved
+    bool SaveSceneAs(const util::String& name, bool autosave);
 
     /// Saves under the name of the current scene, "unnamed.qib" for one that has none yet.
     void OnSceneSave();
@@ -131,6 +133,7 @@ private:
     bool OnWheel(const input::KeyEvent& event);
     bool OnShortcut(const input::KeyEvent& event);
     bool OnEscape();
+    void BreakOffDrag();
     void Undo();
     void Redo();
     void Copy();
@@ -150,6 +153,7 @@ private:
     script::AttribWrapper<bool> m_simpleMode; // menus leave out what few need
     // The one whose drag is under way, null for none. Another may be current meanwhile: a key can lend one.
     ToolPtr m_dragTool;
+    int m_shortcutKey = 0; // the one whose last press was a shortcut, 0 for none
     gui::ComponentPtr m_popupHolder;
     std::vector<WidgetPtr> m_widgets;
     SnapshotPtr m_beforeSlider;         // while a slider is being moved

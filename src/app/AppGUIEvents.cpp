@@ -5,6 +5,8 @@
 #include "app/App.h"
 #include "app/Camera.h"
 #include "app/EntityActions.h"
+#include "app/FileInfo.h"
+#include "app/PasteAction.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "app/Snapshot.h"
@@ -172,10 +174,15 @@ void AppGUI::OnClick(const input::ClickEvent& event)
 void AppGUI::OnKeyEvent(const input::KeyEvent& event)
 {
     Component::OnKeyEvent(event);
+    const bool isPress = event.IsDown() && !event.IsRepeat();
+    if (isPress && event.GetKey() == m_shortcutKey)
+        m_shortcutKey = 0;
     if (event.IsHandled())
         return;
     if (event.IsDown() && (OnWheel(event) || OnShortcut(event)))
     {
+        if (isPress)
+            m_shortcutKey = event.GetKey();
         event.SetHandled(true);
         return;
     }
@@ -183,6 +190,9 @@ void AppGUI::OnKeyEvent(const input::KeyEvent& event)
     Try([&] { tools->OnKeyEvent(event); });
     if (!event.IsHandled())
         HandTo(tools->GetTool(), event, &InputListener::OnKeyEvent);
+    // One that is lent may hide that of the gesture, which must hear of Shift all the same.
+    if (!event.IsHandled() && m_dragTool && m_dragTool != tools->GetTool())
+        HandTo(m_dragTool, event, &InputListener::OnKeyEvent);
 }
 
 bool AppGUI::OnWheel(const input::KeyEvent& event)
@@ -193,12 +203,19 @@ bool AppGUI::OnWheel(const input::KeyEvent& event)
     Scene* scene = Scene::GetInstancePtr();
     Camera* camera = scene->GetCamera().get();
     if (event.IsCtrlDown())
+    {
+        BreakOffDrag();
         isUp ? Redo() : Undo();
+    }
     else if (event.IsShiftDown())
         isUp ? scene->MoveToFront(GetSelection()) : scene->MoveToBack(GetSelection());
-    // At the end of its range the view does not creep.
-    else if (camera->GetZoom() != (isUp ? Camera::GetMaxZoom() : Camera::GetMinZoom()))
-        camera->ZoomView(isUp ? 1 : -1, event.GetPosition());
+    else
+    {
+        const bool isZoomIn = isUp == (m_zoomFactor >= 0);
+        // At the end of its range the view does not creep.
+        if (camera->GetZoom() != (isZoomIn ? Camera::GetMaxZoom() : Camera::GetMinZoom()))
+            camera->ZoomView(isUp ? 1 : -1, event.GetPosition());
+    }
     return true;
 }
 
@@ -210,33 +227,47 @@ bool AppGUI::OnShortcut(const input::KeyEvent& event)
         int key;
         bool withCtrl;
         bool repeats; // while the key is held
+        bool edits;
         void (AppGUI::*act)();
     } shortcuts[] = {
-        {SDLK_SPACE, false, false, &AppGUI::TogglePlaying},
-        {SDLK_c, true, false, &AppGUI::Copy},
-        {SDLK_x, true, false, &AppGUI::Cut},
-        {SDLK_v, true, false, &AppGUI::Paste},
-        {SDLK_z, true, true, &AppGUI::Undo},
-        {SDLK_y, true, true, &AppGUI::Redo},
-        {SDLK_a, true, false, &AppGUI::SelectAll},
-        {SDLK_s, true, false, &AppGUI::OnSceneSave},
-        {SDLK_o, true, false, &AppGUI::OnSceneLoad},
-        {SDLK_q, true, false, &AppGUI::Quit},
-        {SDLK_g, true, false, &AppGUI::GroupSelection},
-        {SDLK_u, true, false, &AppGUI::UngroupSelection},
-        {SDLK_DELETE, false, false, &AppGUI::EraseSelection},
+        {SDLK_SPACE, false, false, false, &AppGUI::TogglePlaying},
+        {SDLK_c, true, false, false, &AppGUI::Copy},
+        {SDLK_x, true, false, true, &AppGUI::Cut},
+        {SDLK_v, true, false, true, &AppGUI::Paste},
+        {SDLK_z, true, true, true, &AppGUI::Undo},
+        {SDLK_y, true, true, true, &AppGUI::Redo},
+        {SDLK_a, true, false, false, &AppGUI::SelectAll},
+        {SDLK_s, true, false, false, &AppGUI::OnSceneSave},
+        {SDLK_o, true, false, false, &AppGUI::OnSceneLoad},
+        {SDLK_q, true, false, false, &AppGUI::Quit},
+        {SDLK_g, true, false, true, &AppGUI::GroupSelection},
+        {SDLK_u, true, false, true, &AppGUI::UngroupSelection},
+        {SDLK_DELETE, false, false, true, &AppGUI::EraseSelection},
     };
-    // A held Escape must not break off what begins next.
+    // The repeats of a key are for whom its press was for. A held Escape must not break off what begins next.
+    if (event.IsRepeat() && event.GetKey() != m_shortcutKey)
+        return false;
     if (event.GetKey() == SDLK_ESCAPE)
         return event.IsRepeat() || OnEscape();
     for (const auto& shortcut : shortcuts)
         if (event.GetKey() == shortcut.key && (!shortcut.withCtrl || event.IsCtrlDown()))
         {
             if (shortcut.repeats || !event.IsRepeat())
+            {
+                if (shortcut.edits)
+                    BreakOffDrag();
                 (this->*shortcut.act)();
+            }
             return true;
         }
-    return false;
+    return event.IsRepeat(); // Ctrl was let go first
+}
+
+/// A gesture that goes on over an edit would make its step of undo after that, from a state before it.
+void AppGUI::BreakOffDrag()
+{
+    if (m_dragTool)
+        Try([&] { m_dragTool->Disband(); });
 }
 
 bool AppGUI::OnEscape()
@@ -280,10 +311,11 @@ void AppGUI::Paste()
     const util::String text = input::Input::GetInstancePtr()->GetClipboardText();
     if (text.empty())
         return;
-    const SnapshotPtr before = Snapshot::TakeSnapshot();
+    const util::SharedPtr<PasteAction> paste = QUIB_NEW PasteAction;
     Scene* scene = Scene::GetInstancePtr();
     try
     {
+        const FileTextsKept kept;
         // Deliberate: whatever script it is, it is run.
         scene->SetSelection(Serializer::GetInstancePtr()->Deserialize(text));
         MoveToMouse(GetSelection());
@@ -295,7 +327,8 @@ void AppGUI::Paste()
         GetSelection()->Clear();
         return;
     }
-    Undoer::GetInstancePtr()->AddUndo(before, "UndoCodePaste");
+    paste->NoteResult();
+    Undoer::GetInstancePtr()->AddUndo(paste);
 }
 
 void AppGUI::EraseSelection()

@@ -133,24 +133,28 @@ void Liquify(const GroupPtr& group)
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
     std::vector<EntityPtr> erased;
-    size_t left = App::GetInstancePtr()->GetMaxSPHSpawn();
+    size_t left = static_cast<size_t>(std::max(0, App::GetInstancePtr()->GetMaxSPHSpawn()));
     for (const FiniteGeomEntityPtr& solid : solids)
     {
         const BodyPtr body = solid->GetBody();
         const std::vector<Vec2> points = solid->GetEquidistantPoints();
         // Each may be as much as all of them together.
-        if (points.size() > left)
+        if (left == 0 || points.size() > left)
         {
             Log(logging::LogError,
                 "That would be more water than App.maxSPHSpawn allows: some stay");
             break;
         }
+        if (points.empty())
+            continue; // smaller than a drop
         left -= points.size();
         for (const Vec2& pos : points)
             simulation->AddParticle(
                 QUIB_NEW physics::Particle(pos, body ? body->GetVelAtWorld(pos) : Vec2()));
         erased.push_back(solid);
     }
+    if (erased.empty())
+        return;
     Scene::GetInstancePtr()->RemoveEntities(erased);
     Undoer::GetInstancePtr()->AddUndo(before, "UndoLiquify");
 }

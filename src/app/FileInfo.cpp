@@ -31,9 +31,14 @@ void FileInfo::SetDescription(const util::String& description)
 
 void FileInfo::ClearTexts()
 {
-    m_title = "";
-    m_author = "";
-    m_description = "";
+    SetTexts(Texts());
+}
+
+void FileInfo::SetTexts(const Texts& texts)
+{
+    m_title = texts.title;
+    m_author = texts.author;
+    m_description = texts.description;
 }
 
 void FileInfo::OnVersionChange()

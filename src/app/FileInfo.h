@@ -25,6 +25,13 @@ public:
     void SetDescription(const util::String& description);
     void ClearTexts();
 
+    struct Texts
+    {
+        util::String title, author, description;
+    };
+    Texts GetTexts() const { return {m_title, m_author, m_description}; }
+    void SetTexts(const Texts& texts);
+
     /// The name of the current scene's file, as it was given.
     const util::String& GetFileName() const { return m_fileName; }
     void SetFileName(const util::String& name) { m_fileName = name; }
@@ -37,5 +44,22 @@ private:
     script::AttribWrapper<util::String> m_description;
     script::AttribWrapper<int> m_version;
     util::String m_fileName;
+};
+
+// While this lives: what is pasted or imported tells who made it. It does not rename the scene that it comes
+// into.
+class FileTextsKept
+{
+public:
+    FileTextsKept()
+        : m_texts(FileInfo::GetInstancePtr()->GetTexts())
+    {
+    }
+    ~FileTextsKept() { FileInfo::GetInstancePtr()->SetTexts(m_texts); }
+    FileTextsKept(const FileTextsKept&) = delete;
+    FileTextsKept& operator=(const FileTextsKept&) = delete;
+
+private:
+    FileInfo::Texts m_texts;
 };
 }

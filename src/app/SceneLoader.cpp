@@ -6,7 +6,6 @@
 #include "app/Scene.h"
 #include "app/Serializer.h"
 #include "app/Snapshot.h"
-#include "script/Parser.h"
 #include "util/FileSystem.h"
 
 using math::Vec2;
@@ -73,13 +72,7 @@ bool SceneLoader::Load()
 
     // Read before anything is thrown away.
     const util::String text = files->ReadWholeFile(m_path);
-    // What a file sets and no snapshot holds.
-    m_settings = QUIB_NEW script::CodeBlock;
-    Serializer::GetInstancePtr()->SerializeSettings(*m_settings, Serializer::FadeSettings::Always);
-    const FileInfo* info = FileInfo::GetInstancePtr();
-    m_title = info->GetTitle();
-    m_author = info->GetAuthor();
-    m_description = info->GetDescription();
+    m_settings = std::make_unique<SceneSettings>();
     if (m_isImport)
         ImportQuiblet(text);
     else
@@ -105,6 +98,7 @@ void SceneLoader::LoadScene(const util::String& text)
 void SceneLoader::ImportQuiblet(const util::String& text)
 {
     Scene* scene = Scene::GetInstancePtr();
+    const FileTextsKept kept;
     const GroupPtr loaded = Serializer::GetInstancePtr()->Deserialize(text);
     scene->SetSelection(loaded);
     MoveToMouse(loaded);
@@ -115,13 +109,7 @@ void SceneLoader::ImportQuiblet(const util::String& text)
 void SceneLoader::Undo()
 {
     if (m_settings)
-    {
-        script::Parser::GetInstancePtr()->Execute(m_settings);
-        FileInfo* info = FileInfo::GetInstancePtr();
-        info->SetTitle(m_title);
-        info->SetAuthor(m_author);
-        info->SetDescription(m_description);
-    }
+        m_settings->Restore();
     m_snapshot->Restore();
     SwapFileName();
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "app/Action.h"
-#include "script/Expressions.h"
+#include "app/SceneSettings.h"
+
+#include <memory>
 
 namespace app
 {
@@ -14,7 +16,7 @@ public:
     SceneLoader(bool isImport, util::String path);
     ~SceneLoader() override;
 
-    /// Throws nothing: what goes wrong reaches the log.
+    /// What goes wrong with the file reaches the log.
     void Do() override;
     /// The scene before, with its texts, its settings and the name of its file.
     void Undo() override;
@@ -36,8 +38,7 @@ private:
     bool m_isLoaded = false;
     bool m_hasCleared = false;
     SnapshotPtr m_snapshot;
-    util::String m_title, m_author, m_description; // of the file before
-    util::String m_fileName;                       // of the other scene
-    script::CodeBlockPtr m_settings; // of the scene before; null when nothing was loaded over it
+    util::String m_fileName;                   // of the other scene
+    std::unique_ptr<SceneSettings> m_settings; // before; null when nothing was loaded over it
 };
 }

@@ -332,9 +332,9 @@ util::String ScenePathFromArguments(int argc, char** argv)
 void ShutDown()
 {
     Log(logging::LogInfo, "Subsystem::Run returned, saving config...");
-    script::Parser::GetInstancePtr()->SaveConfig(Files()->ConfigDir() + CONFIG_FILE);
-    // From here on the next start sees an orderly end.
-    Files()->EraseFileIfPossible(Files()->ConfigDir() + CONFIG_AUTOSAVE);
+    // From here on the next start sees an orderly end, unless the autosave is the last copy that there is.
+    if (script::Parser::GetInstancePtr()->SaveConfig(Files()->ConfigDir() + CONFIG_FILE))
+        Files()->EraseFileIfPossible(Files()->ConfigDir() + CONFIG_AUTOSAVE);
     App::GetInstancePtr()->OnShutdown();
     Files()->EraseLeftover(Files()->ConfigDir() + CONFIG_AUTOSAVE);
     Files()->EraseLeftover(Files()->SceneDir() + Scene_Autosave);

@@ -24,6 +24,14 @@ math::Vec2 ConvertPixel(int x, int y)
     return GUI::GetInstancePtr()->PosFromPixel(x, y);
 }
 
+/// Written so that a NaN is held too.
+float Hold(float value, float least, float most)
+{
+    if (!(value > least))
+        return least;
+    return value < most ? value : most;
+}
+
 input::Input::ClickLimits GetClickLimits()
 {
     const GUI* gui = GUI::GetInstancePtr();
@@ -258,11 +266,17 @@ void GUI::End()
 
 float GUI::GetScale() const
 {
-    const float scale = m_scale;
-    // Written so that a NaN is held too.
-    if (!(scale > 0.1f))
-        return 0.1f;
-    return scale < 10.0f ? scale : 10.0f;
+    return Hold(m_scale, 0.1f, 10);
+}
+
+float GUI::GetClickTolerance() const
+{
+    return Hold(m_clickTolerance, 0, 100);
+}
+
+float GUI::GetClickTimeTolerance() const
+{
+    return Hold(m_clickTimeTolerance, 0, 5);
 }
 
 math::Vec2 GUI::PosFromPixel(int x, int y) const

@@ -53,10 +53,11 @@ public:
     /// GUI.scale held to 0.1 to 10, so that no script can lock its user out. The attribute keeps
     /// what was written.
     float GetScale() const;
-    /// GUI units.
-    float GetClickTolerance() const { return m_clickTolerance; }
-    /// Seconds.
-    float GetClickTimeTolerance() const { return m_clickTimeTolerance; }
+    // Likewise held to what leaves drags possible.
+    /// GUI units, up to 100.
+    float GetClickTolerance() const;
+    /// Seconds, up to 5.
+    float GetClickTimeTolerance() const;
     math::Vec2 PosFromPixel(int x, int y) const;
     math::Vec2 PixelFromPos(const math::Vec2& pos) const;
     /// Of the window, in GUI units.
@@ -91,9 +92,9 @@ private:
     util::SharedPtr<InputListener> m_keyboardListener; // in the root
     util::WeakPtr<Component> m_keyboardOwner;
     rendering::TextureProxy m_defaultCursor;
-    rendering::TextureProxy m_cursor;                 // null: the desktop's
-    std::optional<bool> m_isOSCursorShown;            // as told SDL last, in this window
-    util::String m_shownProfile;                      // the latest text of each profiler
+    rendering::TextureProxy m_cursor;      // null: the desktop's
+    std::optional<bool> m_isOSCursorShown; // as told SDL last, in this window
+    util::String m_shownProfile;           // the latest text of each profiler
     util::String m_shownProfile2;
     math::TVector2<int> m_windowSize;                 // pixels
     std::optional<rendering::AttribPusher> m_attribs; // from Begin to End

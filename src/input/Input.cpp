@@ -10,6 +10,7 @@
 #include "util/Timer.h"
 
 #include <SDL.h>
+#include <SDL_syswm.h>
 
 #include <algorithm>
 
@@ -38,17 +39,24 @@ util::SharedPtr<util::Pointee> ListenForBindings(script::KeyBinder* binder)
 // SDL keeps 128 events and silently drops more, which a slow frame and a quick mouse can bring together.
 // Its filter sees each event before that, so they wait here. So do the modifiers: when many events come
 // in one frame, SDL's own are those after the last of them.
-std::vector<RecordedEvent>& WaitingEvents()
+struct WaitingEvent
 {
-    static auto* s_events = new std::vector<RecordedEvent>;
+    SDL_Event event;
+    int mods;
+    SDL_SysWMmsg message; // what an event of the window system points to
+};
+
+std::vector<WaitingEvent>& WaitingEvents()
+{
+    static auto* s_events = new std::vector<WaitingEvent>;
     return *s_events;
 }
 
 int KeepEvent(const SDL_Event* event)
 {
+    WaitingEvents().push_back({*event, SDL_GetModState(), {}});
     if (event->type == SDL_SYSWMEVENT)
-        return 1; // SDL's queue alone keeps the message that it points to
-    WaitingEvents().push_back({*event, SDL_GetModState()});
+        WaitingEvents().back().message = *event->syswm.msg;
     return 0; // not for SDL's own queue
 }
 
@@ -58,11 +66,13 @@ template<typename Handler>
 void ForEachRealEvent(const Handler& handler)
 {
     SDL_PumpEvents();
-    std::vector<RecordedEvent>& waiting = WaitingEvents();
+    std::vector<WaitingEvent>& waiting = WaitingEvents();
     const size_t count = waiting.size();
     for (size_t i = 0; i < count; ++i)
     {
-        const RecordedEvent copy = waiting[i]; // a handler may make SDL look for more
+        WaitingEvent copy = waiting[i]; // a handler may make SDL look for more
+        if (copy.event.type == SDL_SYSWMEVENT)
+            copy.event.syswm.msg = &copy.message;
         handler(copy.event, copy.mods);
     }
     waiting.erase(waiting.begin(), waiting.begin() + count);
@@ -362,10 +372,13 @@ KeyEvent Input::BuildKeyEvent(const SDL_Event& event, bool down)
         character = BuildCharacter(keysym.sym);
         if (character && down)
         {
+            // Once only: it would end the repeat of the key that is being held.
             if (!m_isUnicodeReported)
+            {
                 Log(logging::LogWarning, "SDL unicode doesn't work");
+                SetTextInput(true);
+            }
             m_isUnicodeReported = true;
-            SetTextInput(true);
         }
     }
     return KeyEvent(keysym.sym, character, down, m_mousePos);

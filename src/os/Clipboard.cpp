@@ -203,9 +203,8 @@ bool OwnClipboard(const util::String& text)
     const Atom clipboard = Atoms(display).clipboard;
     if (!FitsRequest(display, text))
     {
-        // Nor must others get what was copied before.
-        if (XGetSelectionOwner(display, clipboard) == window)
-            XSetSelectionOwner(display, clipboard, None, CurrentTime);
+        // Nor must anybody get what was copied before.
+        XSetSelectionOwner(display, clipboard, None, CurrentTime);
         return false;
     }
     s_owner.text = text;
@@ -220,8 +219,10 @@ ClipboardState GetClipboardState()
         return ClipboardState::Unknown;
     Display* const display = lock.GetDisplay();
     const Window window = GetWindow(display);
-    return XGetSelectionOwner(display, Atoms(display).clipboard) == window ? ClipboardState::Ours
-                                                                           : ClipboardState::Others;
+    const Window owner = XGetSelectionOwner(display, Atoms(display).clipboard);
+    if (owner == None)
+        return ClipboardState::Nobodys;
+    return owner == window ? ClipboardState::Ours : ClipboardState::Others;
 }
 
 util::String AskForClipboard()

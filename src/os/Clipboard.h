@@ -10,14 +10,16 @@ namespace os
 {
 /// Puts the text there, as Latin-1 and as UTF-8.
 /// @param text  Latin-1
-/// @return false when there is no X11 window or the selection can't be had
+/// @return false when there is no X11 window or the selection can't be had, as for a text that is too large:
+///         then it is nobody's
 bool OwnClipboard(const util::String& text);
 
 enum class ClipboardState
 {
     Unknown, // there is no X11 window
     Ours,    // nobody has taken it since OwnClipboard
-    Others   // or nobody's
+    Others,
+    Nobodys
 };
 ClipboardState GetClipboardState();
 

@@ -19,7 +19,7 @@ namespace
 {
 math::TVector2<int> s_displaySize(0, 0);
 util::String s_clipboard;
-bool s_isClipboardOwned = false; // it went to the desktop, which may have another by now
+bool s_isClipboardOwned = false; // it went to the desktop, which may have another by now, or none
 }
 
 util::String CalcDataDir(const util::String& argv0)
@@ -68,9 +68,11 @@ void SetClipboardText(const util::String& text)
 util::String GetClipboardText()
 {
     const ClipboardState state = GetClipboardState();
-    const bool isForeign =
-        state == ClipboardState::Others && (s_isClipboardOwned || s_clipboard.empty());
-    return isForeign ? AskForClipboard() : s_clipboard;
+    if (state == ClipboardState::Others)
+        return AskForClipboard();
+    // Another program took it and ended.
+    const bool isGone = state == ClipboardState::Nobodys && s_isClipboardOwned;
+    return isGone ? "" : s_clipboard;
 }
 
 bool TryLock(const util::String& path)

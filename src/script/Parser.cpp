@@ -575,7 +575,7 @@ util::String Parser::ToCode()
     return saved.ToCode();
 }
 
-void Parser::SaveConfig(util::String path)
+bool Parser::SaveConfig(util::String path)
 {
     try
     {
@@ -583,11 +583,13 @@ void Parser::SaveConfig(util::String path)
         // Deliberate: nothing to say leaves what was said before.
         if (!code.empty())
             util::FileSystem::GetInstancePtr()->WriteFile(path, code);
+        return true;
     }
     catch (std::exception& e)
     {
         CatchException(e, QUIB_LOCATION);
         Log(logging::LogError, util::String("Failed saving config file: ") + e.what());
+        return false;
     }
 }
 

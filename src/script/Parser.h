@@ -43,7 +43,8 @@ public:
     /// of the intrinsics is left out with a warning: read back, it would break all arithmetic.
     util::String ToCode();
     /// Writes ToCode to the file, unless that is empty. A failure is logged.
-    void SaveConfig(util::String path);
+    /// @return false for a failure
+    bool SaveConfig(util::String path);
     /// Runs a file. A failure is logged.
     void LoadConfig(std::string path);
 

@@ -572,6 +572,17 @@ TEST_F(AppGUIEventsTest, TheWheelZoomsAroundTheMouse)
     EXPECT_FLOAT_EQ(50 * std::exp2(0.2f), TheCamera()->GetZoom());
 }
 
+TEST_F(AppGUIEventsTest, TheWheelTurnedRoundZoomsBackFromTheEndOfTheRange)
+{
+    Run("App.GUI.zoomFactor = -0.2");
+    TheCamera()->SetZoom(Camera::GetMaxZoom());
+    Wheel(input::MouseWheelDown);
+    EXPECT_EQ(Camera::GetMaxZoom(), TheCamera()->GetZoom());
+    Wheel(input::MouseWheelUp);
+    EXPECT_LT(TheCamera()->GetZoom(), Camera::GetMaxZoom());
+    Run("App.GUI.zoomFactor = 0.2");
+}
+
 TEST_F(AppGUIEventsTest, SpacePlaysAndPauses)
 {
     Tap(SDLK_SPACE);
@@ -662,6 +673,29 @@ TEST_F(AppGUIEventsTest, APastedTextIsRunWhateverItIs)
     // A statement that fails costs itself only.
     EXPECT_EQ(1u, EntityCount());
     EXPECT_EQ("UndoCodePaste", NextUndo());
+}
+
+TEST_F(AppGUIEventsTest, APasteDoesNotRenameTheSceneAndIsUndoneWithItsSettings)
+{
+    AddBox(0, 0);
+    Run("FileInfo.title = \"Mine\"; FileInfo.author = \"me\"");
+    const util::String before = Save();
+    input::Input::GetInstancePtr()->SetClipboardText(
+        "FileInfo.title = \"Other\"; FileInfo.author = \"another\";"
+        "FileInfo.description = \"what it is\"; FileInfo.version = 2; Sim.gravity = [1.0, 2.0];"
+        "Scene.addBox { pos = [5.0, 5.0] }");
+    TapCtrl('v');
+    const util::String after = Save();
+    EXPECT_NE(util::String::npos, after.find("title = \"Mine\"")) << after;
+    EXPECT_NE(util::String::npos, after.find("author = \"me\"")) << after;
+    EXPECT_EQ(util::String::npos, after.find("what it is")) << after;
+    EXPECT_EQ(Vec2(1, 2), Sim()->GetGravity());
+    TapCtrl('z');
+    EXPECT_EQ(before, Save());
+    TapCtrl('y');
+    EXPECT_EQ(after, Save());
+    TapCtrl('z');
+    FileInfo::GetInstancePtr()->ClearTexts();
 }
 
 TEST_F(AppGUIEventsTest, APastedPlaneStaysWhereItIs)
@@ -841,6 +875,61 @@ TEST_F(AppGUIEventsTest, EscapeBreaksOffTheDragUnderWay)
     m_recorder->Take();
     EXPECT_TRUE(IsTaken(SDLK_ESCAPE));
     EXPECT_EQ("disband ", m_recorder->Take());
+    Button(false);
+}
+
+TEST_F(AppGUIEventsTest, TheRepeatsOfAKeyGoWhereItsPressWent)
+{
+    TheTools()->Select(m_recorder);
+    ASSERT_EQ("", OpenPopup());
+    m_recorder->Take();
+    HoldForRepeats(SDLK_ESCAPE, 2);
+    EXPECT_EQ("disband key key key key ", m_recorder->Take()) << "press, two repeats, release";
+    // An undo whose Ctrl is let go first.
+    {
+        const test::HeldKeys held({SDLK_LCTRL});
+        test::SendKey('z', true);
+    }
+    m_recorder->Take();
+    test::SendKey('z', true);
+    EXPECT_EQ("", m_recorder->Take());
+    test::SendKey('z', false);
+    test::SendKey('z', true);
+    EXPECT_EQ("key key ", m_recorder->Take()) << "release and press";
+    test::SendKey('z', false);
+}
+
+TEST_F(AppGUIEventsTest, AnEditBreaksOffTheDragUnderWay)
+{
+    const EntityPtr box = AddBox(0, 0);
+    Select({box});
+    const util::String before = Save();
+    MoveMouse(Vec2(0, 0));
+    Button(true);
+    MoveMouse(Vec2(0, 1));
+    MoveMouse(Vec2(0, 2));
+    ASSERT_EQ("move", CurrentTool());
+    Tap(SDLK_DELETE);
+    EXPECT_EQ(0u, EntityCount());
+    Button(false);
+    EXPECT_EQ("UndoErase", NextUndo());
+    TapCtrl('z');
+    EXPECT_EQ(before, Save());
+    EXPECT_EQ("", NextUndo());
+}
+
+TEST_F(AppGUIEventsTest, AGestureHearsOfKeysThoughAnotherToolIsLent)
+{
+    m_recorder->m_takes = true;
+    TheTools()->Select(m_recorder);
+    MoveMouse(Vec2(0, 0));
+    Button(true);
+    MoveMouse(Vec2(1, 0));
+    test::SendKey('h', true);
+    m_recorder->Take();
+    test::SendKey(SDLK_LSHIFT, false);
+    EXPECT_EQ("key ", m_recorder->Take());
+    test::SendKey('h', false);
     Button(false);
 }
 

@@ -193,6 +193,27 @@ TEST_F(EntityActionsTest, AllThatIsLiquifiedIsNoMoreWaterThanTheLimit)
     Run("App.maxSPHSpawn = 10000");
 }
 
+TEST_F(EntityActionsTest, WhatGivesNoWaterStays)
+{
+    const EntityPtr box = AddBox(0, 0);
+    const EntityPtr speck = Add("Scene.addBox { pos = [5.0, 0.0]; size = [0.01, 0.01] }");
+    DoAndUndo(Liquify, GroupOf({box, speck}), "UndoLiquify");
+    EXPECT_EQ(Entities{speck}, TheScene()->GetEntities());
+
+    AddBox(0, 0);
+    ForgetUndo();
+    for (const char* limit : {"0", "-1"})
+    {
+        Run(util::String("App.maxSPHSpawn = ") + limit);
+        const test::LogCapture log;
+        Liquify(GroupOf(TheScene()->GetEntities()));
+        EXPECT_EQ(2u, TheScene()->GetEntities().size()) << limit;
+        EXPECT_TRUE(log.Has("App.maxSPHSpawn")) << log.Text();
+        EXPECT_EQ("", NextUndo());
+    }
+    Run("App.maxSPHSpawn = 10000");
+}
+
 TEST_F(EntityActionsTest, LiquifiesBodiesIntoWaterThatMovesAsTheyDid)
 {
     const auto box = AddBox(0, 0);

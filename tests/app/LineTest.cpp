@@ -144,11 +144,11 @@ TEST(Line, IsHopelessWhenOnlyItsFirstSegmentIsFree)
 
 TEST(Line, TakesTheEarlierOfTwoSegmentsEquallyNearTheMiddle)
 {
-    // The middle of the line is a corner between two segments of the same length; a crossing hides none of
-    // them. Either way the same loop is found, but from the last segment of a line it would not be.
-    Line line = MakeLine({Vec2(3, -1), Vec2(3, 4), Vec2(0, 4), Vec2(0, 1), Vec2(3.5f, 1)});
+    // A loop at each end, and the middle of the line where its halves cross.
+    Line line = MakeLine({Vec2(-2, -1), Vec2(-2, 4), Vec2(-4, 4), Vec2(-4, 0), Vec2(4, 0),
+                          Vec2(4, -4), Vec2(2, -4), Vec2(2, 1)});
     ASSERT_EQ(Line::Closed, line.CheckSelfIntersect());
-    EXPECT_EQ((Vec2List{Vec2(3, 4), Vec2(0, 4), Vec2(0, 1), Vec2(3, 1)}), line.GetPoints());
+    EXPECT_EQ((Vec2List{Vec2(-2, 4), Vec2(-4, 4), Vec2(-4, 0), Vec2(-2, 0)}), line.GetPoints());
 }
 
 TEST(Line, EndsTheLoopAtTheEndsOfTheLineWhereNothingCrosses)

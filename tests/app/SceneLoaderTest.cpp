@@ -205,10 +205,18 @@ TEST_F(SceneLoaderTest, ImportsAQuibletToTheMouse)
     EXPECT_EQ(3u, TheScene()->GetEntities().size());
 }
 
-TEST_F(SceneLoaderTest, UndoOfAnImportTakesBackTextsAndSettings)
+TEST_F(SceneLoaderTest, AnImportDoesNotRenameTheScene)
 {
-    Write("odd.qib", "FileInfo.version = 2; FileInfo.title = \"Wheel\"; Sim.gravity = [0.0, 0.0];"
-                     "Scene.addBox {}");
+    Write("wheel.qib", "FileInfo.version = 2; FileInfo.title = \"Wheel\"; Scene.addBox {}");
+    FileInfo::GetInstancePtr()->SetTitle("Mine");
+    TheUndoer()->Do(QUIB_NEW SceneLoader(true, "wheel.qib"));
+    EXPECT_EQ("Mine", FileInfo::GetInstancePtr()->GetTitle());
+    FileInfo::GetInstancePtr()->ClearTexts();
+}
+
+TEST_F(SceneLoaderTest, UndoOfAnImportTakesBackSettings)
+{
+    Write("odd.qib", "FileInfo.version = 2; Sim.gravity = [0.0, 0.0]; Scene.addBox {}");
     const util::String before = Save();
     TheUndoer()->Do(QUIB_NEW SceneLoader(true, "odd.qib"));
     ASSERT_NE(before, Save());

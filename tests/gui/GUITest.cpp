@@ -134,6 +134,27 @@ TEST_F(GUITest, ConversionsHoldTheScaleWithinReasonAndTheSettingKeepsWhatWasWrit
     EXPECT_EQ("1000", Script("GUI.scale"));
 }
 
+TEST_F(GUITest, ClicksLeaveDragsPossibleWhateverAScriptSays)
+{
+    const struct
+    {
+        const char* written;
+        float distance, time;
+    } cases[] = {{"3.5", 3.5f, 3.5f}, {"0.0", 0, 0},    {"-1.0", 0, 0},
+                 {"1.0e9", 100, 5},   {"+inf", 100, 5}, {"math.divide(0.0, 0.0)", 0, 0}};
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.written);
+        Script(util::String("GUI.clickTolerance = ") + c.written);
+        Script(util::String("GUI.clickTimeTolerance = ") + c.written);
+        EXPECT_FLOAT_EQ(c.distance, gui->GetClickTolerance());
+        EXPECT_FLOAT_EQ(c.time, gui->GetClickTimeTolerance());
+    }
+    Script("GUI.clickTolerance = 1.0e9");
+    EXPECT_EQ("1e+09", Script("GUI.clickTolerance"));
+    Script("GUI.clickTolerance = 3.5; GUI.clickTimeTolerance = 0.4");
+}
+
 TEST_F(GUITest, TheMouseIsMeasuredInItsUnits)
 {
     Script("GUI.scale = 2.0");

@@ -5,6 +5,7 @@
 #include "input/ScreenFixture.h"
 
 #include <SDL.h>
+#include <SDL_syswm.h>
 
 #include <gtest/gtest.h>
 
@@ -481,9 +482,35 @@ TEST_F(InputTest, HundredsOfEventsInOneFrameAllArrive)
         ASSERT_EQ(SDLK_a + i / 2 % 26, listener->keys[i].GetKey());
 }
 
-TEST_F(InputTest, AMessageOfTheWindowSystemStaysInSDLsQueueWhichKeepsItsText)
+TEST_F(InputTest, HundredsOfMessagesOfTheWindowSystemArriveWithWhatTheySay)
 {
+    class Reader : public InputListener
+    {
+    public:
+        Reader()
+            : InputListener(50)
+        {
+        }
+        void OnOtherEvent(const InputEvent& event) override
+        {
+            said.push_back(event.GetEvent().syswm.msg->version.major);
+        }
+        std::vector<int> said;
+    };
+    const util::SharedPtr<Reader> reader = QUIB_NEW Reader;
+    input->AddListener(util::WeakPtr<InputListener>(reader.get()));
+    SDL_SysWMmsg message = {}; // SDL has one for all of them
     SDL_Event event = {};
     event.type = SDL_SYSWMEVENT;
-    EXPECT_EQ(1, SDL_GetEventFilter()(&event));
+    event.syswm.msg = &message;
+    for (int i = 0; i < 250; ++i)
+    {
+        message.version.major = static_cast<Uint8>(i);
+        EXPECT_EQ(0, SDL_GetEventFilter()(&event));
+    }
+    message.version.major = 251;
+    input->PumpEvents();
+    ASSERT_EQ(250u, reader->said.size());
+    for (int i = 0; i < 250; ++i)
+        EXPECT_EQ(i, reader->said[i]);
 }

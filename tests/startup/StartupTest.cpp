@@ -8,6 +8,8 @@
 #include "app/FileInfo.h"
 #include "app/Scene.h"
 #include "app/Serializer.h"
+#include "app/Undoer.h"
+#include "app/tools/Tools.h"
 #include "core/RecordedSDL.h"
 #include "core/ResourceManager.h"
 #include "core/Subsystem.h"
@@ -288,6 +290,8 @@ TEST_F(StartupTest, TheServicesComeIntoBeingInOrder)
             {"GUI", gui::GUI::GetInstancePtr()->GetPointeeID()},
             {"App", app::App::GetInstancePtr()->GetPointeeID()},
             {"Scene", app::Scene::GetInstancePtr()->GetPointeeID()},
+            {"Tools", app::Tools::GetInstancePtr()->GetPointeeID()},
+            {"Undoer", app::Undoer::GetInstancePtr()->GetPointeeID()},
             {"Serializer", app::Serializer::GetInstancePtr()->GetPointeeID()},
         };
         for (size_t i = 1; i < std::size(services); ++i)
@@ -323,29 +327,49 @@ TEST_F(WholeProgramTest, RecoversInsteadOfReadingTheSettingsOfAnEarlierEnd)
     EXPECT_EQ(std::string::npos, Read("config.cfg").find("App.DPI = 90"));
 }
 
+// With something in the way of a file its step leaves a line.
 TEST_F(WholeProgramTest, EndsInOrder)
 {
-    // With something in the way of each file every step leaves its line.
     EXPECT_EQ(0, Run(
                      []
                      {
                          recorded::State().onSwap = []
                          {
                              for (const char* name :
-                                  {"config.cfg", "config.autosave.cfg", "scenes/_ONEXITSAVE.qib",
-                                   "scenes/_AUTOSAVE.qib"})
+                                  {"config.autosave.cfg", "scenes/_AUTOSAVE.qib"})
                                  fs::create_directories(fs::path(name) / "in the way");
                              core::Subsystem::GetInstancePtr()->Exit();
                          };
                          recorded::State().onQuit = [] { Log(logging::LogInfo, "SDL_Quit"); };
                      }));
     ExpectInOrder(log, {"Destroying GL resources", "Subsystem::Run returned, saving config...",
-                        "Failed saving config file: Failed to write file \"config.cfg\"",
                         "Failed to erase \"config.autosave.cfg\": ",
-                        "Failed to write file \"scenes/_ONEXITSAVE.qib\"",
                         "Failed to erase \"scenes/_AUTOSAVE.qib\": ", "Destroying subsystem",
                         "SDL_Quit", "Returning 0 from main\n"});
     EXPECT_EQ("Returning 0 from main\n", log.substr(log.size() - 22)) << "nothing comes after it";
+}
+
+TEST_F(WholeProgramTest, WhatCanNotBeSavedCostsNoAutosave)
+{
+    EXPECT_EQ(0, Run(
+                     []
+                     {
+                         recorded::State().onSwap = []
+                         {
+                             for (const char* name : {"config.cfg", "scenes/_ONEXITSAVE.qib"})
+                                 fs::create_directories(fs::path(name) / "in the way");
+                             for (const char* name :
+                                  {"config.autosave.cfg", "scenes/_AUTOSAVE.qib"})
+                                 test::Spit(name, "");
+                             core::Subsystem::GetInstancePtr()->Exit();
+                         };
+                     }));
+    ExpectInOrder(log, {"Subsystem::Run returned, saving config...",
+                        "Failed saving config file: Failed to write file \"config.cfg\"",
+                        "Failed to write file \"scenes/_ONEXITSAVE.qib\"",
+                        "Failed to save scene to scenes/_ONEXITSAVE.qib", "Destroying subsystem"});
+    EXPECT_TRUE(Has("config.autosave.cfg"));
+    EXPECT_TRUE(Has("scenes/_AUTOSAVE.qib"));
 }
 
 // Kept on purpose: what has no Destroy outlives even SDL.

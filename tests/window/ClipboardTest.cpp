@@ -481,6 +481,7 @@ TEST_F(ClipboardTest, WhatADeadProgramHadCopiedIsGone)
 
 TEST_F(ClipboardTest, TextTooLargeForTheDesktopStaysInsideTheProgram)
 {
+    ChildProcess other(RunningQuib(server.Display(), "another's"));
     EXPECT_FINE_IN_FRESH_PROCESS({
         Quib quib(server.Display());
         Client client(server.Display());
@@ -491,7 +492,14 @@ TEST_F(ClipboardTest, TextTooLargeForTheDesktopStaysInsideTheProgram)
         EXPECT_EQ("Unable to write text to clipboard!\n", testing::internal::GetCapturedStderr());
         EXPECT_TRUE(os::GetClipboardText() == large);
         EXPECT_EQ("refused", client.Paste(quib, XA_STRING)) << "what was copied before is gone";
+        other.Start();
+        EXPECT_EQ("another's", os::GetClipboardText());
+        testing::internal::CaptureStderr();
+        os::SetClipboardText(large);
+        testing::internal::GetCapturedStderr();
+        EXPECT_TRUE(os::GetClipboardText() == large) << "though another had it";
     });
+    other.End();
 }
 
 TEST_F(ClipboardTest, WithoutX11TextStaysInsideTheProgram)

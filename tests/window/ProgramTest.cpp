@@ -23,6 +23,7 @@ const char* const StandStill = "Sim.timeFactor = 0.0\n";
 
 // Draws a plane across the lower half.
 const char* const PlaneScene = "Scene.addPlane { normal = [0.0, 1.0]; dist = 0.0 };\n";
+const char* const BoxScene = "Scene.addBox {};\n";
 
 size_t Count(const std::string& text, const std::string& part)
 {
@@ -372,7 +373,9 @@ TEST_F(ProgramTest, AFullDiskAtTheEndCostsTheNewFilesOnly)
 {
     XServer server;
     dir.Write("config.cfg", "App.DPI = 90.0");
+    dir.Write("config.autosave.cfg", "App.DPI = 91.0");
     dir.Write("scenes/_ONEXITSAVE.qib", PlaneScene);
+    dir.Write("scenes/_AUTOSAVE.qib", BoxScene);
     Program::Options options;
     options.fileLimitIsError = true;
     Program program(dir, server.Display(), options);
@@ -382,7 +385,11 @@ TEST_F(ProgramTest, AFullDiskAtTheEndCostsTheNewFilesOnly)
     EXPECT_EQ(0, program.Wait()) << program.Err();
     EXPECT_EQ("App.DPI = 90.0", dir.Read("config.cfg"));
     EXPECT_EQ(PlaneScene, dir.Read("scenes/_ONEXITSAVE.qib"));
-    EXPECT_EQ((Names{"_ONEXITSAVE.qib", "quiblets"}), dir.List("scenes")) << "no half files";
+    EXPECT_EQ((Names{"_AUTOSAVE.qib", "_ONEXITSAVE.qib", "quiblets"}), dir.List("scenes"))
+        << "no half files, and what the next start can take up";
+    EXPECT_EQ(BoxScene, dir.Read("scenes/_AUTOSAVE.qib"));
+    EXPECT_EQ("App.DPI = 91.0", dir.Read("config.autosave.cfg"));
+    EXPECT_NE(std::string::npos, program.Err().find("Failed to save scene to ")) << program.Err();
 }
 
 TEST_F(ProgramTest, AReadOnlyDirectoryCostsTheNewFilesOnly)

@@ -9,6 +9,7 @@
 #include "app/entities/HingeEntity.h"
 #include "app/entities/PolyEntity.h"
 #include "app/entities/SpringEntity.h"
+#include "app/entities/WeldBatch.h"
 #include "logging/Log.h"
 #include "math/OBB2D.h"
 #include "physics/Polygon.h"
@@ -178,14 +179,17 @@ void SketchTool::AddPolygon(const physics::PolygonPtr& polygon,
     try
     {
         const SnapshotPtr before = Snapshot::TakeSnapshot();
-        const GroupPtr joints = QUIB_NEW Group;
-        for (const JointEntityPtr& joint : adopted)
         {
-            joints->Add(joint);
-            Adopt(*joint, polygon);
+            WeldBatch welds;
+            const GroupPtr joints = QUIB_NEW Group;
+            for (const JointEntityPtr& joint : adopted)
+            {
+                joints->Add(joint);
+                Adopt(*joint, polygon);
+            }
+            Scene::GetInstancePtr()->AddEntity(QUIB_NEW PolyEntity(polygon));
+            Scene::GetInstancePtr()->MoveToFront(joints);
         }
-        Scene::GetInstancePtr()->AddEntity(QUIB_NEW PolyEntity(polygon));
-        Scene::GetInstancePtr()->MoveToFront(joints);
         Undoer::GetInstancePtr()->AddUndo(before, "UndoPolygon");
     }
     catch (std::exception& e)
@@ -226,7 +230,8 @@ bool SketchTool::TestFixate()
         const math::Vec2List crossings = IntersectTest(GetStroke(), m_previousLine);
         if (crossings.empty())
             return false;
-        // At a point of a line both of its neighbours cross: that is one crossing all the same.
+        // Exactly one, and none of those are to count twice that a corner of a line gives on both of its
+        // sides: they differ by rounding. No hand crosses twice within a pixel.
         const float pixel = App::GetInstancePtr()->GetPixelSize();
         for (const Vec2& crossing : crossings)
             if (!(math::Distance(crossing, crossings[0]) <= pixel))

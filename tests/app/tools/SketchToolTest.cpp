@@ -282,6 +282,21 @@ TEST_F(SketchToolTest, KnowsASpringByHowLittleItOvershoots)
     EXPECT_FALSE(IsZigzagASpring(Above(most), 1));
 }
 
+TEST_F(SketchToolTest, MakesNoSpringInMidAir)
+{
+    Draw(Zigzag(3, 1));
+    EXPECT_TRUE(IsNothingDone(0));
+}
+
+TEST_F(SketchToolTest, KeepsThePreviousLineWithASpring)
+{
+    AddBox(Vec2(2, 0), Vec2(8, 8));
+    Draw({Vec2(0, 3), Vec2(4, 3)});
+    Draw(Zigzag(3, 1));
+    EXPECT_EQ("UndoSpring", NextUndo());
+    EXPECT_TRUE(IsWaiting());
+}
+
 TEST_F(SketchToolTest, NeedsFivePointsForASpring)
 {
     DrawWithoutEnd({Vec2(0, 0), Vec2(1, 1), Vec2(3, -1), Vec2(4, 0)});
@@ -412,6 +427,31 @@ TEST_F(SketchToolTest, ErasesWithAStrokeThatCrossesThePreviousLineTwice)
     EXPECT_FALSE(IsThere(box));
     EXPECT_EQ(0u, EntityCount());
     EXPECT_EQ("UndoErase", NextUndo());
+    EXPECT_FALSE(IsWaiting());
+}
+
+TEST_F(SketchToolTest, KnowsOneCrossingFromTwoByTheWidthOfAPixel)
+{
+    const float pixel = TheApp()->GetPixelSize();
+    for (float gap : {0.75f, 1.5f, 10.0f}) // pixels
+    {
+        AddBox(Vec2(2, 0), Vec2(8, 8));
+        Draw({Vec2(0, 0), Vec2(4, 0)});
+        // Up, and down again.
+        const float height = 0.25f, half = gap * pixel / 2;
+        Draw({Vec2(1, -height), Vec2(2, half / (1 - half) * height), Vec2(3, -height)});
+        EXPECT_EQ(gap < 1, bool(Newest<FixJointEntity>())) << gap;
+        Sketch().Disband();
+        StartAnew();
+    }
+}
+
+TEST_F(SketchToolTest, WeldsNothingInMidAir)
+{
+    Draw({Vec2(-1, 0), Vec2(1, 0)});
+    Draw({Vec2(0, -1), Vec2(0, 1)});
+    EXPECT_TRUE(IsNothingDone(0));
+    EXPECT_FALSE(IsWaiting());
 }
 
 TEST_F(SketchToolTest, TakesACrossingAtAPointOfBothStrokesForOne)
@@ -760,6 +800,16 @@ TEST_F(SketchToolTest, LeavesAJointAloneThatIsPinnedOutside)
     Draw(Square(Vec2(0, 0), 1));
     EXPECT_TRUE(Newest<PolyEntity>());
     EXPECT_EQ(WorldGeom(), hinge->GetGeom(1));
+}
+
+TEST_F(SketchToolTest, MakesNoHingeWhereAJointLiesOnTheBody)
+{
+    AddBox(Vec2(0, 0), Vec2(8, 8));
+    AddBox(Vec2(10, 0), Vec2(2, 2));
+    Attach<SpringEntity>(0.25f, Vec2(-3, 0), Vec2(10, 0));
+    Draw(Square(Vec2(0, 0), 0.5f));
+    EXPECT_FALSE(Newest<HingeEntity>());
+    EXPECT_EQ("UndoPolygon", NextUndo());
 }
 
 TEST_F(SketchToolTest, MakesAPolygonOfARoundStrokeOnABodyThatTakesOverAJoint)
