@@ -26,6 +26,13 @@ void ChargeReload()
     script::Charge(4000000 + 10000 * static_cast<int64_t>(count));
 }
 
+/// Once there is GL, a switch reloads what it is about.
+void ChargeSwitch()
+{
+    if (rendering::HasGLLoaded())
+        ChargeReload();
+}
+
 bool IsSameType(const std::type_info& a, const std::type_info& b)
 {
     return std::strcmp(a.name(), b.name()) == 0;
@@ -34,16 +41,15 @@ bool IsSameType(const std::type_info& a, const std::type_info& b)
 
 ResourceManager::ResourceManager()
     : Reflected("Resources")
-    , m_shaders(this, "shaders", true)
-    , m_force16BitTextures(this, "force16BitTextures", false)
+    , m_shaders(this, "shaders", true, &ResourceManager::GetShaders, &ResourceManager::SetShaders)
+    , m_force16BitTextures(this, "force16BitTextures", false,
+                           &ResourceManager::GetForce16BitTextures,
+                           &ResourceManager::SetForce16BitTextures)
 {
     m_shaders->AddChangeCallback(util::MakeCallback(&ResourceManager::OnShaderOnOffChange, this));
     m_force16BitTextures->AddChangeCallback(
         util::MakeCallback(&ResourceManager::On16BitChange, this));
-    ResourceSettings::s_useShaders = m_shaders;
-    ResourceSettings::s_force16BitTextures = m_force16BitTextures;
 
-    AddCmd("unloadAll", &ResourceManager::UnloadAll);
     const auto addReload = [this](const util::String& name, std::function<void()> reload)
     {
         AddVoidCmd(name,
@@ -53,11 +59,34 @@ ResourceManager::ResourceManager()
                        reload();
                    });
     };
+    addReload("unloadAll", [this] { UnloadAll(); }); // which the next frame loads again
     addReload("loadAll", [this] { LoadAll(false); });
     addReload("reloadAll", [this] { LoadAll(true); });
     addReload("reloadTextures", [this] { LoadClass<rendering::Texture>(true); });
     addReload("reloadShaders", [this] { LoadClass<rendering::Shader>(true); });
-    AddCmd("vramUsage", &ResourceManager::GetVRAMUsage);
+    AddCmd("vramUsage", &ResourceManager::GetVRAMUsageForScript);
+}
+
+bool ResourceManager::GetShaders() const
+{
+    return ResourceSettings::s_useShaders;
+}
+
+void ResourceManager::SetShaders(bool on)
+{
+    ChargeSwitch(); // first: who can't pay changes nothing
+    ResourceSettings::s_useShaders = on;
+}
+
+bool ResourceManager::GetForce16BitTextures() const
+{
+    return ResourceSettings::s_force16BitTextures;
+}
+
+void ResourceManager::SetForce16BitTextures(bool on)
+{
+    ChargeSwitch();
+    ResourceSettings::s_force16BitTextures = on;
 }
 
 void ResourceManager::UnloadAll()
@@ -101,10 +130,8 @@ void ResourceManager::LoadType(const std::type_info& type, bool reload)
 
 void ResourceManager::OnShaderOnOffChange()
 {
-    ResourceSettings::s_useShaders = m_shaders;
     if (!rendering::HasGLLoaded())
         return;
-    ChargeReload();
     Log(logging::LogInfo,
         util::String("Resources.shaders changed value to ") + util::ToString(m_shaders.Get()));
     if (!m_shaders)
@@ -115,12 +142,9 @@ void ResourceManager::OnShaderOnOffChange()
 
 void ResourceManager::On16BitChange()
 {
-    ResourceSettings::s_force16BitTextures = m_force16BitTextures;
     // Before there is a window there is nothing to load anew.
-    if (!rendering::HasGLLoaded())
-        return;
-    ChargeReload();
-    LoadClass<rendering::Texture>(true);
+    if (rendering::HasGLLoaded())
+        LoadClass<rendering::Texture>(true);
 }
 
 unsigned long ResourceManager::GetVRAMUsage()
@@ -129,5 +153,12 @@ unsigned long ResourceManager::GetVRAMUsage()
     for (GraphicsResource* resource : GraphicsResource::GetAllClassInstances())
         sum += resource->MemoryUsage();
     return sum;
+}
+
+unsigned long ResourceManager::GetVRAMUsageForScript()
+{
+    script::Charge(script::ElementCost *
+                   static_cast<int64_t>(GraphicsResource::GetClassInstanceCount()));
+    return GetVRAMUsage();
 }
 }

@@ -26,15 +26,20 @@ public:
     }
 
     /// Whether the user wants shaders at all.
-    bool GetShaders() const { return m_shaders; }
+    bool GetShaders() const;
 
     /// Bytes of video memory, over all resources.
     unsigned long GetVRAMUsage();
 
 private:
+    void SetShaders(bool on);
+    bool GetForce16BitTextures() const;
+    void SetForce16BitTextures(bool on);
+    unsigned long GetVRAMUsageForScript();
     void OnShaderOnOffChange();
     void On16BitChange();
 
+    // Their values are rendering::ResourceSettings.
     script::AttribWrapper<bool> m_shaders;
     script::AttribWrapper<bool> m_force16BitTextures;
 };

@@ -271,7 +271,13 @@ void Subsystem::MakeWindow(WindowParams params)
 
     if (!m_screenshotAdded)
     {
-        AddVoidCmd("screenshot", [this] { TakeScreenshot(); });
+        AddVoidCmd("screenshot",
+                   [this]
+                   {
+                       // More than a formula may spend: it would fill the disk with a picture a frame.
+                       script::Charge(3000000);
+                       TakeScreenshot();
+                   });
         m_screenshotAdded = true;
     }
     Log(logging::LogVerbose, "Window created.");
@@ -466,9 +472,14 @@ void Subsystem::Draw()
 
 void Subsystem::TakeScreenshot()
 {
+    // Whoever asks for one of the same frame gets the same.
+    if (m_wantsScreenshot)
+        return;
+    m_wantsScreenshot = true;
     CallWithFrame(
-        []
+        [this]
         {
+            m_wantsScreenshot = false;
             rendering::Renderer::GetInstancePtr()->ScreenShot(
                 util::FileSystem::GetInstancePtr()->WorkDir() + "screenshots/quib");
         });

@@ -88,8 +88,9 @@ private:
     std::vector<util::SharedPtr<script::AbstractAttrib>> m_pokers; // on m_configParams
     bool m_screenshotAdded = false;
     std::vector<std::function<void()>> m_onFrame; // those who wait for the end of a frame
-    int m_frameCount = 0;                         // since the last measurement of the rate
-    double m_fpsTime = 0;                         // seconds; of that measurement
+    bool m_wantsScreenshot = false;
+    int m_frameCount = 0; // since the last measurement of the rate
+    double m_fpsTime = 0; // seconds; of that measurement
     double m_fps = 0;
     unsigned m_profiledUntil = 0; // milliseconds of real time
     bool m_exit = false;

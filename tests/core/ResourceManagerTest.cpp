@@ -3,10 +3,12 @@
 #include "FreshProcess.h"
 #include "TestSupport.h"
 #include "rendering/GraphicsResource.h"
+#include "rendering/Renderer.h"
 #include "rendering/ResourceSettings.h"
 #include "rendering/Shader.h"
 #include "rendering/Texture.h"
 #include "script/Parser.h"
+#include "script/Recursion.h"
 #include "util/Mentor.h"
 
 #include <gtest/gtest.h>
@@ -181,5 +183,53 @@ TEST_F(ResourceManagerTest, AScriptThatReloadsWithoutEndIsStopped)
         Script("d40");
         EXPECT_TRUE(log.Has("Script runs too long")) << log.Text();
         EXPECT_GT(1000, a.builds);
+    });
+}
+
+// A formula that asked for the sum, and a scene with many bodies, took seconds for each frame.
+TEST_F(ResourceManagerTest, AScriptPaysForWhatIsWalked)
+{
+    const auto priceOf = [this](const char* code)
+    {
+        const script::Allowance allowance(script::MaxRunCost);
+        Script(code);
+        return allowance.GetSpent();
+    };
+    const int64_t before = priceOf("Resources.vramUsage");
+    {
+        const std::vector<Font> many(1000);
+        EXPECT_EQ(before + 1000 * script::ElementCost, priceOf("Resources.vramUsage"));
+    }
+    for (const char* name : {"unloadAll", "loadAll", "reloadTextures"})
+        EXPECT_LT(4000000, priceOf((std::string("Resources.") + name).c_str())) << name;
+}
+
+TEST_F(ResourceManagerTest, AScriptThatCannotPayForASwitchLeavesItAsItWas)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        rendering::GLHasLoaded(); // there is nothing that would call it
+        test::LogCapture log;
+        {
+            const script::Allowance poor(1000000);
+            Script("Resources.shaders = false; Resources.force16BitTextures = true");
+        }
+        EXPECT_EQ(2u, log.Count("Exception thrown: Script runs too long")) << log.Text();
+        EXPECT_FALSE(log.Has("changed value to")) << log.Text();
+        EXPECT_TRUE(ResourceSettings::s_useShaders);
+        EXPECT_FALSE(ResourceSettings::s_force16BitTextures);
+        EXPECT_EQ("[true, false]", Script("[Resources.shaders, Resources.force16BitTextures]"));
+
+        Script("f = { Resources.shaders = false }");
+        {
+            const script::Allowance poor(1000000);
+            Script("f");
+        }
+        EXPECT_TRUE(ResourceSettings::s_useShaders);
+        EXPECT_EQ("true", Script("Resources.shaders"));
+        Script("f");
+        EXPECT_FALSE(ResourceSettings::s_useShaders);
+        EXPECT_TRUE(log.Has("Resources.shaders changed value to false")) << log.Text();
+        Script("Resources.shaders = true");
+        EXPECT_TRUE(log.Has("LoadClass<Shader>")) << log.Text();
     });
 }

@@ -896,7 +896,7 @@ TEST_F(SubsystemTest, TakesTheScreenshotAtTheEndOfTheNextDraw)
             {
                 exists.push_back(boost::filesystem::exists(dir / "screenshots"));
                 if (frame == 2)
-                    Script("System.screenshot");
+                    Script("System.screenshot; System.screenshot");
                 if (frame == 4)
                     System()->Exit();
             });
@@ -907,7 +907,37 @@ TEST_F(SubsystemTest, TakesTheScreenshotAtTheEndOfTheNextDraw)
         EXPECT_EQ(1u, files.size());
         EXPECT_EQ(1u,
                   util::FileSystem::GetInstancePtr()->FilesInDir(dir / "screenshots", "*").size())
-            << "one wish, one picture";
+            << "one frame, one picture";
+    });
+}
+
+// A scene filled the disk, with hundreds of pictures of one frame or with one of each.
+TEST_F(SubsystemTest, AScriptThatTakesScreenshotsWithoutEndIsStopped)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        System()->CreateWindow(WindowParams());
+        test::LogCapture log(logging::LogWarning);
+        EachFrame(
+            [&](int frame)
+            {
+                if (frame == 1)
+                    Script("System.minFPS = { System.screenshot; 20.0 }");
+                if (frame == 5)
+                    System()->Exit();
+            });
+        System()->Run();
+        EXPECT_TRUE(log.Has("minFPS was bound to bad type")) << log.Text();
+        EXPECT_FALSE(boost::filesystem::exists(dir / "screenshots"));
+
+        std::string text = "d0 = { System.screenshot };";
+        for (int i = 1; i <= 8; ++i)
+        {
+            const std::string before = "d" + util::ToString(i - 1);
+            text += "d" + util::ToString(i) + " = { " + before + "; " + before + " };";
+        }
+        Script(text + "d8");
+        EXPECT_TRUE(log.Has("Failed to evaluate: d8, Script runs too long")) << log.Text();
     });
 }
 
