@@ -31,24 +31,50 @@ namespace
     throw std::invalid_argument(why);
 }
 
-/// The file that follows an option.
-void TakeFile(util::String& file, int argc, char** argv, int& i)
+struct Word
 {
-    const util::String option = argv[i];
+    util::String text;
+    char* argument; // that it is, or is a part of
+};
+
+/// One a word, but for "--option=value", which is two.
+std::vector<Word> SplitArguments(int argc, char** argv)
+{
+    std::vector<Word> words;
+    for (int i = 0; i < argc; ++i)
+    {
+        const util::String text = argv[i];
+        const size_t equals = text.find('=');
+        const util::String option = text.substr(0, equals);
+        const bool isSplit = i > 0 && equals != util::String::npos &&
+                             (option == "--record" || option == "--replay" ||
+                              option == "--screenshot" || option == "--after");
+        words.push_back({isSplit ? option : text, argv[i]});
+        if (isSplit)
+            words.push_back({text.substr(equals + 1), argv[i]});
+    }
+    return words;
+}
+
+/// The file that follows an option.
+void TakeFile(util::String& file, const std::vector<Word>& words, size_t& i)
+{
+    const util::String option = words[i].text;
     if (!file.empty())
         Refuse(option + " is given twice");
-    if (i + 1 == argc || util::starts_with(argv[i + 1], "--") || !*argv[i + 1])
+    if (i + 1 == words.size() || util::starts_with(words[i + 1].text, "--") ||
+        words[i + 1].text.empty())
         Refuse(option + " needs a file");
-    file = argv[++i];
+    file = words[++i].text;
     // A recording written over a scene would be the end of that.
     if (util::iends_with(file, ".qib"))
         Refuse(option + " needs a file, and \"" + file + "\" is a scene");
 }
 
-double TakeSeconds(int argc, char** argv, int& i)
+double TakeSeconds(const std::vector<Word>& words, size_t& i)
 {
-    const util::String option = argv[i];
-    const char* const text = i + 1 < argc ? argv[++i] : "";
+    const util::String option = words[i].text;
+    const util::String text = i + 1 < words.size() ? words[++i].text : "";
     // As a script reads a number: with a point, whatever the language.
     std::istringstream stream(text);
     stream.imbue(std::locale::classic());
@@ -65,28 +91,29 @@ ProgramArguments ReadProgramArguments(int argc, char** argv)
 {
     ProgramArguments arguments;
     bool isAfterGiven = false;
-    for (int i = 0; i < argc; ++i)
+    const std::vector<Word> words = SplitArguments(argc, argv);
+    for (size_t i = 0; i < words.size(); ++i)
     {
-        const util::String word = argv[i];
+        const util::String word = words[i].text;
         if (i > 0 && word == "--record")
-            TakeFile(arguments.record, argc, argv, i);
+            TakeFile(arguments.record, words, i);
         else if (i > 0 && word == "--replay")
-            TakeFile(arguments.replay, argc, argv, i);
+            TakeFile(arguments.replay, words, i);
         else if (i > 0 && word == "--quit-after-replay")
             arguments.quitAfterReplay = true;
         else if (i > 0 && word == "--screenshot")
-            TakeFile(arguments.screenshot, argc, argv, i);
+            TakeFile(arguments.screenshot, words, i);
         else if (i > 0 && word == "--after")
         {
             if (isAfterGiven)
                 Refuse("--after is given twice");
-            arguments.after = TakeSeconds(argc, argv, i);
+            arguments.after = TakeSeconds(words, i);
             isAfterGiven = true;
         }
         else if (i > 0 && word == "--help")
             arguments.help = true;
         else
-            arguments.others.push_back(argv[i]);
+            arguments.others.push_back(words[i].argument);
     }
     if (!arguments.record.empty() && !arguments.replay.empty())
         Refuse("--record and --replay exclude each other");

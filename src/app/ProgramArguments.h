@@ -18,7 +18,7 @@ struct ProgramArguments
     std::vector<char*> others; // the program's name and all that is no option, in order
 };
 
-/// What is no option is passed on as it is.
+/// An option's value is the next word, or follows "=". What is no option is passed on as it is.
 /// @throws std::invalid_argument  for an option without its file, or given twice, and for options that
 ///                                exclude each other
 ProgramArguments ReadProgramArguments(int argc, char** argv);

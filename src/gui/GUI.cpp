@@ -61,12 +61,18 @@ bool UpdateMouseOverTree(Component& component, bool allowed, const math::Vec2& p
     return isOver;
 }
 
+template<typename P>
+bool IsProfiling()
+{
+    return P::Exists() && P::GetInstancePtr()->IsActive();
+}
+
 /// Into the log, each text once.
 /// @param shown  the latest
 template<typename P>
 void ShowProfile(util::String& shown)
 {
-    if (!P::Exists() || !P::GetInstancePtr()->IsActive())
+    if (!IsProfiling<P>())
         return;
     const util::String& output = P::GetInstancePtr()->GetOutput();
     if (output == shown)
@@ -225,6 +231,8 @@ void GUI::DrawCursor()
 
 void GUI::ShowProfiles()
 {
+    if (!IsProfiling<util::Profiler>() && !IsProfiling<util::Profiler2>())
+        return;
     QUIB_PROFILE("Profiler output");
     ShowProfile<util::Profiler>(m_shownProfile);
     ShowProfile<util::Profiler2>(m_shownProfile2);
@@ -235,7 +243,7 @@ void GUI::ShowOSCursor(bool show)
     if (m_isOSCursorShown == show)
         return;
     m_isOSCursorShown = show;
-    SDL_ShowCursor(show ? 1 : 0);
+    input::Input::GetInstancePtr()->SetShowCursor(show);
 }
 
 void GUI::Begin()

@@ -18,6 +18,8 @@ namespace input
 {
 namespace
 {
+const int GestureButtons[] = {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT};
+
 math::Vec2 OneToOne(int x, int y)
 {
     return math::Vec2(static_cast<float>(x), static_cast<float>(y));
@@ -181,6 +183,7 @@ void Input::PumpRealEvents()
     if (m_isResized)
     {
         m_isResized = false;
+        EndGestureBeforeResize();
         SDL_Event resize = {};
         resize.type = SDL_VIDEORESIZE;
         resize.resize.w = m_newSize.x;
@@ -265,10 +268,7 @@ int Input::GetModState() const
 /// the gesture must end all the same.
 void Input::ReleaseLostButtons(int x, int y)
 {
-    unsigned down = 0;
-    for (int button : {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT})
-        if (IsKeyDown(FirstMouseKey + button))
-            down |= SDL_BUTTON(button);
+    const unsigned down = GetButtonsDown();
     m_heldButtons &= down;
     unsigned held = 0;
     if (!down || !os::GetHeldMouseButtons(held))
@@ -283,8 +283,33 @@ void Input::ReleaseLostButtons(int x, int y)
     // The release may be on its way, but in the frame after the first question it must have come.
     const unsigned lost = missing & m_lostButtons;
     m_lostButtons = missing & ~lost;
-    for (int button : {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT})
-        if (lost & SDL_BUTTON(button))
+    ReleaseButtons(lost, x, y);
+}
+
+/// SDL lets go of the buttons with each new window, where the pixel of the mouse is another place of the world.
+void Input::EndGestureBeforeResize()
+{
+    const SDL_Surface* const screen = SDL_GetVideoSurface();
+    if (!screen || math::TVector2<int>(screen->w, screen->h) == m_newSize)
+        return;
+    int x = 0, y = 0;
+    SDL_GetMouseState(&x, &y);
+    ReleaseButtons(GetButtonsDown(), x, y);
+}
+
+unsigned Input::GetButtonsDown() const
+{
+    unsigned down = 0;
+    for (int button : GestureButtons)
+        if (IsKeyDown(FirstMouseKey + button))
+            down |= SDL_BUTTON(button);
+    return down;
+}
+
+void Input::ReleaseButtons(unsigned buttons, int x, int y)
+{
+    for (int button : GestureButtons)
+        if (buttons & SDL_BUTTON(button))
         {
             SDL_Event event = {};
             event.type = SDL_MOUSEBUTTONUP;

@@ -116,6 +116,10 @@ private:
     void KeepResize(const SDL_Event& event);
     /// @param x, y  where the mouse is, in pixels
     void ReleaseLostButtons(int x, int y);
+    void EndGestureBeforeResize();
+    // Of the three that make clicks and drags, as SDL's masks.
+    unsigned GetButtonsDown() const;
+    void ReleaseButtons(unsigned buttons, int x, int y);
     int GetModState() const;
     bool IsAnyKeyDown(std::initializer_list<int> keys) const;
     KeyEvent BuildKeyEvent(const SDL_Event& event, bool down);

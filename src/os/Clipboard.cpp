@@ -225,19 +225,19 @@ ClipboardState GetClipboardState()
     return owner == window ? ClipboardState::Ours : ClipboardState::Others;
 }
 
-util::String AskForClipboard()
+bool AskForClipboard(util::String& text)
 {
     const DisplayLock lock;
     if (!lock.IsOpen())
-        return "";
+        return false;
     Display* const display = lock.GetDisplay();
     GetWindow(display);
     const Atoms atoms(display);
     const ErrorsIgnored ignored(display);
-    util::String bytes, text;
+    util::String bytes;
     if (Convert(display, atoms, atoms.utf8, bytes))
-        return util::UTF8ToLatin1(bytes, text) ? text : "";
-    return Convert(display, atoms, XA_STRING, text) ? text : "";
+        return util::UTF8ToLatin1(bytes, text);
+    return Convert(display, atoms, XA_STRING, text);
 }
 
 void ServeClipboard(const SDL_SysWMmsg& message)

@@ -24,8 +24,9 @@ enum class ClipboardState
 ClipboardState GetClipboardState();
 
 /// Asks the owner, for half a second at most where it keeps silent.
-/// @return Latin-1; "" when there is none, or none that is Latin-1
-util::String AskForClipboard();
+/// @param text  Latin-1
+/// @return      false when there is none, or none that is Latin-1
+bool AskForClipboard(util::String& text);
 
 /// Serves other programs. To be called with each message of the window system.
 void ServeClipboard(const SDL_SysWMmsg& message);

@@ -1,5 +1,6 @@
 #include "os/Platform.h"
 
+#include "logging/Log.h"
 #include "os/Clipboard.h"
 
 #include <SDL.h>
@@ -69,7 +70,13 @@ util::String GetClipboardText()
 {
     const ClipboardState state = GetClipboardState();
     if (state == ClipboardState::Others)
-        return AskForClipboard();
+    {
+        util::String text;
+        if (AskForClipboard(text))
+            return text;
+        Log(logging::LogError, "The clipboard holds no text in Latin-1");
+        return "";
+    }
     // Another program took it and ended.
     const bool isGone = state == ClipboardState::Nobodys && s_isClipboardOwned;
     return isGone ? "" : s_clipboard;

@@ -81,6 +81,19 @@ TEST(ProgramArguments, APictureNamesItsFileAndItsTime)
     EXPECT_EQ("", Read({}).screenshot);
 }
 
+TEST(ProgramArguments, AValueMayFollowAnEqualsSign)
+{
+    const ProgramArguments record = Read({"--record=a file", "scene.qib"});
+    EXPECT_EQ("a file", record.record);
+    EXPECT_EQ((Words{"quib", "scene.qib"}), Others(record));
+    EXPECT_EQ("a=b", Read({"--replay=a=b"}).replay);
+    const ProgramArguments picture = Read({"--after=2.5", "--screenshot=b.png", "a=b.qib"});
+    EXPECT_EQ("b.png", picture.screenshot);
+    EXPECT_EQ(2.5, picture.after);
+    EXPECT_EQ((Words{"quib", "a=b.qib"}), Others(picture));
+    EXPECT_EQ("--record needs a file", Failure({"--record="}));
+}
+
 TEST(ProgramArguments, WhatCannotBeFollowedIsRefused)
 {
     const struct

@@ -3,6 +3,7 @@
 #include "os/Clipboard.h"
 
 #include "FreshProcess.h"
+#include "TestSupport.h"
 #include "input/InputEvent.h"
 #include "os/Platform.h"
 #include "window/InputWindow.h"
@@ -263,15 +264,19 @@ class ClipboardTest : public testing::Test
 {
 protected:
     /// What Quib pastes of that owner's.
-    void ExpectPaste(const std::string& expected, const Serve& serve)
+    /// @param isReported  a line of the log tells the user why there is none
+    void ExpectPaste(const std::string& expected, const Serve& serve, bool isReported = false)
     {
         ChildProcess owner(Owner(server.Display(), serve));
         owner.Start();
         EXPECT_FINE_IN_FRESH_PROCESS({
             Quib quib(server.Display());
+            const test::LogCapture log(logging::LogError);
             EXPECT_EQ(expected, input::Input::GetInstancePtr()->GetClipboardText());
+            EXPECT_EQ(isReported, log.Has("The clipboard holds no text in Latin-1"));
         });
     }
+    void ExpectNothing(const Serve& serve) { ExpectPaste("", serve, true); }
 
     test::XServer server{"640x480x24"};
 };
@@ -409,15 +414,15 @@ TEST_F(ClipboardTest, TextOfOtherProgramsIsPasted)
     ExpectPaste(Umlauts, Forms({{"UTF8_STRING", UmlautsAsUTF8}, {"STRING", "the lesser form"}}));
     ExpectPaste(Umlauts, Forms({{"STRING", Umlauts}}));
     ExpectPaste("", Forms({{"UTF8_STRING", ""}}));
-    ExpectPaste("", Forms({{"image/png", "\x89PNG"}}));
+    ExpectNothing(Forms({{"image/png", "\x89PNG"}}));
     ExpectPaste(LargeText(5 << 20), Forms({{"STRING", LargeText(5 << 20)}}));
 }
 
 TEST_F(ClipboardTest, TextBeyondLatin1ReadsAsNone)
 {
-    ExpectPaste("", Forms({{"UTF8_STRING", "10 \xe2\x82\xac"}, {"STRING", "10 ?"}}));
-    ExpectPaste("", Forms({{"UTF8_STRING", "no UTF-8 \xff"}}));
-    ExpectPaste("", Forms({{"UTF8_STRING", "cut off \xc3"}}));
+    ExpectNothing(Forms({{"UTF8_STRING", "10 \xe2\x82\xac"}, {"STRING", "10 ?"}}));
+    ExpectNothing(Forms({{"UTF8_STRING", "no UTF-8 \xff"}}));
+    ExpectNothing(Forms({{"UTF8_STRING", "cut off \xc3"}}));
 }
 
 TEST_F(ClipboardTest, AnEmptyClipboardReadsAsNone)
@@ -439,15 +444,15 @@ TEST_F(ClipboardTest, AnOwnerThatNeverEndsIsLeftAlone)
 {
     // It would hold the program for as long as it likes.
     const time_t start = time(nullptr);
-    ExpectPaste("", Pieces({"drip"}, 200, true));
+    ExpectNothing(Pieces({"drip"}, 200, true));
     EXPECT_LT(time(nullptr) - start, 10);
 }
 
 TEST_F(ClipboardTest, AnOwnerThatKeepsSilentOrBreaksOffGivesNothing)
 {
-    ExpectPaste("", [](Client&, const XSelectionRequestEvent&) {});
-    ExpectPaste("", Pieces({"a beginning"}));
-    ExpectPaste("", [](Client&, const XSelectionRequestEvent&) { _exit(0); });
+    ExpectNothing([](Client&, const XSelectionRequestEvent&) {});
+    ExpectNothing(Pieces({"a beginning"}));
+    ExpectNothing([](Client&, const XSelectionRequestEvent&) { _exit(0); });
 }
 
 TEST_F(ClipboardTest, AnOwnerThatSaysWhatIsNotTrueGivesNothing)
