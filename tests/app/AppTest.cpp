@@ -219,6 +219,16 @@ TEST_F(AppTest, DrivesTheSimulationTheSceneAndTheCamera)
     EXPECT_EQ(GeomOf(circle).GetCenter(), TheCamera()->GetPan());
 }
 
+TEST_F(AppTest, WhatFallsOutOfTheWorldInAStepIsGoneInTheSameFrame)
+{
+    const auto circle = Add("Scene.addCircle { pos = [0.0, -99.999] }");
+    Run("Sim.fallLimit = 100.0");
+    circle->GetBody()->SetVel(Vec2(0, -100));
+    gui::GUI::GetInstancePtr()->Update(0.016f);
+    EXPECT_TRUE(TheScene()->GetEntities().empty());
+    Run("Sim.fallLimit = 1000.0");
+}
+
 TEST_F(AppTest, MeasuresInScreenCentimetres)
 {
     TheCamera()->SetZoom(100);
@@ -285,6 +295,28 @@ TEST_F(AppTest, MakesColorsThatShowAgainstTheSky)
         light += lightness > 0.5f;
     }
     EXPECT_NEAR(dark, light, 400);
+}
+
+TEST_F(AppTest, MakesColorsOfAllHuesAndMostlyStrongOnes)
+{
+    const int count = 3000;
+    double depth = 0, saturation = 0;
+    int hues[3] = {};
+    for (int i = 0; i < count; ++i)
+    {
+        const Vec4 color = TheApp()->RandomEntityColor4();
+        const float parts[] = {color.x, color.y, color.z};
+        const auto [least, most] = std::minmax_element(std::begin(parts), std::end(parts));
+        const float lightness = (*least + *most) / 2;
+        depth += std::min(lightness, 1 - lightness);
+        saturation += (*most - *least) / (1 - std::fabs(2 * lightness - 1));
+        ++hues[most - std::begin(parts)];
+    }
+    // The means of half the cube root of a uniform number, and of the distance from the middle of a disc.
+    EXPECT_NEAR(0.375, depth / count, 0.015);
+    EXPECT_NEAR(2 / 3.0, saturation / count, 0.03);
+    for (int hue : hues)
+        EXPECT_NEAR(count / 3.0, hue, count * 0.05);
 }
 
 TEST_F(AppTest, FindsColorsUnderASkyThatIsNoColor)
