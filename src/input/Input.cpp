@@ -1,6 +1,7 @@
 #include "input/Input.h"
 
 #include "input/BindInputListener.h"
+#include "input/EventQueue.h"
 #include "input/InputEvent.h"
 #include "input/Recorder.h"
 #include "input/Replay.h"
@@ -10,16 +11,11 @@
 #include "util/Timer.h"
 
 #include <SDL.h>
-#include <SDL_syswm.h>
-
-#include <algorithm>
 
 namespace input
 {
 namespace
 {
-const int GestureButtons[] = {SDL_BUTTON_LEFT, SDL_BUTTON_MIDDLE, SDL_BUTTON_RIGHT};
-
 math::Vec2 OneToOne(int x, int y)
 {
     return math::Vec2(static_cast<float>(x), static_cast<float>(y));
@@ -38,52 +34,6 @@ util::SharedPtr<util::Pointee> ListenForBindings(script::KeyBinder* binder)
     return listener;
 }
 
-// SDL keeps 128 events and silently drops more, which a slow frame and a quick mouse can bring together.
-// Its filter sees each event before that, so they wait here. So do the modifiers: when many events come
-// in one frame, SDL's own are those after the last of them.
-struct WaitingEvent
-{
-    SDL_Event event;
-    int mods;
-    SDL_SysWMmsg message; // what an event of the window system points to
-};
-
-std::vector<WaitingEvent>& WaitingEvents()
-{
-    static auto* s_events = new std::vector<WaitingEvent>;
-    return *s_events;
-}
-
-int KeepEvent(const SDL_Event* event)
-{
-    WaitingEvents().push_back({*event, SDL_GetModState(), {}});
-    if (event->type == SDL_SYSWMEVENT)
-        WaitingEvents().back().message = *event->syswm.msg;
-    return 0; // not for SDL's own queue
-}
-
-/// Those that have come by now. What comes while they are handled waits for the next frame: as long as each
-/// takes longer than the next is away, this one would never end.
-template<typename Handler>
-void ForEachRealEvent(const Handler& handler)
-{
-    SDL_PumpEvents();
-    std::vector<WaitingEvent>& waiting = WaitingEvents();
-    const size_t count = waiting.size();
-    for (size_t i = 0; i < count; ++i)
-    {
-        WaitingEvent copy = waiting[i]; // a handler may make SDL look for more
-        if (copy.event.type == SDL_SYSWMEVENT)
-            copy.event.syswm.msg = &copy.message;
-        handler(copy.event, copy.mods);
-    }
-    waiting.erase(waiting.begin(), waiting.begin() + count);
-    // Then what was pushed, by whoever. SDL keeps no more than this.
-    SDL_Event event;
-    for (int i = 0; i < 128 && SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_ALLEVENTS) > 0; ++i)
-        handler(event, SDL_GetModState());
-}
-
 /// What an event of a user comes to must not cost those after it.
 template<typename Call>
 void Guarded(Call call)
@@ -98,13 +48,6 @@ void Guarded(Call call)
         Log(logging::LogError, util::String("An event failed: ") + e.what());
     }
 }
-}
-
-void SetTextInput(bool on)
-{
-    SDL_EnableUNICODE(on);
-    // Milliseconds: the first delay, and from one repeat to the next.
-    SDL_EnableKeyRepeat(on ? 500 : 0, 30);
 }
 
 Input::Input()
@@ -138,7 +81,7 @@ void Input::InitializeSDL()
     }
     SetGrabInput(false);
     SetTextInput(true);
-    SDL_SetEventFilter(KeepEvent);
+    KeepEvents();
     SDL_EventState(SDL_SYSWMEVENT, SDL_ENABLE);
 }
 
@@ -172,7 +115,7 @@ void Input::PumpEvents()
 
 void Input::PumpRealEvents()
 {
-    ForEachRealEvent(
+    ForEachEvent(
         [this](const SDL_Event& event, int mods)
         {
             if (event.type == SDL_VIDEORESIZE)
@@ -207,7 +150,7 @@ void Input::KeepResize(const SDL_Event& event)
 void Input::PumpReplay(const RecordedFrame& frame)
 {
     // Meanwhile a user can close the window, and other programs get what was copied here.
-    ForEachRealEvent(
+    ForEachEvent(
         [this](const SDL_Event& event, int)
         {
             if (event.type == SDL_QUIT || event.type == SDL_SYSWMEVENT)
@@ -257,67 +200,6 @@ void Input::Deliver(const SDL_Event& event, int mods)
     }
     if (!Replay::Get() || Replay::Get()->IsOver())
         m_mods.reset();
-}
-
-int Input::GetModState() const
-{
-    return m_mods ? *m_mods : SDL_GetModState();
-}
-
-/// A window that loses the mouse for a moment, as when it is hidden, does not get the release of a button:
-/// the gesture must end all the same.
-void Input::ReleaseLostButtons(int x, int y)
-{
-    const unsigned down = GetButtonsDown();
-    m_heldButtons &= down;
-    unsigned held = 0;
-    if (!down || !os::GetHeldMouseButtons(held))
-    {
-        m_lostButtons = 0;
-        return;
-    }
-    // Only a button that the desktop has seen held can be lost: a press that a program has made up is
-    // known to us alone.
-    m_heldButtons |= down & held;
-    const unsigned missing = m_heldButtons & ~held;
-    // The release may be on its way, but in the frame after the first question it must have come.
-    const unsigned lost = missing & m_lostButtons;
-    m_lostButtons = missing & ~lost;
-    ReleaseButtons(lost, x, y);
-}
-
-/// SDL lets go of the buttons with each new window, where the pixel of the mouse is another place of the world.
-void Input::EndGestureBeforeResize()
-{
-    const SDL_Surface* const screen = SDL_GetVideoSurface();
-    if (!screen || math::TVector2<int>(screen->w, screen->h) == m_newSize)
-        return;
-    int x = 0, y = 0;
-    SDL_GetMouseState(&x, &y);
-    ReleaseButtons(GetButtonsDown(), x, y);
-}
-
-unsigned Input::GetButtonsDown() const
-{
-    unsigned down = 0;
-    for (int button : GestureButtons)
-        if (IsKeyDown(FirstMouseKey + button))
-            down |= SDL_BUTTON(button);
-    return down;
-}
-
-void Input::ReleaseButtons(unsigned buttons, int x, int y)
-{
-    for (int button : GestureButtons)
-        if (buttons & SDL_BUTTON(button))
-        {
-            SDL_Event event = {};
-            event.type = SDL_MOUSEBUTTONUP;
-            event.button.button = static_cast<Uint8>(button);
-            event.button.x = static_cast<Uint16>(x);
-            event.button.y = static_cast<Uint16>(y);
-            Deliver(event, SDL_GetModState());
-        }
 }
 
 void Input::HandleEvent(const SDL_Event& event)
@@ -372,124 +254,6 @@ void Input::HandleEvent(const SDL_Event& event)
     }
 }
 
-void Input::HandleHat(const SDL_Event& event)
-{
-    if (event.jhat.which >= JoystickCount || event.jhat.hat >= JoystickHatCount)
-        return;
-    for (const int mask : {SDL_HAT_UP, SDL_HAT_RIGHT, SDL_HAT_DOWN, SDL_HAT_LEFT})
-    {
-        const int key = Key::GetJoystickHatKey(event.jhat.which, event.jhat.hat, mask);
-        const bool down = event.jhat.value & mask;
-        if (down != IsKeyDown(key))
-            OnKeyEvent(KeyEvent(key, 0, down, m_mousePos));
-    }
-}
-
-KeyEvent Input::BuildKeyEvent(const SDL_Event& event, bool down)
-{
-    const SDL_keysym& keysym = event.key.keysym;
-    char character = 0;
-    if (keysym.unicode)
-        // Text is Latin-1: what lies beyond types nothing.
-        character = keysym.unicode < 256 ? static_cast<char>(keysym.unicode) : 0;
-    else
-    {
-        character = BuildCharacter(keysym.sym);
-        if (character && down)
-        {
-            // Once only: it would end the repeat of the key that is being held.
-            if (!m_isUnicodeReported)
-            {
-                Log(logging::LogWarning, "SDL unicode doesn't work");
-                SetTextInput(true);
-            }
-            m_isUnicodeReported = true;
-        }
-    }
-    return KeyEvent(keysym.sym, character, down, m_mousePos);
-}
-
-/// In place of what SDL should have said.
-char Input::BuildCharacter(int key)
-{
-    if (key == SDLK_SPACE)
-        return ' ';
-    if (key == SDLK_RETURN)
-        return '\n';
-    if (key == SDLK_TAB)
-        return '\t';
-    if (key >= SDLK_KP0 && key <= SDLK_KP9)
-        return static_cast<char>('0' + key - SDLK_KP0);
-    try
-    {
-        const util::String& name = Key::GetKeyName(key);
-        if (name.size() == 1)
-            return CheckModifier(ModShift) ? util::ToUpper(name)[0] : util::ToLower(name)[0];
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION); // a key without a name types nothing
-    }
-    return 0;
-}
-
-bool Input::IsKeyDown(int key) const
-{
-    const auto it = m_keys.find(key);
-    return it != m_keys.end() && it->second;
-}
-
-bool Input::IsAnyKeyDown(std::initializer_list<int> keys) const
-{
-    for (int key : keys)
-        if (IsKeyDown(key))
-            return true;
-    return false;
-}
-
-int Input::CheckModifier(Modifier modifier) const
-{
-    const int mask = GetModState();
-    switch (modifier)
-    {
-    case ModNone:
-        return mask == 0;
-    case ModShift:
-        return (mask & KMOD_SHIFT) && IsAnyKeyDown({SDLK_LSHIFT, SDLK_RSHIFT});
-    case ModLeftShift:
-        return (mask & KMOD_LSHIFT) && IsKeyDown(SDLK_LSHIFT);
-    case ModRightShift:
-        return (mask & KMOD_RSHIFT) && IsKeyDown(SDLK_RSHIFT);
-    case ModCtrl:
-        return ((mask & KMOD_CTRL) && IsAnyKeyDown({SDLK_LCTRL, SDLK_RCTRL})) ||
-               ((mask & KMOD_META) && IsAnyKeyDown({SDLK_LMETA, SDLK_RMETA}));
-    case ModLeftCtrl:
-        return ((mask & KMOD_LCTRL) && IsKeyDown(SDLK_LCTRL)) ||
-               ((mask & KMOD_LMETA) && IsKeyDown(SDLK_LMETA));
-    case ModRightCtrl:
-        return ((mask & KMOD_RCTRL) && IsKeyDown(SDLK_RCTRL)) ||
-               ((mask & KMOD_RMETA) && IsKeyDown(SDLK_RMETA));
-    case ModAlt:
-        return (mask & KMOD_ALT) && IsAnyKeyDown({SDLK_LALT, SDLK_RALT});
-    case ModLeftAlt:
-        return (mask & KMOD_LALT) && IsKeyDown(SDLK_LALT);
-    case ModRightAlt:
-        // Deliberate: no key is asked. On many keyboards the right one reports itself as AltGr.
-        return (mask & KMOD_RALT) != 0;
-    case ModMeta:
-        return (mask & KMOD_META) && IsAnyKeyDown({SDLK_LMETA, SDLK_RMETA});
-    case ModLeftMeta:
-        return (mask & KMOD_LMETA) && IsKeyDown(SDLK_LMETA);
-    case ModRightMeta:
-        return (mask & KMOD_RMETA) && IsKeyDown(SDLK_RMETA);
-    case ModNumLock:
-        return (mask & KMOD_NUM) && IsKeyDown(SDLK_NUMLOCK);
-    case ModCapsLock:
-        return (mask & KMOD_CAPS) && IsKeyDown(SDLK_CAPSLOCK);
-    }
-    return mask;
-}
-
 void Input::SetGrabInput(bool grab)
 {
     SDL_WM_GrabInput(grab ? SDL_GRAB_ON : SDL_GRAB_OFF);
@@ -498,56 +262,6 @@ void Input::SetGrabInput(bool grab)
 void Input::SetShowCursor(bool show)
 {
     SDL_ShowCursor(show ? SDL_ENABLE : SDL_DISABLE);
-}
-
-JoystickPtr Input::GetJoystick(int index) const
-{
-    return index >= 0 && index < static_cast<int>(m_joysticks.size()) ? m_joysticks[index]
-                                                                      : nullptr;
-}
-
-void Input::LookForJoysticks()
-{
-    m_joysticks.clear();
-    if (const Replay* replay = Replay::Get())
-    {
-        for (const RecordedJoystick& recorded : replay->GetRecording().joysticks)
-        {
-            if (recorded.index >= static_cast<int>(m_joysticks.size()))
-                m_joysticks.resize(recorded.index + 1);
-            m_joysticks[recorded.index] = QUIB_NEW Joystick(recorded);
-        }
-        return;
-    }
-    SDL_JoystickEventState(SDL_ENABLE);
-    const int count = std::clamp(SDL_NumJoysticks(), 0, JoystickCount);
-    Log(logging::LogVerbose,
-        "Found " + util::ToString(count) + " joystick" + Plural(count) + "\n---");
-    for (int i = 0; i < count; ++i)
-    {
-        m_joysticks.push_back(nullptr);
-        try
-        {
-            m_joysticks.back() = QUIB_NEW Joystick(i);
-            Log(logging::LogVerbose, m_joysticks.back()->Describe());
-        }
-        catch (std::exception& e)
-        {
-            CatchException(e, QUIB_LOCATION);
-            Log(logging::LogWarning, e.what());
-        }
-    }
-    if (Recorder* recorder = Recorder::Get())
-        for (const JoystickPtr& joystick : m_joysticks)
-            if (joystick)
-                recorder->NoteJoystick(joystick->Record());
-}
-
-void Input::CalibrateJoysticks()
-{
-    for (const JoystickPtr& joystick : m_joysticks)
-        if (joystick)
-            joystick->Calibrate();
 }
 
 util::String Input::GetClipboardText()

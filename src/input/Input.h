@@ -114,17 +114,23 @@ private:
     /// @param mods  SDL's modifiers as they were with the event
     void Deliver(const SDL_Event& event, int mods);
     void KeepResize(const SDL_Event& event);
+
+    // Keys (InputKeys.cpp).
+    int GetModState() const;
+    bool IsAnyKeyDown(std::initializer_list<int> keys) const;
+    KeyEvent BuildKeyEvent(const SDL_Event& event, bool down);
+    char BuildCharacter(int key);
+
+    // Joysticks (InputJoysticks.cpp).
+    void HandleHat(const SDL_Event& event);
+
+    // Releases that nobody tells of (InputButtons.cpp).
     /// @param x, y  where the mouse is, in pixels
     void ReleaseLostButtons(int x, int y);
     void EndGestureBeforeResize();
     // Of the three that make clicks and drags, as SDL's masks.
     unsigned GetButtonsDown() const;
     void ReleaseButtons(unsigned buttons, int x, int y);
-    int GetModState() const;
-    bool IsAnyKeyDown(std::initializer_list<int> keys) const;
-    KeyEvent BuildKeyEvent(const SDL_Event& event, bool down);
-    char BuildCharacter(int key);
-    void HandleHat(const SDL_Event& event);
 
     // Clicks and drags (InputGestures.cpp).
     //
