@@ -125,6 +125,26 @@ TEST_F(JointEntityTest, OfAWeldSnapBackWhenMovedAlone)
     EXPECT_EQ(Vec2(), weld->GetWorldPoint(0));
 }
 
+TEST_F(JointEntityTest, OfAWeldGoWithTheGeometryThatWasMovedWithIt)
+{
+    for (int moved : {0, 1})
+    {
+        const auto box = Box(Vec2());
+        const auto weld = moved == 0 ? Join<FixJointEntity>(box->GetGeom(), WorldGeom())
+                                     : Join<FixJointEntity>(WorldGeom(), box->GetGeom());
+        const math::Mat2D matrix = math::Mat2D::TranslationRotation(Vec2(0.25f, 2), 1);
+        weld->StartTransform();
+        for (const EntityPtr& entity : {EntityPtr(box), EntityPtr(weld)})
+            entity->Transform(matrix);
+        weld->EndTransform();
+        weld->Update(0.01f);
+        for (int i : {0, 1})
+            EXPECT_LT(math::Distance(Vec2(0.25f, 2), weld->GetWorldPoint(i)), 1e-5f);
+        EXPECT_EQ(Vec2(), weld->GetLocalPoint(moved)) << "not a bit of it was moved";
+        EXPECT_TRUE(weld->IsAlive());
+    }
+}
+
 TEST_F(JointEntityTest, DieWithTheBodyOfEitherEnd)
 {
     const auto a = Box(Vec2()), b = Box(Vec2(3, 0));

@@ -65,6 +65,35 @@ void FixJointEntity::ForgetWeld()
     m_welded[1] = nullptr;
 }
 
+void FixJointEntity::StartTransform()
+{
+    JointEntity::StartTransform();
+    for (int i : {0, 1})
+        m_startPoints[i] = GetWorldPoint(i);
+}
+
+/// Whether that geometry was moved with the joint.
+bool FixJointEntity::HasComeAlong(int i) const
+{
+    const Vec2 now = TransformCoordinate(GetGeom(i)->GetPose(), GetLocalPoint(i));
+    return DistanceSq(now, GetWorldPoint(i)) < DistanceSq(now, m_startPoints[i]);
+}
+
+void FixJointEntity::EndTransform()
+{
+    StopTransforming();
+    if (!GetGeom(0))
+        return;
+    const bool hasComeAlong[2] = {HasComeAlong(0), HasComeAlong(1)};
+    if (hasComeAlong[0] == hasComeAlong[1])
+        return;
+    // The other one is the background, say. There its end would stay where the body has been.
+    const int other = hasComeAlong[0] ? 1 : 0;
+    Vec2 points[2] = {GetLocalPoint(0), GetLocalPoint(1)};
+    points[other] = TransformCoordinate(GetGeom(other)->GetPoseInv(), GetWorldPoint(other));
+    AttachToLocal(GetGeom(0), points[0], GetGeom(1), points[1]);
+}
+
 bool FixJointEntity::IsAlive() const
 {
     return JointEntity::IsAlive() && GetGeom(0)->GetBodyPtr() == GetGeom(1)->GetBodyPtr();

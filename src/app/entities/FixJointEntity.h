@@ -27,8 +27,10 @@ public:
     /// False also once the geometries are on two bodies.
     bool IsAlive() const override;
 
-    /// Welds what it has welded, wherever it was moved to: alone it snaps back.
-    void EndTransform() override { StopTransforming(); }
+    void StartTransform() override;
+    /// Welds what it has welded, wherever it was moved to: alone it snaps back. With one of its
+    /// geometries it comes along, and is fastened to the other at the new place.
+    void EndTransform() override;
 
     /// What it has welded; null for both when it is not in the simulation.
     /// @param i  0 or 1
@@ -37,6 +39,9 @@ public:
     void ForgetWeld();
 
 private:
+    bool HasComeAlong(int i) const;
+
     util::SharedPtr<physics::Geom> m_welded[2];
+    math::Vec2 m_startPoints[2]; // in the world, when the transformation began
 };
 }

@@ -218,6 +218,69 @@ TEST_F(MoveToolTest, AWeldedBodyMovesAsAWhole)
     EXPECT_EQ(3u, EntityCount());
 }
 
+TEST_F(MoveToolTest, AWeldToTheBackgroundComesAlong)
+{
+    const GeomEntityPtr box = Make::Box(Vec2());
+    const FixJointPtr weld = Make::Join<FixJointEntity>(Vec2(0.2f, 0.2f), Vec2(0.2f, 0.2f));
+    ASSERT_TRUE(weld->IsAttachedToWorld());
+    Select({box});
+    const util::String before = Save();
+    DragAlong(TheTool(), {Vec2(-0.3f, 0), Vec2(0.4f, 0.7f), Vec2(1.7f, 1)});
+    TheScene()->Update(0.01f);
+    ExpectNear(Vec2(2, 1), CenterOf(box));
+    for (int i : {0, 1})
+        ExpectNear(Vec2(2.2f, 1.2f), weld->GetWorldPoint(i));
+    EXPECT_EQ(EntityPtr(weld), TheScene()->GetEntityAt(Vec2(2.2f, 1.2f)));
+    EXPECT_EQ(Sim()->GetWorldBody(), box->GetBody());
+    ExpectUndoAndRedo(before);
+
+    // And so does that of a copy; the first one stays where it is.
+    Select({box, weld});
+    {
+        const test::HeldKeys held({SDLK_LCTRL});
+        DragAlong(TheTool(), {Vec2(1.7f, 1), Vec2(-1.3f, 1)});
+    }
+    TheScene()->Update(0.01f);
+    ASSERT_EQ(4u, EntityCount());
+    const auto clone =
+        util::DynamicCast<FixJointEntity>(TheScene()->GetEntityAt(Vec2(-0.8f, 1.2f)));
+    ASSERT_TRUE(clone);
+    for (int i : {0, 1})
+    {
+        ExpectNear(Vec2(-0.8f, 1.2f), clone->GetWorldPoint(i));
+        ExpectNear(Vec2(2.2f, 1.2f), weld->GetWorldPoint(i));
+    }
+}
+
+TEST_F(MoveToolTest, AWeldToTheGroundComesAlongWithTheBodyAndWithTheGround)
+{
+    const GeomEntityPtr plane = Make::Plane(0), box = Make::Box(Vec2(0, 0.2f));
+    const FixJointPtr weld = Make::Join<FixJointEntity>(plane, box);
+    DragAlong(TheTool(), {Vec2(0.3f, 0.3f), Vec2(2.3f, 0.3f)});
+    Select({plane, box});
+    DragAlong(TheTool(), {Vec2(2.3f, 0.3f), Vec2(2.3f, 1.3f)});
+    TheScene()->Update(0.01f);
+    ExpectNear(Vec2(2, 1.2f), CenterOf(box));
+    for (int i : {0, 1})
+        ExpectNear(Vec2(2, 1), weld->GetWorldPoint(i));
+}
+
+TEST_F(MoveToolTest, AHingeOnTheBackgroundComesAlongAndASpringStays)
+{
+    const GeomEntityPtr box = Make::Box(Vec2());
+    const HingePtr hinge = Make::Join<HingeEntity>(Vec2(0.2f, 0.2f), Vec2(0.2f, 0.2f));
+    const SpringPtr spring = Make::Join<SpringEntity>(Vec2(), Vec2(0, 3));
+    Select({box});
+    const util::String before = Save();
+    DragAlong(TheTool(), {Vec2(-0.3f, 0), Vec2(1.7f, 1)});
+    TheScene()->Update(0.01f);
+    for (int i : {0, 1})
+        ExpectNear(Vec2(2.2f, 1.2f), hinge->GetWorldPoint(i));
+    ExpectNear(Vec2(2, 1), spring->GetWorldPoint(0));
+    ExpectNear(Vec2(0, 3), spring->GetWorldPoint(1));
+    ExpectUndoAndRedo(before);
+}
+
 TEST_F(MoveToolTest, WithAltAMemberMovesAlone)
 {
     const GeomEntityPtr a = Make::Box(Vec2(0, 0)), b = Make::Box(Vec2(0.9f, 0));

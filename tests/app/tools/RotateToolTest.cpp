@@ -202,6 +202,36 @@ TEST_F(RotateToolTest, WhatHangsByAPinTurnsAboutThePin)
     ExpectNear(Vec2(), hinge->GetWorldPoint(1));
 }
 
+TEST_F(RotateToolTest, WeldsToTheBackgroundComeAlong)
+{
+    // Of two pins neither is the centre.
+    const GeomEntityPtr box = Make::Box(Vec2(), Vec2(3, 1));
+    const FixJointPtr welds[] = {Make::Join<FixJointEntity>(Vec2(-1, 0), Vec2(-1, 0)),
+                                 Make::Join<FixJointEntity>(Vec2(1, 0.2f), Vec2(1, 0.2f))};
+    Select({box});
+    const util::String before = Save();
+    Turn({0, 40, 90});
+    End();
+    TheScene()->Update(0.01f);
+    EXPECT_NEAR(90, Degrees(box), 1e-3f);
+    for (int i : {0, 1})
+    {
+        ExpectNear(Vec2(0, -1), welds[0]->GetWorldPoint(i));
+        ExpectNear(Vec2(-0.2f, 1), welds[1]->GetWorldPoint(i));
+    }
+    ExpectUndoAndRedo(before);
+    // Its one pin left, it turns about that.
+    TheScene()->RemoveEntity(welds[0]);
+    Begin(Vec2());
+    Drag(Vec2(), Vec2(2, 1));
+    Drag(Vec2(2, 1), Vec2(-0.2f, 4));
+    End();
+    TheScene()->Update(0.01f);
+    EXPECT_NEAR(180, std::fabs(Degrees(box)), 1e-2f);
+    for (int i : {0, 1})
+        ExpectNear(Vec2(-0.2f, 1), welds[1]->GetWorldPoint(i));
+}
+
 TEST_F(RotateToolTest, ARotationThatIsBrokenOffLeavesTheSceneAsItWas)
 {
     const GeomEntityPtr box = Make::Box(Vec2());
