@@ -82,9 +82,16 @@ TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
         {"along the diagonal, and back", {{-2, -2}, {2, 2}, {-2, -2}}, false},
         {"from a corner to a side", {{-3, -2}, {3, 1}}, true},
         {"from within a corner to another", {{1, 1}, {-1, -1}}, true},
-        {"touches a side and turns back", {{-2, 0.5f}, {-1, 0.25f}, {-2, 0}}, true},
+        {"touches a side and turns back", {{-2, 0.5f}, {-1, 0.25f}, {-2, 0}}, false},
         {"turns on a side and leaves", {{-2, 0.5f}, {-1, 0.25f}, {2, 0.5f}}, true},
-        {"turns on a side and ends inside", {{-2, 0.5f}, {-1, 0.25f}, {0, 0.5f}}, true},
+        {"turns on a side and ends inside", {{-2, 0.5f}, {-1, 0.25f}, {0, 0.5f}}, false},
+        {"leaves straight, with a point on the side", {{0, 0}, {0, 0.5f}, {0, 1}, {0, 2}}, false},
+        {"enters straight, with a point on the side", {{2, 0}, {1, 0}, {0, 0}}, false},
+        {"ends on a side", {{0, 0}, {1, 0}}, false},
+        {"passes straight, with a point on a side", {{-2, 0}, {-1, 0}, {0, 0}, {2, 0}}, true},
+        {"passes straight, with points on both sides", {{-2, 0}, {-1, 0}, {1, 0}, {2, 0}}, true},
+        {"leaves through a corner", {{0, 0}, {2, 2}}, true},
+        {"leaves through a corner, with a point on it", {{0, 0}, {1, 1}, {2, 2}}, true},
         {"passes and comes back the same way", {{-2, 0.25f}, {2, 0.25f}, {-2, 0.25f}}, false},
         {"across a corner", {{0, 1.5f}, {1.5f, 0}}, true},
         {"through the middle, slanted", {{-2, -1.5f}, {2, 1.7f}}, true},
@@ -121,6 +128,10 @@ TEST_F(GeomEntityTest, CirclesAreErasedByMoreThanOneCrossing)
     EXPECT_TRUE(circle->ErasedBy(Stroke({{-2, 0}, {0, 0}, {2, 0}})));
     EXPECT_FALSE(circle->ErasedBy(Stroke({{-2, 0}, {0, 0}})));
     EXPECT_FALSE(circle->ErasedBy(Stroke({{-2, 2}, {2, 2}})));
+    // One that only leaves may have a point on the edge.
+    const float r = circle->GetAABB().GetMax().x;
+    EXPECT_FALSE(circle->ErasedBy(Stroke({{0, 0}, {r, 0}, {2 * r, 0}})));
+    EXPECT_TRUE(circle->ErasedBy(Stroke({{-2 * r, 0}, {-r, 0}, {r, 0}, {2 * r, 0}})));
 }
 
 TEST_F(GeomEntityTest, PolygonsAreErasedByMoreThanOneCrossing)
@@ -130,6 +141,10 @@ TEST_F(GeomEntityTest, PolygonsAreErasedByMoreThanOneCrossing)
     EXPECT_TRUE(poly->ErasedBy(Stroke({{-2, 0}, {2, 0.1f}})));
     EXPECT_TRUE(poly->ErasedBy(Stroke({{-2, 0.1f}, {2, 0.2f}, {2, 0.5f}, {-2, 0.6f}})));
     EXPECT_FALSE(poly->ErasedBy(Stroke({{-2, 0}, {0, 0.1f}})));
+    // One that only leaves may have a point on the edge.
+    EXPECT_FALSE(poly->ErasedBy(Stroke({{0, 0}, {0, 1}, {0, 2}})));
+    EXPECT_TRUE(poly->ErasedBy(Stroke({{0, -2}, {0, -1}, {0, 1}, {0, 2}})));
+    EXPECT_TRUE(poly->ErasedBy(Stroke({{0.5f, 1.5f}, {1.5f, 0.5f}}))) << "through a corner";
 }
 
 TEST_F(GeomEntityTest, PlanesAreErasedByASegmentThatChangesSides)

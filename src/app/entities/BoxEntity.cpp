@@ -2,6 +2,7 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/Crossings.h"
 #include "app/entities/EntityShader.h"
 #include "app/entities/PolyEntity.h"
 #include "math/Mat2D.h"
@@ -13,7 +14,6 @@
 #include <GL/glew.h>
 
 #include <algorithm>
-#include <vector>
 
 using math::Vec2;
 
@@ -21,44 +21,6 @@ namespace app
 {
 namespace
 {
-/// Whether two crossings of a stroke lie at the same point, but for the rounding of their calculation.
-bool IsSamePlace(const Vec2& a, const Vec2& b, const physics::Linesegment& segment)
-{
-    return math::Distance(a, b) <= 1e-6f * (a.Length() + segment.Length());
-}
-
-/// In how many places the stroke meets the sides. At a corner it meets two of them in one place; and so do
-/// two segments of the stroke that meet each other on a side.
-int CountPlaces(const physics::LinesegmentList& stroke, const physics::LinesegmentList& sides)
-{
-    int count = 0;
-    bool isEndMet = false; // the end of the segment before is a place that has been counted
-    for (size_t i = 0; i < stroke.size(); ++i)
-    {
-        const physics::Linesegment& segment = stroke[i];
-        const bool goesOn = i > 0 && stroke[i - 1].p1 == segment.p0;
-        const bool isStartCounted = goesOn && isEndMet;
-        std::vector<Vec2> places;
-        isEndMet = false;
-        for (const physics::Linesegment& side : sides)
-        {
-            Vec2 place =
-                segment.p0 == side.p0 ? side.p0 : side.p1; // when these are what they share
-            if (!physics::Intersects(segment, side, &place))
-                continue;
-            if (IsSamePlace(place, segment.p1, segment))
-                isEndMet = true;
-            if (isStartCounted && IsSamePlace(place, segment.p0, segment))
-                continue;
-            if (std::none_of(places.begin(), places.end(),
-                             [&](const Vec2& other) { return IsSamePlace(place, other, segment); }))
-                places.push_back(place);
-        }
-        count += static_cast<int>(places.size());
-    }
-    return count;
-}
-
 struct BoxShader final : GeomShader
 {
     BoxShader()
@@ -207,11 +169,8 @@ physics::LinesegmentList BoxEntity::GetSides() const
 
 bool BoxEntity::ErasedBy(const physics::LinesegmentList& stroke) const
 {
-    // Deliberate: exactly. A stroke that enters and leaves twice has second thoughts. A corner counts for
-    // both of its sides, so that a stroke through it alone erases; but on the way along the diagonal each of
-    // the two corners is a place.
-    const physics::LinesegmentList sides = GetSides();
-    return physics::IntersectCount(stroke, sides) == 2 || CountPlaces(stroke, sides) == 2;
+    // Deliberate: exactly. A stroke that enters and leaves twice has second thoughts.
+    return CountCrossings(stroke, GetSides()) == 2;
 }
 
 bool BoxEntity::IsContainedBy(const physics::Polygon& lasso) const

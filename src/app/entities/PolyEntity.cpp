@@ -2,6 +2,7 @@
 
 #include "app/App.h"
 #include "app/EntitySerializer.h"
+#include "app/entities/Crossings.h"
 #include "app/entities/EntityShader.h"
 #include "math/OBB2D.h"
 #include "physics/Polygon.h"
@@ -280,7 +281,7 @@ GeomEntityPtr PolyEntity::ScaledClone(const Vec2& scale) const
 
 bool PolyEntity::ErasedBy(const physics::LinesegmentList& stroke) const
 {
-    return GetPolygon().IntersectCount(stroke) > 1;
+    return CountCrossings(stroke, GetPolygon().GetWorldLines()) > 1;
 }
 
 bool PolyEntity::IsContainedBy(const physics::Polygon& lasso) const
