@@ -7,13 +7,10 @@
 #include "input/Key.h"
 #include "util/Timer.h"
 
-#include <limits>
-
 namespace app
 {
 AttachTool::AttachTool(const char* undoName)
     : m_undoName(undoName)
-    , m_lastTime(-std::numeric_limits<double>::infinity())
 {
 }
 
@@ -34,12 +31,17 @@ void AttachTool::OnClick(const input::ClickEvent& event)
     if (!entity)
         return;
     AddEntityUndoable(entity, m_undoName);
+    m_last = entity;
     m_lastTime = now;
     m_lastPos = event.GetPosition();
 }
 
 bool AttachTool::IsSecondOfTwo(const math::Vec2& pos, double time) const
 {
+    // Who has undone it meanwhile means another one.
+    const EntityPtr last(m_last.GetUnlocked());
+    if (!last || !Scene::GetInstancePtr()->HasEntity(last))
+        return false;
     const gui::GUI* gui = gui::GUI::GetInstancePtr();
     return time - m_lastTime <= gui->GetClickTimeTolerance() &&
            math::Distance(pos, m_lastPos) <= gui->GetClickTolerance();

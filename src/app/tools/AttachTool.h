@@ -10,7 +10,8 @@ class AttachTool : public Tool
 public:
     ~AttachTool() override;
 
-    /// The second click of a double click is taken, and makes nothing.
+    /// The second click of a double click is taken, and makes nothing; unless what the first one made has
+    /// left the scene.
     void OnClick(const input::ClickEvent& event) override;
 
 protected:
@@ -38,8 +39,9 @@ private:
     bool IsSecondOfTwo(const math::Vec2& pos, double time) const;
 
     const char* m_undoName;
-    // Of the click that made the latest one.
-    double m_lastTime;    // seconds
-    math::Vec2 m_lastPos; // GUI units
+    util::WeakPtr<Entity> m_last;
+    // Of the click that made it.
+    double m_lastTime = 0; // seconds
+    math::Vec2 m_lastPos;  // GUI units
 };
 }

@@ -113,6 +113,20 @@ TEST_F(HingeToolTest, AClickThatMadeNothingIsNoFirstOfTwo)
     EXPECT_EQ(2u, EntityCount());
 }
 
+TEST_F(HingeToolTest, AClickWhoseHingeHasGoneIsNoFirstOfTwo)
+{
+    Run("GUI.clickTimeTolerance = 1.0e6");
+    Make::Box(Vec2());
+    Click(TheTool(), Vec2());
+    ASSERT_EQ(2u, EntityCount());
+    Undoer::GetInstancePtr()->Undo();
+    ASSERT_EQ(1u, EntityCount());
+    EXPECT_TRUE(Click(TheTool(), Vec2()));
+    EXPECT_EQ(2u, EntityCount());
+    EXPECT_TRUE(Click(TheTool(), Vec2())) << "the second of two, of which nobody else is to know";
+    EXPECT_EQ(2u, EntityCount());
+}
+
 TEST_F(HingeToolTest, ThereIsNothingToBreakOff)
 {
     EXPECT_FALSE(TheTool().Disband());
