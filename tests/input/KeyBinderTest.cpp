@@ -151,6 +151,17 @@ TEST_F(KeyBinderTest, CodeThatFailsIsLoggedAndHasTakenTheKeyAllTheSame)
     EXPECT_TRUE(below->isHandled);
 }
 
+// What fails in a statement stops there. This one takes all of the code with it.
+TEST_F(KeyBinderTest, AFailureOutsideTheCodeGoesThroughTheEvent)
+{
+    Run("Keys.bind(\"f5\", { g = (n) => { g(n + 1) }; g(0); Counter.a = 1 }); "
+        "Keys.bind(\"f6\", { Counter.b = 1 })");
+    EXPECT_THROW(test::SendKey(SDLK_F5, true), script::ScriptException);
+    EXPECT_EQ(0, counter->a);
+    test::SendKey(SDLK_F6, true);
+    EXPECT_EQ(1, counter->b) << "the next one is as good as any";
+}
+
 TEST_F(KeyBinderTest, WhatIsRefusedLeavesTheOldBinding)
 {
     Run("Keys.bind(\"f5\", { Counter.a = Counter.a + 1 })");

@@ -50,6 +50,34 @@ protected:
         StartAnew();
         return isSpring;
     }
+    /// Points on a circle around the origin, and the first one again.
+    static Vec2List Ring(float radius, int points)
+    {
+        Vec2List ring;
+        for (int i = 0; i <= points; ++i)
+        {
+            const float angle = math::TwoPIf * float(i % points) / float(points);
+            ring.push_back(radius * Vec2(std::cos(angle), std::sin(angle)));
+        }
+        return ring;
+    }
+    /// Where the distance is exactly 0. Few ways out of the origin have such a place, as floats have gaps.
+    static Vec2 FindPlaceOnEdge(const physics::Geom& geom)
+    {
+        for (const Vec2& end : Ring(4, 4096))
+        {
+            Vec2 inside, outside = end, between = 0.5f * end;
+            while (between != inside && between != outside)
+            {
+                const float distance = geom.DistanceWorld(between);
+                if (distance == 0)
+                    return between;
+                (distance < 0 ? inside : outside) = between;
+                between = math::Lerp(inside, outside, 0.5f);
+            }
+        }
+        return Vec2();
+    }
     static float Above(float x) { return std::nextafter(x, std::numeric_limits<float>::max()); }
     static float Below(float x) { return std::nextafter(x, -std::numeric_limits<float>::max()); }
 };
@@ -432,7 +460,7 @@ TEST_F(SketchToolTest, ErasesWithAStrokeThatCrossesThePreviousLineTwice)
 
 TEST_F(SketchToolTest, KnowsOneCrossingFromTwoByTheWidthOfAPixel)
 {
-    const float pixel = TheApp()->GetPixelSize();
+    const float pixel = App::GetInstancePtr()->GetPixelSize();
     for (float gap : {0.75f, 1.5f, 10.0f}) // pixels
     {
         AddBox(Vec2(2, 0), Vec2(8, 8));
@@ -800,6 +828,35 @@ TEST_F(SketchToolTest, LeavesAJointAloneThatIsPinnedOutside)
     Draw(Square(Vec2(0, 0), 1));
     EXPECT_TRUE(Newest<PolyEntity>());
     EXPECT_EQ(WorldGeom(), hinge->GetGeom(1));
+}
+
+TEST_F(SketchToolTest, LeavesAnEndExactlyOnTheOutlineAlone)
+{
+    const Vec2List stroke = Ring(1, 32);
+    Draw(stroke);
+    const physics::GeomPtr outline = Newest<PolyEntity>()->GetGeom();
+    const Vec2 edge = FindPlaceOnEdge(*outline);
+    ASSERT_EQ(0, outline->DistanceWorld(edge));
+    StartAnew();
+    const auto hingeFrom = [&edge](const Vec2& start)
+    {
+        const util::SharedPtr<HingeEntity> hinge = QUIB_NEW HingeEntity(0.25f);
+        hinge->AttachToWorld(WorldGeom(), start, WorldGeom(), edge);
+        TheScene()->AddEntity(hinge);
+        return hinge;
+    };
+    // It is no reason to take the joint over.
+    const auto outside = hingeFrom(Vec2(5, 0));
+    Draw(stroke);
+    EXPECT_TRUE(Newest<PolyEntity>()) << "above the hinge, which is none of its own";
+    EXPECT_EQ(WorldGeom(), outside->GetGeom(0));
+    // And one that is taken over keeps it.
+    StartAnew();
+    const auto inside = hingeFrom(Vec2(0, 0));
+    Draw(stroke);
+    EXPECT_EQ(inside, Newest<HingeEntity>());
+    EXPECT_NE(WorldGeom(), inside->GetGeom(0));
+    EXPECT_EQ(WorldGeom(), inside->GetGeom(1));
 }
 
 TEST_F(SketchToolTest, MakesNoHingeWhereAJointLiesOnTheBody)
