@@ -10,6 +10,7 @@
 #include "os/Clipboard.h"
 #include "os/Platform.h"
 #include "physics/Simulation.h"
+#include "rendering/Image.h"
 #include "rendering/Renderer.h"
 #include "rendering/TextureManager.h"
 #include "script/Parser.h"
@@ -22,11 +23,14 @@
 
 #include <GL/glew.h>
 #include <SDL.h>
+#include <boost/filesystem.hpp>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+
+namespace fs = boost::filesystem;
 
 namespace core
 {
@@ -72,15 +76,20 @@ void InitSDL()
     os::NoteDisplaySize();
 }
 
-// A missing file is no error: SDL keeps its default icon.
 void SetIcon()
 {
     const util::String path = util::FileSystem::GetInstancePtr()->WorkDir() + "Quib.bmp";
-    if (SDL_Surface* icon = SDL_LoadBMP_RW(SDL_RWFromFile(path.c_str(), "rb"), 1))
+    boost::system::error_code error;
+    if (fs::status(path, error).type() == fs::file_not_found)
+        return; // no error: SDL keeps its default icon
+    SDL_Surface* icon = rendering::LoadSurface(path);
+    if (!icon)
     {
-        SDL_WM_SetIcon(icon, nullptr);
-        SDL_FreeSurface(icon);
+        Log(logging::LogWarning, "Failed to load the icon \"" + path + "\": " + SDL_GetError());
+        return;
     }
+    SDL_WM_SetIcon(icon, nullptr);
+    SDL_FreeSurface(icon);
 }
 
 int ClampToDisplay(int extent, int display)

@@ -103,7 +103,9 @@ int ReadZerosAtEnd(SDL_RWops* file, void* data, int size, int count)
     if (got < count)
     {
         s_hasFallenShort = true;
-        std::memset(static_cast<char*>(data) + size_t(got) * size, 0, size_t(count - got) * size);
+        // An image of width 0 reads nothing into nowhere.
+        if (const size_t bytes = size_t(count - got) * size)
+            std::memset(static_cast<char*>(data) + size_t(got) * size, 0, bytes);
     }
     return got;
 }
@@ -133,38 +135,6 @@ bool IsBadBMP(const util::String& path)
     }
 }
 
-/// IMG_Load, for files from anywhere.
-/// @return null, and SDL's error tells why
-SurfacePtr LoadSurface(const util::String& path)
-{
-    SDL_ClearError();
-    if (IsNoFile(path))
-        SDL_SetError("It is no file");
-    else if (IsBadBMP(path))
-        SDL_SetError("Unknown number of bits per pixel");
-    else if (SDL_RWops* file = SDL_RWFromFile(path.c_str(), "rb"))
-    {
-        s_readStdio = file->read;
-        file->read = ReadZerosAtEnd;
-        // Their readers trust the file. Nobody has kept pictures in these for long.
-        if (IMG_isXPM(file) || IMG_isLBM(file) || IMG_isXV(file))
-        {
-            SDL_RWclose(file);
-            SDL_SetError("Unsupported image format");
-            return nullptr;
-        }
-        const size_t dot = path.rfind('.');
-        util::String extension = dot == util::String::npos ? "" : path.substr(dot + 1);
-        s_hasFallenShort = false;
-        SurfacePtr surface(IMG_LoadTyped_RW(file, 1, &extension[0]));
-        // Others read ahead, or look themselves.
-        if (!surface || !s_hasFallenShort || !util::iequals(extension, "tga"))
-            return surface;
-        SDL_SetError("Error reading TGA data");
-    }
-    return nullptr;
-}
-
 /// @return null when that fails
 SurfacePtr ToRGBA(SDL_Surface* from)
 {
@@ -190,6 +160,36 @@ unsigned BytesAPixel(ImageRGBA32::RAWFormat format)
         return 4;
     }
 }
+}
+
+SDL_Surface* LoadSurface(const util::String& path)
+{
+    SDL_ClearError();
+    if (IsNoFile(path))
+        SDL_SetError("It is no file");
+    else if (IsBadBMP(path))
+        SDL_SetError("Unknown number of bits per pixel");
+    else if (SDL_RWops* file = SDL_RWFromFile(path.c_str(), "rb"))
+    {
+        s_readStdio = file->read;
+        file->read = ReadZerosAtEnd;
+        // Their readers trust the file. Nobody has kept pictures in these for long.
+        if (IMG_isXPM(file) || IMG_isLBM(file) || IMG_isXV(file))
+        {
+            SDL_RWclose(file);
+            SDL_SetError("Unsupported image format");
+            return nullptr;
+        }
+        const size_t dot = path.rfind('.');
+        util::String extension = dot == util::String::npos ? "" : path.substr(dot + 1);
+        s_hasFallenShort = false;
+        SurfacePtr surface(IMG_LoadTyped_RW(file, 1, &extension[0]));
+        // Others read ahead, or look themselves.
+        if (!surface || !s_hasFallenShort || !util::iequals(extension, "tga"))
+            return surface.release();
+        SDL_SetError("Error reading TGA data");
+    }
+    return nullptr;
 }
 
 AbstractImage::AbstractImage(unsigned width, unsigned height, const util::String& name)
@@ -226,9 +226,11 @@ ImageRGBA32Ptr ImageRGBA32::LoadFile(const util::String& path)
     if (util::ends_with(path, ".raw"))
         return LoadRAW(path, RAWAlpha);
 
-    SurfacePtr pic = LoadSurface(path);
+    SurfacePtr pic(LoadSurface(path));
     if (!pic)
         ThrowCouldNotLoad(path);
+    if (pic->w == 0 || pic->h == 0)
+        ThrowCorrupt(path);
     CheckSize(path, pic->w, pic->h);
     const unsigned width = pic->w, height = pic->h;
     const ImageRGBA32Ptr image = QUIB_NEW ImageRGBA32(width, height, path);

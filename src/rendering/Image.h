@@ -7,8 +7,14 @@
 #include "util/SharedPtr.h"
 #include "util/String.h"
 
+struct SDL_Surface;
+
 namespace rendering
 {
+/// Of any kind that SDL_image knows, but for those whose readers trust the file.
+/// @return  for SDL_FreeSurface; null for what is missing, broken or no file, and SDL_GetError tells why
+SDL_Surface* LoadSurface(const util::String& path);
+
 class AbstractImage : public util::Pointee
 {
 public:

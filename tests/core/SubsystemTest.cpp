@@ -21,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -1022,15 +1023,39 @@ TEST_F(SubsystemTest, TakesItsIconFromTheWorkDirectory)
 
 TEST_F(SubsystemTest, WithoutAnIconSDLKeepsItsOwn)
 {
-    for (const char* broken : {"", "BM but no picture"})
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        test::LogCapture log(7);
+        Start();
+        EXPECT_EQ(Lines(), State().icons);
+        EXPECT_EQ("", log.Text());
+    });
+}
+
+TEST_F(SubsystemTest, AnIconThatIsNoneIsNamedAndSDLKeepsItsOwn)
+{
+    const std::string path = dir / "Quib.bmp";
+    const std::function<void()> makers[] = {
+        [&] { test::Spit(path, ""); },
+        [&] { test::Spit(path, "BM but no picture"); },
+        [&] { test::Spit(path, test::Slurp(QUIB_SOURCE_DIR "/Quib.bmp").substr(0, 1000)); },
+        [&] { test::Spit(path, test::Slurp(QUIB_SOURCE_DIR "/Quib.bmp").replace(28, 1, "\7")); },
+        [&] { boost::filesystem::create_directory(path); },
+        [&] { boost::filesystem::create_symlink(path, path); },
+        [&] { EXPECT_EQ(0, ::mkfifo(path.c_str(), 0600)); }, // which would be waited for
+    };
+    for (const auto& make : makers)
+    {
+        make();
         EXPECT_FINE_IN_FRESH_PROCESS({
-            if (*broken)
-                test::Spit(dir / "Quib.bmp", broken);
             test::LogCapture log(7);
             Start();
             EXPECT_EQ(Lines(), State().icons);
-            EXPECT_EQ("", log.Text());
+            ASSERT_EQ(1u, log.Lines().size()) << log.Text();
+            EXPECT_EQ(0u, log.Text().find("-- Warning: Failed to load the icon \"" + path + "\": "))
+                << log.Text();
         });
+        boost::filesystem::remove_all(path);
+    }
 }
 
 TEST_F(SubsystemTest, ASecondSigtermKillsWhatDoesNotReact)

@@ -265,6 +265,15 @@ TEST_F(ImageTest, KindsWhoseReadersTrustTheFileAreRefused)
               Failure("a.png"));
 }
 
+TEST_F(ImageTest, PicturesWithoutPixelsAreRefused)
+{
+    for (const std::string& size : {Little(0, 2) + Little(8, 2), Little(8, 2) + Little(0, 2)})
+    {
+        test::Spit("a.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0", 12) + size + " \10");
+        EXPECT_NE("nothing thrown", Failure("a.tga"));
+    }
+}
+
 // A truncated PNG made SDL_image read its last piece again without end.
 TEST_F(ImageTest, TruncatedPicturesAreRefusedWhereverTheyEnd)
 {
