@@ -231,4 +231,16 @@ void CheckForGLError()
     Log(logging::LogError, "GL-Error: " + t);
     QUIB_THROW(std::runtime_error("GL-Error: " + t));
 }
+
+void ReportEarlierGLError()
+{
+    try
+    {
+        CheckForGLError();
+    }
+    catch (std::exception& e)
+    {
+        CatchException(e, QUIB_LOCATION); // it has been logged
+    }
+}
 }

@@ -72,4 +72,6 @@ void GLIsGone();
 bool HasGLLoaded();
 /// @throws std::runtime_error  "GL-Error: " and GL's text when there is one; silent before GLHasLoaded
 void CheckForGLError();
+/// What others left behind, before a step that asks for its own: it is logged and goes no further.
+void ReportEarlierGLError();
 }

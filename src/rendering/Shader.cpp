@@ -164,6 +164,11 @@ void Shader::UnbindImpl() const
     UseProgram(0);
 }
 
+void Shader::LogWhere(const char* kind, const util::String& name) const
+{
+    Log(logging::LogError, "Shader " + m_name + " has no " + kind + " " + name);
+}
+
 int Shader::GetUniformLocation(const util::String& name) const
 {
     if (!m_program)
@@ -171,7 +176,10 @@ int Shader::GetUniformLocation(const util::String& name) const
     const int location = glGetUniformLocationARB(m_program, name.c_str());
     CheckForGLError();
     if (location < 0)
+    {
         Log(logging::LogError, "Uniform \"" + name + "\" not found in shader");
+        LogWhere("uniform", name);
+    }
     return location;
 }
 
@@ -182,7 +190,10 @@ int Shader::GetAttributeLocation(const util::String& name) const
     const int location = glGetAttribLocationARB(m_program, name.c_str());
     CheckForGLError();
     if (location < 0)
+    {
         Log(logging::LogError, "Attribute \"" + name + "\" not found.");
+        LogWhere("attribute", name);
+    }
     return location;
 }
 

@@ -49,6 +49,7 @@ private:
     // Each asks GL for errors twice, before and after.
     void BindImpl() const override;
     void UnbindImpl() const override;
+    void LogWhere(const char* kind, const util::String& name) const;
 
     util::String m_name;
     unsigned m_program = 0; // GL's; 0: both sources are empty

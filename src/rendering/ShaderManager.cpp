@@ -1,11 +1,25 @@
 #include "rendering/ShaderManager.h"
 
 #include "logging/Log.h"
+#include "rendering/Renderer.h"
 #include "rendering/ResourceSettings.h"
 #include "util/FileSystem.h"
 
 namespace rendering
 {
+namespace
+{
+/// One without a word, as a full disk leaves it, would be half of a program that draws anything, or none
+/// and yet no failure.
+util::String ReadSource(const util::String& path)
+{
+    util::String source = util::FileSystem::GetInstancePtr()->ReadWholeFile(path);
+    if (source.empty())
+        QUIB_THROW(BadDataException("The file \"" + path + "\" is empty"));
+    return source;
+}
+}
+
 ShaderManager::ShaderManager()
 {
     util::Mentor<Shader>::s_default = QUIB_NEW util::Mentor<Shader>(&CreateDefaultShader);
@@ -28,12 +42,11 @@ Shader* ShaderManager::LoadFromFiles(util::String name)
 {
     if (!ResourceSettings::s_useShaders)
         return nullptr;
-    util::FileSystem* files = util::FileSystem::GetInstancePtr();
     const util::String stem = GetShaderPath() + name;
-    const util::String vertexSource = files->ReadWholeFile(stem + ".vert");
-    const util::String fragmentSource = files->ReadWholeFile(stem + ".frag");
     try
     {
+        const util::String vertexSource = ReadSource(stem + ".vert");
+        const util::String fragmentSource = ReadSource(stem + ".frag");
         return new Shader(name, vertexSource, fragmentSource);
     }
     catch (...)
@@ -46,6 +59,7 @@ Shader* ShaderManager::LoadFromFiles(util::String name)
 
 Shader* ShaderManager::CreateDefaultShader()
 {
+    ReportEarlierGLError(); // nobody stands in for it
     return new Shader("[NAME MISSING]", "", "");
 }
 }

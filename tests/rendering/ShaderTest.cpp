@@ -457,7 +457,9 @@ TEST_F(ShaderTest, AMissingVariableIsAnErrorThatStopsNothing)
         EXPECT_EQ(-1, shader.GetUniformLocation("Colour"));
         EXPECT_EQ(-1, shader.GetAttributeLocation("side"));
         EXPECT_EQ((Calls{"!! ERROR: Uniform \"Colour\" not found in shader",
-                         "!! ERROR: Attribute \"side\" not found."}),
+                         "!! ERROR: Shader x has no uniform Colour",
+                         "!! ERROR: Attribute \"side\" not found.",
+                         "!! ERROR: Shader x has no attribute side"}),
                   log.Lines());
         EXPECT_EQ((Calls{"uniform? 1 Color", "attribute? 1 corner", "uniform? 1 Colour",
                          "attribute? 1 side"}),
@@ -465,7 +467,7 @@ TEST_F(ShaderTest, AMissingVariableIsAnErrorThatStopsNothing)
         // GL would be told the location -1 to no effect, or to that of an error.
         shader.SetUniform("Colour", 1.0f);
         EXPECT_EQ((Calls{"uniform? 1 Colour"}), TakeCalls());
-        EXPECT_EQ(2u, log.Lines().size()) << "the log holds back what it said in this frame";
+        EXPECT_EQ(4u, log.Lines().size()) << "the log holds back what it said in this frame";
     });
 }
 
@@ -537,6 +539,40 @@ TEST_F(ShaderTest, AMissingFileCostsTheShaderAndNothingElse)
         EXPECT_TRUE(log.Has("data/shaders/default/nowhere.vert")) << log.Text();
         EXPECT_FALSE(ShaderManager::GetInstancePtr()->Load("half"));
         EXPECT_TRUE(log.Has("data/shaders/default/half.frag")) << log.Text();
+    });
+}
+
+// An empty pair was taken for the default, which has no program: bodies were drawn by nobody.
+TEST_F(ShaderTest, AnEmptyFileCostsTheShaderToo)
+{
+    const char* const sources[][2] = {{"", ""}, {"V", ""}, {"", "F"}};
+    EXPECT_IN_FRESH_PROCESS({
+        for (const auto& source : sources)
+        {
+            const std::string name = std::string("empty") + source[0] + source[1];
+            test::Spit(m_dir / ("data/shaders/default/" + name + ".vert"), source[0]);
+            test::Spit(m_dir / ("data/shaders/default/" + name + ".frag"), source[1]);
+            test::LogCapture log(6);
+            const ShaderProxy proxy = ShaderManager::GetInstancePtr()->Load(name);
+            EXPECT_FALSE(proxy) << name;
+            EXPECT_TRUE(log.Has("!! ERROR: Failed to load shader " + name)) << log.Text();
+            EXPECT_TRUE(log.Has("data/shaders/default/" + name + (*source[0] ? ".frag" : ".vert") +
+                                "\" is empty"))
+                << log.Text();
+        }
+        EXPECT_EQ(Calls(), TakeCalls());
+    });
+}
+
+TEST_F(ShaderTest, AnErrorThatOthersLeftDoesNotCostTheDefault)
+{
+    EXPECT_IN_FRESH_PROCESS({
+        test::LogCapture log(6);
+        const ShaderProxy proxy = ShaderManager::GetInstancePtr()->Load("nowhere");
+        recorded::GL().error = GL_INVALID_OPERATION;
+        EXPECT_FALSE(proxy);
+        EXPECT_EQ("[NAME MISSING]", proxy->GetName());
+        EXPECT_TRUE(log.Has("GL-Error: invalid operation")) << log.Text();
     });
 }
 
@@ -627,7 +663,9 @@ TEST_F(ShaderTest, AMissingUniformIsAskedForAndReportedOnceForEachBuild)
                 logging::Logger::GetInstancePtr()->Update();
                 logging::Logger::GetInstancePtr()->Update();
             }
-            EXPECT_EQ((Calls{"!! ERROR: Uniform \"Color\" not found in shader"}), log.Lines());
+            EXPECT_EQ((Calls{"!! ERROR: Uniform \"Color\" not found in shader",
+                             "!! ERROR: Shader good has no uniform Color"}),
+                      log.Lines());
             EXPECT_EQ(1u, TakeCalls().size());
             proxy.GetMentor()->Unload();
             proxy.GetMentor()->Load();

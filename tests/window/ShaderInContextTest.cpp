@@ -758,6 +758,12 @@ TEST_F(ShaderInContextTest, WhatIsWrongWithAShaderIsInTheLogAndTheFixedFunctions
             EXPECT_PIXEL(Red, 0, 0);
             EXPECT_NO_THROW(rendering::CheckForGLError());
         }
+        // What a full disk leaves.
+        test::Spit(dir / "data/shaders/default/empty.vert", "");
+        test::Spit(dir / "data/shaders/default/empty.frag", "");
+        test::LogCapture log(logging::LogError);
+        EXPECT_FALSE(ShaderManager::GetInstancePtr()->Load("empty"));
+        EXPECT_TRUE(log.Has("Failed to load shader empty")) << log.Text();
     });
 }
 
