@@ -66,17 +66,25 @@ GLint MinFilter(bool mipmaps, const Texture::Quality& quality)
     return quality.m_linearMin ? GL_LINEAR_MIPMAP_NEAREST : GL_NEAREST_MIPMAP_NEAREST;
 }
 
-/// An error that others left behind is not the new texture's.
-void ReportEarlierError()
+/// Of a corner, as GL reads the image.
+math::Vec4 GetCornerColor(const AbstractImage& image)
 {
-    try
-    {
-        CheckForGLError();
-    }
-    catch (std::exception& e)
-    {
-        CatchException(e, QUIB_LOCATION); // it has been logged
-    }
+    if (image.GetWidth() == 0 || image.GetHeight() == 0)
+        return math::Vec4(0, 0, 0, 0);
+    if (const auto* floats = dynamic_cast<const ImageFloat*>(&image))
+        return math::Vec4(0, 0, 0, (*floats)(0, 0));
+    const auto* colors = dynamic_cast<const ImageRGBA32*>(&image);
+    CODE_ASSERT(colors);
+    const PixelRGBA32& c = (*colors)(0, 0);
+    return math::Vec4(c.x, c.y, c.z, c.w) * (1 / 255.0f);
+}
+
+util::String Describe(const AbstractImage& image)
+{
+    if (!image.GetName().empty())
+        return "image " + image.GetName();
+    return "a computed image of " + util::ToString(image.GetWidth()) + " x " +
+           util::ToString(image.GetHeight()) + " pixels";
 }
 
 void ThrowGLUError(GLint code)
@@ -88,15 +96,25 @@ void ThrowGLUError(GLint code)
 }
 }
 
-Texture::Texture(const AbstractImagePtr& image, const ImageType& type)
+Texture::Texture(const AbstractImagePtr& image, const ImageType& type, unsigned internalFormat)
     : m_image(image)
     , m_size(static_cast<int>(image->GetWidth()), static_cast<int>(image->GetHeight()))
     , m_type(type)
-    , m_internalFormat(ChooseInternalFormat(type.m_format))
+    , m_internalFormat(internalFormat)
+{
+}
+
+Texture* Texture::CreateEmpty(const AbstractImagePtr& image, const ImageType& type)
+{
+    return new Texture(image, type, ChooseInternalFormat(type.m_format));
+}
+
+Texture::Texture(const AbstractImagePtr& image, const ImageType& type)
+    : Texture(image, type, ChooseInternalFormat(type.m_format))
 {
     if (!HasGLLoaded())
         return;
-    ReportEarlierError();
+    ReportEarlierGLError();
     try
     {
         QUIB_PASS_ON(glGenTextures(1, &m_name));
@@ -106,8 +124,9 @@ Texture::Texture(const AbstractImagePtr& image, const ImageType& type)
     }
     catch (...)
     {
+        // The destructor, which follows, deletes it. What GL says names nothing.
         glBindTexture(GL_TEXTURE_2D, 0);
-        glDeleteTextures(1, &m_name);
+        Log(logging::LogError, "Failed to make a texture of " + Describe(*m_image));
         throw;
     }
 }
@@ -149,6 +168,13 @@ void Texture::CommitQuality()
     set(GL_TEXTURE_WRAP_T, quality.m_clampT ? clamp : GL_REPEAT);
     set(GL_TEXTURE_MIN_FILTER, MinFilter(m_type.m_mipmaps, quality));
     set(GL_TEXTURE_MAG_FILTER, quality.m_linearMag ? GL_LINEAR : GL_NEAREST);
+    if (clamp == GL_CLAMP)
+    {
+        // It blends the outermost pixels with a color that is none of theirs, and would be transparent: in
+        // a map of distances that is the deepest inside. Images whose border matters have a rim of one color.
+        const math::Vec4 border = GetCornerColor(*m_image);
+        glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, &border.x);
+    }
     if (IsDepth(m_internalFormat))
     {
         set(GL_DEPTH_TEXTURE_MODE, GL_INTENSITY);

@@ -38,8 +38,10 @@ public:
     };
 
     /// Without GL (HasGLLoaded) it remembers what it is and is nothing.
-    /// @throws std::runtime_error  when GL refuses it, as one that is too large
+    /// @throws std::runtime_error  when GL refuses it, as one that is too large; the log names the image
     Texture(const AbstractImagePtr& image, const ImageType& type);
+    /// One that is nothing with GL too: where it is bound, there is no texture.
+    static Texture* CreateEmpty(const AbstractImagePtr& image, const ImageType& type);
     ~Texture() override;
 
     /// @throws BadCoderException  for a format whose bytes nobody knows
@@ -72,6 +74,7 @@ public:
     ImageRGBA32Ptr ReadRGBA() const;
 
 private:
+    Texture(const AbstractImagePtr& image, const ImageType& type, unsigned internalFormat);
     void Upload();
     void CommitQuality();
 

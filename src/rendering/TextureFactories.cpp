@@ -42,16 +42,7 @@ Texture* TextureFromPath(const util::String& path, Texture::ImageType type)
         Log(logging::LogError, "Failed to load image " + path);
         return nullptr;
     }
-    try
-    {
-        return TextureFromImage(image, type);
-    }
-    catch (...)
-    {
-        // What GL says names nothing.
-        Log(logging::LogError, "Failed to make a texture of image " + path);
-        throw;
-    }
+    return TextureFromImage(image, type);
 }
 
 Texture* TextureFromImage(ImageRGBA32Ptr image, Texture::ImageType type)
@@ -72,6 +63,17 @@ Texture* CreateDefaultTexture()
         for (unsigned x = 0; x < size; ++x)
             (*image)(x, y) =
                 y / half == x / half ? PixelRGBA32(0, 255, 0, 127) : PixelRGBA32(255, 0, 255, 255);
-    return TextureFromImage(image, {GL_RGBA, true});
+    const Texture::ImageType type = {GL_RGBA, true};
+    try
+    {
+        return TextureFromImage(image, type);
+    }
+    catch (std::exception& e)
+    {
+        // Nobody stands in for it.
+        CatchException(e, QUIB_LOCATION);
+        Log(logging::LogError, util::String("There is no default texture: ") + e.what());
+        return Texture::CreateEmpty(image, type);
+    }
 }
 }

@@ -116,11 +116,13 @@ public:
     }
 
     /// Builds the resource where it is not there.
-    /// @throws std::runtime_error  when there is no mentor
+    /// @throws std::runtime_error  when there is no mentor, or when its resource and the default failed
     T* operator->() const
     {
         m_mentor.Check();
-        return m_mentor->GetPtr().get();
+        const SharedPtr<T>& resource = m_mentor->GetPtr();
+        resource.Check();
+        return resource.get();
     }
 
     operator void*() const

@@ -148,6 +148,10 @@ extern "C"
     {
         Note("glTexParameteri", name, value);
     }
+    void glTexParameterfv(GLenum, GLenum name, const GLfloat* v)
+    {
+        Note("glTexParameterfv", name, v[0], v[1], v[2], v[3]);
+    }
     void glCopyTexSubImage2D(GLenum, GLint level, GLint xoffset, GLint yoffset, GLint x, GLint y,
                              GLsizei width, GLsizei height)
     {

@@ -2,10 +2,11 @@
 
 #include "TestSupport.h"
 #include "rendering/RecordedGL.h"
+#include "rendering/Renderer.h"
 #include "rendering/TextureFactories.h"
 #include "util/FileSystem.h"
 
-#include <GL/gl.h>
+#include <GL/glu.h>
 #include <gtest/gtest.h>
 
 using rendering::ImageFloat;
@@ -153,6 +154,26 @@ TEST_F(TextureManagerTest, TheDefaultIsFourQuartersOfGreenAndMagenta)
         EXPECT_TRUE(magenta == (*image)(32 + far, far));
         EXPECT_TRUE(magenta == (*image)(far, 32 + far));
     }
+}
+
+TEST_F(TextureManagerTest, ADefaultThatGLRefusesIsNoTextureAndCanBeUsed)
+{
+    rendering::GLHasLoaded();
+    const util::SharedPtr<util::Mentor<Texture>> usual = util::Mentor<Texture>::s_default;
+    util::Mentor<Texture>::s_default =
+        QUIB_NEW util::Mentor<Texture>(rendering::CreateDefaultTexture);
+    recorded::GL().mipmapsError = GLU_OUT_OF_MEMORY;
+    test::LogCapture log(logging::LogError);
+    const TextureProxy missing = m_manager->Load("neither here", {GL_RGBA, true});
+    EXPECT_FALSE(missing);
+    EXPECT_EQ(math::Vec2i(64, 64), missing->GetSize());
+    recorded::Calls().clear();
+    missing->Bind();
+    missing->Copy();
+    EXPECT_EQ(std::vector<std::string>{"glBindTexture 0"}, recorded::Calls());
+    EXPECT_TRUE(log.Has("!! ERROR: There is no default texture: GLU-Error: out of memory"))
+        << log.Text();
+    util::Mentor<Texture>::s_default = usual;
 }
 
 TEST_F(TextureManagerTest, ImagesMakeANewTextureEachTime)

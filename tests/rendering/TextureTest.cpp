@@ -145,9 +145,18 @@ TEST_F(TextureTest, KnowsEachFilterAndWrapMode)
 TEST_F(TextureTest, ClampsInTheOldWayOnADriverWithoutBorders)
 {
     __GLEW_ARB_texture_border_clamp = GL_FALSE;
-    Make(1, 1, {GL_RGBA});
+    const rendering::ImageRGBA32Ptr colors = QUIB_NEW ImageRGBA32(2, 1);
+    (*colors)(0, 0) = rendering::PixelRGBA32(255, 0, 51, 255);
+    const Texture color(colors, {GL_RGBA});
     EXPECT_TRUE(Has(Set(GL_TEXTURE_WRAP_S, GL_CLAMP)));
     EXPECT_TRUE(Has(Set(GL_TEXTURE_WRAP_T, GL_CLAMP)));
+    // Blended with what there is anyway.
+    EXPECT_TRUE(Has(Text("glTexParameterfv", GL_TEXTURE_BORDER_COLOR, 1, 0, 0.2f, 1)));
+    const rendering::ImageFloatPtr distances = QUIB_NEW ImageFloat(1, 2);
+    (*distances)(0, 0) = 0.75f;
+    const Texture map(distances, {GL_ALPHA});
+    EXPECT_TRUE(Has(Text("glTexParameterfv", GL_TEXTURE_BORDER_COLOR, 0, 0, 0, 0.75f)));
+    Make(0, 8, {GL_RGBA}); // has no corner
 }
 
 TEST_F(TextureTest, ADepthTextureIsCompared)
@@ -240,11 +249,19 @@ TEST_F(TextureTest, IsBoundToAUnitOnlyWhereThereAreUnits)
 TEST_F(TextureTest, OneThatGLRefusesIsNone)
 {
     recorded::GL().mipmapsError = GLU_OUT_OF_MEMORY;
+    test::LogCapture log(logging::LogError);
     EXPECT_EQ("GLU-Error: out of memory", test::WhatOf<std::runtime_error>(
                                               [] {
-                                                  Make(1, 1, {GL_RGBA, true});
+                                                  Make(3, 5, {GL_RGBA, true});
                                               }));
     EXPECT_EQ("glDeleteTextures 1", recorded::Calls().back());
+    EXPECT_EQ(1,
+              std::count(recorded::Calls().begin(), recorded::Calls().end(), "glDeleteTextures 1"));
+    EXPECT_TRUE(log.Has("Failed to make a texture of a computed image of 3 x 5 pixels"))
+        << log.Text();
+    EXPECT_THROW(Texture(QUIB_NEW ImageFloat(1, 1, "circle"), {GL_ALPHA, true}),
+                 std::runtime_error);
+    EXPECT_TRUE(log.Has("Failed to make a texture of image circle")) << log.Text();
     EXPECT_EQ(4, recorded::GL().unpackAlignment);
 }
 

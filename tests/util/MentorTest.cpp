@@ -142,7 +142,7 @@ TEST_F(MentorTest, ADefaultThatFailsHasNoStandIn)
     EXPECT_FALSE(PictureMentor::s_default->GetPtr());
     const PictureProxy proxy(Make(""));
     EXPECT_FALSE(proxy);
-    EXPECT_EQ(nullptr, proxy.operator->());
+    EXPECT_THROW(proxy->text.size(), std::runtime_error) << "and is no null pointer";
 }
 
 TEST_F(MentorTest, AProxyTellsItsOwnPictureFromTheDefault)
