@@ -67,6 +67,9 @@ if command -v update-mime-database >/dev/null; then
     check "the type can be registered" update-mime-database "$work/mime"
     check "a scene is known by its extension" grep -q "^$mime:\*\.qib$" "$work/mime/globs"
 fi
+icon=$(sed -n 's/^Icon=//p' "$prefix/share/applications/quib.desktop")
+check "the desktop entry's icon is there" \
+    grep -q "<svg" "$prefix/share/icons/hicolor/scalable/apps/$icon.svg"
 if command -v desktop-file-validate >/dev/null; then
     check "the desktop entry is valid" desktop-file-validate "$prefix/share/applications/quib.desktop"
 fi
