@@ -1,5 +1,7 @@
 // The pictures that ship. Whether they please is for eyes; here: that each one the program asks for is
 // there, in a form that it can use.
+#include "rendering/Image.h"
+
 #include <boost/filesystem.hpp>
 
 #include <cstdint>
@@ -139,6 +141,27 @@ TEST(Textures, AndTheirDrawingsHaveTheSameNames)
         textures.erase("background/" + name);
     textures.insert("Quib");
     EXPECT_EQ(textures, NamesBelow(Tree / "data-src", ".svg"));
+}
+
+// Beyond it there is nothing, and a driver may blend the outermost pixels with that.
+TEST(Textures, EndInATransparentRim)
+{
+    const unsigned rim = 2; // pixels
+    for (const std::string& name : NamesBelow(Textures, ".png"))
+    {
+        SCOPED_TRACE(name);
+        const rendering::ImageRGBA32Ptr image =
+            rendering::ImageRGBA32::LoadFile((Textures / (name + ".png")).string());
+        const unsigned w = image->GetWidth(), h = image->GetHeight();
+        int inside = 0, outside = 0; // pixels that show something
+        for (unsigned y = 0; y < h; ++y)
+            for (unsigned x = 0; x < w; ++x)
+                if ((*image)(x, y).w != 0)
+                    ++(x < rim || y < rim || x >= w - rim || y >= h - rim ? outside : inside);
+        EXPECT_EQ(0, outside);
+        // There is one that shows nothing, for those who want none.
+        EXPECT_EQ(name == "blank", inside == 0);
+    }
 }
 
 // The window's icon is drawn as it is, without alpha.
