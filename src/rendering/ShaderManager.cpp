@@ -47,6 +47,7 @@ Shader* ShaderManager::LoadFromFiles(util::String name)
     {
         const util::String vertexSource = ReadSource(stem + ".vert");
         const util::String fragmentSource = ReadSource(stem + ".frag");
+        ReportEarlierGLError(); // such as a texture's that was refused
         return new Shader(name, vertexSource, fragmentSource);
     }
     catch (...)

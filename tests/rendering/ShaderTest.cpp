@@ -564,9 +564,15 @@ TEST_F(ShaderTest, AnEmptyFileCostsTheShaderToo)
     });
 }
 
-TEST_F(ShaderTest, AnErrorThatOthersLeftDoesNotCostTheDefault)
+TEST_F(ShaderTest, AnErrorThatOthersLeftCostsNoShader)
 {
+    WriteShader("good");
     EXPECT_IN_FRESH_PROCESS({
+        recorded::GL().error = GL_INVALID_ENUM;
+        EXPECT_TRUE(ShaderManager::GetInstancePtr()->Load("good"));
+
+        // Nor the default.
+        ShaderMentor::s_default->Unload();
         test::LogCapture log(6);
         const ShaderProxy proxy = ShaderManager::GetInstancePtr()->Load("nowhere");
         recorded::GL().error = GL_INVALID_OPERATION;
