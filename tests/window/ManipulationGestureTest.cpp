@@ -250,6 +250,23 @@ TEST_F(ManipulationGestureTest, ABodyIsPulledByTheDragTool)
     EXPECT_TRUE(WaitForPicture([&] { return IsDarkRed(At({0.15, -0.7})); })) << "and falls back";
 }
 
+// Nothing pulls at what is part of the background. The drag goes on to those that move.
+TEST_F(ManipulationGestureTest, AWeldedBodyIsMovedByTheDragToolWithItsWeld)
+{
+    Lay(Box);
+    hand->Tap("f");
+    hand->Click({0.2, 0.2});
+    hand->Tap("d");
+    SavedScene scene = Drag(Straight({-0.2, 0}, {0.8, 0.5}));
+    EXPECT_AT((Point{1, 0.5}), PosOf(scene.One("Box")));
+    EXPECT_AT((Point{0.2, 0.2}), scene.One("Fixjoint").Vec("geom0pos"));
+    EXPECT_AT((Point{1.2, 0.7}), scene.One("Fixjoint").Vec("geom1pos"));
+    Undo();
+    scene = hand->Save();
+    EXPECT_AT((Point{0, 0}), PosOf(scene.One("Box")));
+    EXPECT_AT((Point{0.2, 0.2}), scene.One("Fixjoint").Vec("geom1pos"));
+}
+
 TEST_F(ManipulationGestureTest, DraggingTheOneSelectedBodyOfARunningWorldGrabsIt)
 {
     Lay(Ground);
