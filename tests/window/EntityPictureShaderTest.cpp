@@ -1,7 +1,11 @@
 // What bodies look like with shaders and without, by the pixels of a real OpenGL.
 #include "app/Group.h"
 #include "app/entities/GeomEntity.h"
+#include "app/tools/CircleTool.h"
+#include "app/tools/Tools.h"
 #include "core/ResourceManager.h"
+#include "math/OBB2D.h"
+#include "physics/Polygon.h"
 #include "window/EntityPictureStage.h"
 
 #include <boost/filesystem.hpp>
@@ -52,6 +56,12 @@ protected:
                 if (!IsNear(Backdrop, At(x + float(dx) * pixel, y + float(dy) * pixel), 20))
                     return true;
         return false;
+    }
+    static void Select(size_t i)
+    {
+        const app::GroupPtr group = QUIB_NEW app::Group("selected");
+        group->Add(Entity(i));
+        TheScene()->SetSelection(group);
     }
     static Color Mix(const Color& a, const Color& b, float t)
     {
@@ -118,10 +128,8 @@ TEST_F(EntityPictureShaderTest, WhatIsPointedAtOrSelectedHasAnotherBorder)
                                      << kind.name << (shaders ? " with shader" : "")
                                      << (selected ? " selected" : "") << (pointedAt ? " hot" : ""));
                         Run(selected || pointedAt ? "App.borders = false" : "App.borders = true");
-                        const app::GroupPtr group = QUIB_NEW app::Group("selected");
                         if (selected)
-                            group->Add(Entity(0));
-                        TheScene()->SetSelection(group);
+                            Select(0);
                         Entity(0)->SetMouseOver(pointedAt);
                         Draw();
                         const Color expected = colors[selected][pointedAt];
@@ -171,10 +179,7 @@ TEST_F(EntityPictureShaderTest, TheWedgeOfACircleTurnsWithItsBody)
                         return At(0.8f * std::cos(angle + turned), 0.8f * std::sin(angle + turned));
                     };
                     const Color inside = isGlass ? Color{128, 0, 128} : Amber;
-                    // Three quarters with the shader, and what lies below elsewhere: the border.
-                    const Color wedge = !isGlass  ? AmberBorder
-                                        : shaders ? Color{96, 0, 128}
-                                                  : Color{64, 0, 128};
+                    const Color wedge = isGlass ? Color{96, 0, 128} : AmberWedge;
                     for (const float turned : {-0.15f, 0.0f, 0.15f})
                         EXPECT_COLOR(wedge, around(turned)) << turned;
                     for (const float turned : {-0.25f, 0.25f, 1.5f, 3.1f})
@@ -193,14 +198,26 @@ TEST_F(EntityPictureShaderTest, ACircleTooLargeForItsTextureKeepsItsLook)
                 SCOPED_TRACE(testing::Message() << shaders << ", " << radius);
                 UseShaders(shaders);
                 Lay("Scene.addCircle { pos = [" + std::to_string(-radius) +
-                    ", 0.0]; angle = 0.3; radius = " + std::to_string(radius) + "; " + AmberKeys +
+                    ", 0.0]; angle = 0.22; radius = " + std::to_string(radius) + "; " + AmberKeys +
                     "}");
-                EXPECT_COLOR(Amber, At(-0.1f, 0));
-                EXPECT_COLOR(AmberBorder, At(-0.015f, 0));
-                EXPECT_COLOR(Backdrop, At(0.025f, 0));
-                // Its wedge is darker.
-                EXPECT_LT(At(-radius + 4 * std::cos(0.3f), 4 * std::sin(0.3f)).r, 190);
-                EXPECT_COLOR(Amber, At(-radius + 4 * std::cos(0.05f), 4 * std::sin(0.05f)));
+                const auto expectLook = [&](const Color& border)
+                {
+                    EXPECT_COLOR(Amber, At(-0.1f, 0));
+                    EXPECT_COLOR(border, At(-0.015f, 0));
+                    EXPECT_COLOR(Backdrop, At(0.025f, 0));
+                    for (const float turned : {-0.17f, 0.0f, 0.17f})
+                        EXPECT_COLOR(AmberWedge, At(-radius + 3.8f * std::cos(0.22f + turned),
+                                                    3.8f * std::sin(0.22f + turned)));
+                    EXPECT_COLOR(Amber, At(-radius + 4 * std::cos(-0.05f), 4 * std::sin(-0.05f)));
+                };
+                expectLook(AmberBorder);
+                Entity(0)->SetMouseOver(true);
+                Draw();
+                expectLook({51, 51, 51});
+                Entity(0)->SetMouseOver(false);
+                Select(0);
+                Draw();
+                expectLook({255, 255, 255});
             }
     });
 }
@@ -227,6 +244,73 @@ TEST_F(EntityPictureShaderTest, ShadersSmoothTheEdges)
                     EXPECT_GT(count, 20);
                 else
                     EXPECT_EQ(0, count);
+            }
+    });
+}
+
+TEST_F(EntityPictureShaderTest, ASmallPolygonIsMarkedAsALargeOneIs)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        // 24 pixels across, and of other shapes as small.
+        const std::string commands[] = {
+            "Scene.addPolygon { vecs = [[-0.12, -0.12], [0.12, -0.12], [0.12, 0.12], [-0.12, "
+            "0.12]]; ",
+            "Scene.addPolygon { vecs = [[-0.12, -0.06], [0.12, -0.06], [0.12, 0.06], [-0.12, "
+            "0.06]]; "};
+        for (const bool shaders : {false, true})
+            for (const std::string& command : commands)
+            {
+                SCOPED_TRACE(testing::Message() << shaders << ": " << command);
+                UseShaders(shaders);
+                Lay(command + "pos = [0.0, 0.0]; " + AmberKeys + "}");
+                const auto expectBorder = [&](const Color& border)
+                {
+                    const Color c = At(0.115f, 0);
+                    if (shaders) // its ink runs out
+                        EXPECT_TRUE(IsNear(Mix(border, Amber, 0.15f), c, 20)) << c;
+                    else
+                        EXPECT_COLOR(border, c);
+                    EXPECT_TRUE(IsNear(Amber, At(0, 0), 10)) << At(0, 0);
+                    EXPECT_COLOR(Backdrop, At(0.135f, 0));
+                };
+                expectBorder(AmberBorder);
+                Entity(0)->SetMouseOver(true);
+                Draw();
+                expectBorder({51, 51, 51});
+                Entity(0)->SetMouseOver(false);
+                Select(0);
+                Draw();
+                expectBorder({255, 255, 255});
+                // A clone that shares what was made for it.
+                TheScene()->AddEntity(Entity(0)->AsGeomEntity()->Clone());
+                TheScene()->RemoveEntity(Entity(0));
+                Draw();
+                expectBorder(AmberBorder);
+            }
+    });
+}
+
+TEST_F(EntityPictureShaderTest, AThinPolygonKeepsItsColorAlongTheMiddle)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        for (const bool shaders : {false, true})
+            for (const float half : {0.02f, 0.03f, 0.045f, 0.07f})
+            {
+                SCOPED_TRACE(testing::Message() << shaders << ", " << half);
+                UseShaders(shaders);
+                const std::string top = std::to_string(half), bottom = std::to_string(-half);
+                Lay("Scene.addPolygon { angle = 0.2; pos = [0.0, 0.0]; vecs = [[-1.5, " + bottom +
+                    "], [1.5, " + bottom + "], [1.5, " + top + "], [-1.5, " + top + "]]; " +
+                    AmberKeys + "}");
+                int dark = 0;
+                for (float along = -1.4f; along < 1.4f; along += 0.01f)
+                    dark += At(along * std::cos(0.2f), along * std::sin(0.2f)).r < 190;
+                EXPECT_EQ(0, dark);
+                // And the border is there.
+                const float out = half - 0.009f, c = std::cos(0.2f), s = std::sin(0.2f);
+                EXPECT_LT(At(-s * out, c * out).r, 200);
             }
     });
 }
@@ -406,6 +490,86 @@ TEST_F(EntityPictureShaderTest, APlaneThatIsShownElsewhereFillsTheScreenBelowIts
             }
             Entity(0)->SetDrawTransform(Mat3());
         }
+    });
+}
+
+TEST_F(EntityPictureShaderTest, TheBoxesAroundAPolygonShow)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        UseShaders(false);
+        Lay(std::string("Scene.addPolygon { vecs = [[-1.0, -0.7], [1.0, -0.3], [0.2, 0.9]]; pos = "
+                        "[0.0, 0.0]; angle = 0.2; ") +
+            AmberKeys + "}");
+        const auto& polygon =
+            static_cast<const physics::Polygon&>(*Entity(0)->AsGeomEntity()->GetGeom());
+        const auto expectBox = [&](const math::OBB2D& box)
+        {
+            Vec2 corners[4];
+            box.CalcCorners(corners);
+            int missing = 0;
+            for (int i = 0; i < 4; ++i)
+                for (float t = 0.02f; t < 1; t += 0.02f)
+                {
+                    const Vec2 p = TransformCoordinate(
+                        polygon.GetPose(), math::Lerp(corners[i], corners[(i + 1) % 4], t));
+                    if (polygon.DistanceWorld(p) < 0.05f)
+                        continue;
+                    // A grey that is added to the sky, and a pixel wide.
+                    bool isThere = false;
+                    for (const Vec2& d : {Vec2(0, 0), Vec2(0.01f, 0), Vec2(-0.01f, 0),
+                                          Vec2(0, 0.01f), Vec2(0, -0.01f)})
+                        isThere |= IsNear({128, 128, 255}, At(p.x + d.x, p.y + d.y));
+                    missing += !isThere;
+                }
+            EXPECT_EQ(0, missing);
+        };
+        const auto countGrey = [this]
+        {
+            int count = 0;
+            for (int y = 0; y < Height; ++y)
+                for (int x = 0; x < Width; ++x)
+                    count += IsNear({128, 128, 255}, GetColor(x, y));
+            return count;
+        };
+        EXPECT_EQ(0, countGrey());
+        Run("App.drawOBBs = true");
+        Draw();
+        expectBox(polygon.GetOBB());
+        const int count = countGrey();
+        EXPECT_GT(3000, count) << "lines, and no areas";
+        Run("App.drawOBBs = false; App.drawMapOBBs = true");
+        Draw();
+        expectBox(polygon.GetMapOBB());
+        EXPECT_LT(count, countGrey())
+            << "the map goes all around, where the box touches the polygon";
+        Run("App.drawMapOBBs = false");
+        Draw();
+        EXPECT_EQ(0, countGrey());
+    });
+}
+
+TEST_F(EntityPictureShaderTest, AToolsPreviewLooksAsWhatItWillMake)
+{
+    EXPECT_FINE_IN_FRESH_PROCESS({
+        Start();
+        UseShaders(false);
+        Lay("");
+        app::Tools* tools = app::Tools::GetInstancePtr();
+        const util::SharedPtr<app::CircleTool>& tool = tools->Get<app::CircleTool>();
+        tools->Select(tool);
+        // 1,100 pixels across, so that there is no texture: the border is all of the circle, but for what is
+        // in front of it.
+        const Vec2 start(-450, 150), end(100, 150);
+        tool->OnDragBegin(input::DragEvent(start, Vec2(), start, input::MouseLeft));
+        tool->OnDrag(input::DragEvent(start, end - start, end, input::MouseLeft));
+        Draw();
+        const Vec2 middle(-6.5f, 0), dir(std::cos(0.25f), std::sin(0.25f));
+        const auto at = [&](float r) { return At(middle.x + r * dir.x, middle.y + r * dir.y); };
+        const Color inside = at(5.2f), border = at(5.485f);
+        EXPECT_GT(inside.r + inside.g + inside.b, 60);
+        EXPECT_COLOR((Color{inside.r / 2, inside.g / 2, inside.b / 2}), border);
+        EXPECT_COLOR(Backdrop, at(5.53f));
     });
 }
 

@@ -42,7 +42,8 @@ class EntityPictureStage : public PictureFixture
 protected:
     static constexpr int Width = 400, Height = 300;
     static constexpr Color Backdrop = {0, 0, 255};
-    static constexpr Color Amber = {240, 160, 60}, AmberBorder = {120, 80, 30};
+    static constexpr Color Amber = {240, 160, 60}, AmberBorder = {120, 80, 30},
+                           AmberWedge = {180, 120, 45};
     static constexpr Color Sea = {46, 134, 171}, SeaBorder = {23, 67, 85};
     static constexpr const char* AmberKeys = "color = [0.9411765, 0.627451, 0.2352941, 1.0]; ";
     static constexpr const char* SeaKeys = "color = [0.1803922, 0.5254902, 0.6705882, 1.0]; ";

@@ -29,8 +29,8 @@ std::ostream& operator<<(std::ostream& out, const Color& c)
     return out << "(" << c.r << ", " << c.g << ", " << c.b << ")";
 }
 
-const Color Amber = {240, 160, 60}, AmberBorder = {120, 80, 30};
-const Color Sea = {46, 134, 171}, SeaBorder = {23, 67, 85};
+const Color Amber = {240, 160, 60}, AmberBorder = {120, 80, 30}, AmberWedge = {180, 120, 45};
+const Color Sea = {46, 134, 171}, SeaBorder = {23, 67, 85}, SeaWedge = {35, 100, 128};
 
 // A scene that stands still, with 100 GUI units to a world unit and the world's origin in the middle.
 class EntityPictureTest : public testing::Test
@@ -137,12 +137,12 @@ TEST_F(EntityPictureTest, ACircleShowsAWedgeThatTellsItsRotation)
     Show(std::string("Scene.addCircle { pos = [-2.0, 0.0]; radius = 1.0; ") + AmberKeys +
          "}; Scene.addCircle { pos = [2.0, 0.0]; radius = 1.0; angle = 1.5707964; " + AmberKeys +
          "}");
-    EXPECT_COLOR(AmberBorder, At(-2 + 0.6f, 0));
+    EXPECT_COLOR(AmberWedge, At(-2 + 0.6f, 0));
     EXPECT_COLOR(Amber, At(-2, 0.6f));
     EXPECT_COLOR(Amber, At(-2 - 0.6f, 0));
     EXPECT_COLOR(AmberBorder, At(-2 - 0.98f, 0));
     EXPECT_TRUE(IsSky(At(-2 - 0.75f, 0.75f)));
-    EXPECT_COLOR(AmberBorder, At(2, 0.6f));
+    EXPECT_COLOR(AmberWedge, At(2, 0.6f));
     EXPECT_COLOR(Amber, At(2 + 0.6f, 0));
 }
 
@@ -155,7 +155,7 @@ TEST_F(EntityPictureTest, ACircleTooLargeForItsTextureLooksTheSame)
     EXPECT_COLOR(AmberBorder, At(-0.02f, 0));
     EXPECT_TRUE(IsSky(At(0.04f, 0)));
     // Its wedge points away from the middle, up at 57 degrees.
-    EXPECT_COLOR(AmberBorder, At(-6 + 2.0f, 3.12f));
+    EXPECT_COLOR(AmberWedge, At(-6 + 2.0f, 3.12f));
 }
 
 TEST_F(EntityPictureTest, APolygonHasItsColorInsideAndHalfOfItAtTheBorder)
@@ -305,10 +305,10 @@ TEST_F(EntityPictureTest, TheWedgeOfACircleTurnsAsItRolls)
     ASSERT_GT(std::fabs(angle), 0.5f) << "it has not rolled";
     const auto around = [&](float turned)
     { return At(x + 0.6f * std::cos(angle + turned), y + 0.6f * std::sin(angle + turned)); };
-    EXPECT_COLOR(SeaBorder, around(0));
+    EXPECT_COLOR(SeaWedge, around(0));
     // The wedge is 11 degrees to each side.
-    EXPECT_COLOR(SeaBorder, around(0.14f));
-    EXPECT_COLOR(SeaBorder, around(-0.14f));
+    EXPECT_COLOR(SeaWedge, around(0.14f));
+    EXPECT_COLOR(SeaWedge, around(-0.14f));
     EXPECT_COLOR(Sea, around(0.26f));
     EXPECT_COLOR(Sea, around(-0.26f));
     EXPECT_COLOR(Sea, around(3.14f));

@@ -27,7 +27,7 @@ void main()
         discard; // writes no depth
 
     // A border wider than the map reaches is drawn as wide as that, 127 of 256 parts: the deepest place that
-    // the map knows is always inside.
+    // the map knows is always inside. Of a small polygon, or a thin one, the map reaches farther in.
     float deep = max(depth, 0.0) * max(DistScale, BorderWidth * (256.0 / 127.0));
     float border = clamp((BorderWidth - deep) / PixelSize, 0.0, 1.0);
 

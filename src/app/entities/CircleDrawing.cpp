@@ -15,6 +15,22 @@ namespace app
 namespace
 {
 const int OutlineSteps = 128;
+// On each side of the x axis, of the wedge.
+const int OpenSteps = int(CircleCakeSize * OutlineSteps * 0.5f + 0.5f);
+
+/// From one step around to another, with the origin.
+void DrawFan(float r, int from, int to)
+{
+    if (r <= 0)
+        return;
+    static const auto* const s_vecs = new math::Vec2List(CalcVecs(OutlineSteps));
+    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
+    glBegin(GL_TRIANGLE_FAN);
+    renderer->Vertex(Vec2());
+    for (int i = from; i <= to; ++i)
+        renderer->Vertex((*s_vecs)[i > OutlineSteps ? i - OutlineSteps : i] * r);
+    glEnd();
+}
 
 rendering::TextureProxy CreateTexture(bool cake)
 {
@@ -71,17 +87,31 @@ void DrawCircleRect(float r)
         rendering::Renderer::GetInstancePtr()->DrawRect(Vec2(), 2 * CircleSquareScale * r);
 }
 
-void DrawCircle(float r, bool cake)
+void DrawCakeTriangle(float r)
 {
     if (r <= 0)
         return;
-    static const auto* const s_vecs = new math::Vec2List(CalcVecs(OutlineSteps));
-    const int open = cake ? int(std::floor(CircleCakeSize * OutlineSteps * 0.5f + 0.5f)) : 0;
-    rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
-    glBegin(GL_TRIANGLE_FAN);
-    renderer->Vertex(Vec2());
-    for (int i = open; i <= OutlineSteps - open; ++i)
-        renderer->Vertex((*s_vecs)[i] * r);
+    const auto corner = [r](float x, float y)
+    {
+        glTexCoord2f(0.5f + 0.5f / CircleSquareScale * x, 0.5f + 0.5f / CircleSquareScale * y);
+        glVertex2f(x * r, y * r);
+    };
+    // With room for what is blurred in a small circle.
+    glBegin(GL_TRIANGLES);
+    corner(-0.3f, 0);
+    corner(CircleSquareScale, -0.5f);
+    corner(CircleSquareScale, 0.5f);
     glEnd();
+}
+
+void DrawCircle(float r, bool cake)
+{
+    const int open = cake ? OpenSteps : 0;
+    DrawFan(r, open, OutlineSteps - open);
+}
+
+void DrawCake(float r)
+{
+    DrawFan(r, OutlineSteps - OpenSteps, OutlineSteps + OpenSteps);
 }
 }

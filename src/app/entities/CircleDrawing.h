@@ -27,6 +27,11 @@ rendering::ImageFloatPtr MakeCircleImage(bool cake);
 const rendering::TextureProxy& GetCircleTex(bool cake);
 /// The square of a circle around the origin, with the whole texture. Nothing when r is 0 or less.
 void DrawCircleRect(float r);
+/// The part of that square which holds the wedge and little else. Nothing when r is 0 or less.
+void DrawCakeTriangle(float r);
 /// A filled circle around the origin. Nothing when r is 0 or less.
+/// @param cake  leave the wedge open
 void DrawCircle(float r, bool cake);
+/// The wedge that DrawCircle leaves open. Nothing when r is 0 or less.
+void DrawCake(float r);
 }

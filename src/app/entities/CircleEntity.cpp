@@ -28,6 +28,11 @@ const int EllipsePoints = 64;       // of the polygon that a circle becomes
 const float RoundTolerance = 1e-5f; // by which the radii of a circle may differ, in parts
 const float CakeBrightness = 0.75f; // of the wedge, in parts of the colour
 
+math::Vec4 GetCakeColor(const math::Vec4& color)
+{
+    return math::Vec4(color.XYZ() * CakeBrightness, color.w);
+}
+
 struct CircleShader final : GeomShader
 {
     CircleShader()
@@ -91,7 +96,7 @@ void CircleEntity::DrawWithShader() const
     shader.m_pixelSize.Set(App::GetInstancePtr()->GetPixelSize());
     shader.m_radius.Set(r);
     shader.m_squareScale.Set(CircleSquareScale);
-    shader.m_cakeSlizeColor.Set(math::Vec4(color.XYZ() * CakeBrightness, color.w));
+    shader.m_cakeSlizeColor.Set(GetCakeColor(color));
     shader.m_cakeSize.Set(CircleCakeSize);
     DrawCircleRect(r);
 }
@@ -105,6 +110,8 @@ void CircleEntity::DrawPolygon() const
     glDisable(GL_TEXTURE_2D);
     renderer->SetColor4(GetColor4());
     DrawCircle(r - GetBorderWidth(), true);
+    renderer->SetColor4(GetCakeColor(GetColor4()));
+    DrawCake(r - GetBorderWidth());
     renderer->SetColor4(GetBorderColor());
     DrawCircle(std::max(r, GetMinHalfSize()), false);
     glEnable(GL_TEXTURE_2D);
@@ -114,16 +121,20 @@ void CircleEntity::DrawTexture() const
 {
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();
     const float r = GetCircle().GetRadius();
+    const float inner = r - GetBorderWidth();
     glDisable(GL_BLEND);
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_GREATER, 0.5f);
-    renderer->SetColor4(GetBorderColor());
-    GetCircleTex(false)->Bind();
-    DrawCircleRect(std::max(r, GetMinHalfSize()));
     glDepthFunc(GL_LEQUAL);
-    renderer->SetColor4(GetColor4());
+    GetCircleTex(false)->Bind();
+    renderer->SetColor4(GetBorderColor());
+    DrawCircleRect(std::max(r, GetMinHalfSize()));
+    // The wedge is what the inside leaves open.
+    renderer->SetColor4(GetCakeColor(GetColor4()));
+    DrawCakeTriangle(inner);
     GetCircleTex(true)->Bind();
-    DrawCircleRect(r - GetBorderWidth());
+    renderer->SetColor4(GetColor4());
+    DrawCircleRect(inner);
     GetCircleTex(true)->Unbind();
     glDepthFunc(GL_LESS);
     glDisable(GL_ALPHA_TEST);

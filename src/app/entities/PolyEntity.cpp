@@ -33,8 +33,11 @@ struct PolyShader final : GeomShader
     EntityUniform<float> m_distScale{*this, "DistScale"}; // world units
 };
 
-// Of the range of the map, the largest border that leaves something of the inside.
+// Of the range of a map, the largest border that leaves something of the inside.
 const float MaxBorder = 127.0f / 256;
+// How much farther the deep map reaches: a sixth of the polygon's length, which is as much as a border ever
+// needs. Any farther and 256 steps would show at the outline.
+const float DeepReach = 8;
 
 float CalcDistScale(const physics::Polygon& polygon)
 {
@@ -51,6 +54,16 @@ rendering::ImageFloatPtr MakeDistImage(const physics::Polygon& polygon, float di
         for (unsigned x = 0; x < distances.GetWidth(); ++x)
             (*image)(x, y) = std::clamp(distances(x, y) / distScale + 0.5f, 0.0f, 1.0f);
     return image;
+}
+
+float FindDeepest(const physics::Polygon& polygon)
+{
+    const util::Array2D<float>& distances = polygon.GetDistMap();
+    float least = 0;
+    for (unsigned y = 0; y < distances.GetHeight(); ++y)
+        for (unsigned x = 0; x < distances.GetWidth(); ++x)
+            least = std::min(least, distances(x, y));
+    return -least;
 }
 
 void LogNoTransparency()
@@ -94,7 +107,9 @@ PolyEntity::PolyEntity(const util::SharedPtr<physics::Polygon>& geom)
 PolyEntity::PolyEntity(const PolyEntity& o)
     : FiniteGeomEntity(o.GetPolygon().Clone())
     , m_distScale(o.m_distScale)
+    , m_deepest(o.m_deepest)
     , m_distTexture(o.m_distTexture)
+    , m_deepTexture(o.m_deepTexture)
 {
     CopyFrom(&o);
 }
@@ -108,9 +123,27 @@ physics::Polygon& PolyEntity::GetPolygon() const
 
 void PolyEntity::LoadRenderingResources() const
 {
-    if (!m_distTexture.GetMentor())
-        m_distTexture = rendering::TextureManager::GetInstancePtr()->Load(
-            MakeDistImage(GetPolygon(), m_distScale), {GL_ALPHA, false});
+    if (m_distTexture.GetMentor())
+        return;
+    m_distTexture = rendering::TextureManager::GetInstancePtr()->Load(
+        MakeDistImage(GetPolygon(), m_distScale), {GL_ALPHA, false});
+    m_deepest = FindDeepest(GetPolygon());
+}
+
+PolyEntity::Map PolyEntity::GetDistMap() const
+{
+    return {&m_distTexture, m_distScale};
+}
+
+PolyEntity::Map PolyEntity::GetDeepMap() const
+{
+    const float scale = std::min(DeepReach * m_distScale, 2 * m_deepest);
+    if (!(scale > 0))
+        return GetDistMap();
+    if (!m_deepTexture.GetMentor())
+        m_deepTexture = rendering::TextureManager::GetInstancePtr()->Load(
+            MakeDistImage(GetPolygon(), scale), {GL_ALPHA, false});
+    return {&m_deepTexture, scale};
 }
 
 void PolyEntity::Draw() const
@@ -123,22 +156,11 @@ void PolyEntity::Draw() const
     DrawOutlines();
     if (IsTiny())
         // The middle of a pixel may lie beside it wherever its map is looked at: all of the map is drawn.
-        DrawFixedFunction(HasBorder() ? GetBorderColor() : GetColor4(), 1);
+        DrawFixedFunction(HasBorder() ? GetBorderColor() : GetColor4(), GetDistMap(), 1);
     else if (GetEntityShader<PolyShader>().IsUsable() && rendering::HasMultiTexturing())
         DrawWithShader();
     else
-    {
-        // The texture knows distances up to half its scale. A wider border ends before that, so that
-        // something of the inside is left.
-        const float border = std::min(GetBorderWidth() / m_distScale, MaxBorder);
-        if (border > 0)
-        {
-            DrawFixedFunction(GetBorderColor(), 0.5f);
-            glDepthFunc(GL_LEQUAL);
-        }
-        DrawFixedFunction(GetColor4(), 0.5f - border);
-        glDepthFunc(GL_LESS);
-    }
+        DrawWithAlphaTest();
     if (App::GetInstancePtr()->GetDrawVertices())
         DrawVertices();
     glPopMatrix();
@@ -156,8 +178,10 @@ void PolyEntity::DrawWithShader() const
     PolyShader& shader = GetEntityShader<PolyShader>();
     // Deliberate: a line of ink. It is at least about as wide as the map reaches, and as it takes all of
     // its width for a pixel, it runs out from the outline to the inside.
-    const float border = HasBorder() ? std::max(GetBorderWidth(), m_distScale * MaxBorder) : 0;
-    m_distTexture->Bind(0);
+    const float reach = m_distScale * MaxBorder;
+    const float border = HasBorder() ? std::max(GetBorderWidth(), reach) : 0;
+    const Map map = border > std::min(reach, m_deepest) ? GetDeepMap() : GetDistMap();
+    (*map.texture)->Bind(0);
     {
         const util::BindScope<rendering::Shader> bound(shader.Get());
         shader.m_insideColor.Set(GetColor4());
@@ -165,13 +189,27 @@ void PolyEntity::DrawWithShader() const
         shader.m_borderWidth.Set(border);
         shader.m_pixelSize.Set(std::max(App::GetInstancePtr()->GetPixelSize(), border));
         shader.m_distSampler.Set(0);
-        shader.m_distScale.Set(m_distScale);
+        shader.m_distScale.Set(map.scale);
         DrawMap();
     }
-    m_distTexture->Unbind(0);
+    (*map.texture)->Unbind(0);
 }
 
-void PolyEntity::DrawFixedFunction(const Vec4& color, float threshold) const
+void PolyEntity::DrawWithAlphaTest() const
+{
+    // Some of the inside is left of what is thin, too.
+    const float border = std::min(GetBorderWidth(), m_deepest * 0.5f);
+    const Map map = border > m_distScale * MaxBorder ? GetDeepMap() : GetDistMap();
+    if (border > 0)
+    {
+        DrawFixedFunction(GetBorderColor(), map, 0.5f);
+        glDepthFunc(GL_LEQUAL);
+    }
+    DrawFixedFunction(GetColor4(), map, 0.5f - std::min(border / map.scale, MaxBorder));
+    glDepthFunc(GL_LESS);
+}
+
+void PolyEntity::DrawFixedFunction(const Vec4& color, const Map& map, float threshold) const
 {
     if (color.w == 0)
         return;
@@ -189,21 +227,21 @@ void PolyEntity::DrawFixedFunction(const Vec4& color, float threshold) const
         glBlendFunc(GL_CONSTANT_ALPHA, GL_ONE_MINUS_CONSTANT_ALPHA);
     }
     rendering::Renderer::GetInstancePtr()->SetColor4(Vec4(color.XYZ(), 1));
-    DrawInside(threshold);
+    DrawInside(map, threshold);
     if (isOpaque)
         glEnable(GL_BLEND);
     else
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-/// What lies so deep, in parts of the texture's range, with 0.5 for the outline.
-void PolyEntity::DrawInside(float threshold) const
+/// What lies so deep, in parts of the map's range, with 0.5 for the outline.
+void PolyEntity::DrawInside(const Map& map, float threshold) const
 {
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_LEQUAL, threshold);
-    m_distTexture->Bind();
+    (*map.texture)->Bind();
     DrawMap();
-    m_distTexture->Unbind();
+    (*map.texture)->Unbind();
     glDisable(GL_ALPHA_TEST);
 }
 
@@ -213,7 +251,7 @@ void PolyEntity::DrawBlack() const
     rendering::Renderer::GetInstancePtr()->SetColor4(0, 0, 0, 1);
     glPushMatrix();
     GetGeom()->GetPose().MultToGL();
-    DrawInside(0.5f);
+    DrawInside(GetDistMap(), 0.5f);
     glPopMatrix();
 }
 

@@ -27,21 +27,36 @@ public:
     void SerializeTo(EntitySerializer& serializer) const override;
 
 private:
-    /// Shares the texture, for the same outline has the same map.
+    /// Shares the textures, for the same outline has the same maps.
     PolyEntity(const PolyEntity& o);
+
+    // The distances to the outline as a texture.
+    struct Map
+    {
+        const rendering::TextureProxy* texture;
+        float scale; // world units that its range from 0 to 1 stands for
+    };
 
     physics::Polygon& GetPolygon() const;
     /// Turns the polygon's distance map into a texture. Once, at the first draw.
     void LoadRenderingResources() const;
+    /// Precise, and for what lies near to the outline only.
+    Map GetDistMap() const;
+    /// For a border that is wider than that map reaches, on a small polygon or a thin one. Made when it is
+    /// first asked for.
+    Map GetDeepMap() const;
     bool IsTiny() const;
     void DrawWithShader() const;
-    void DrawFixedFunction(const math::Vec4& color, float threshold) const;
-    void DrawInside(float threshold) const;
+    void DrawWithAlphaTest() const;
+    void DrawFixedFunction(const math::Vec4& color, const Map& map, float threshold) const;
+    void DrawInside(const Map& map, float threshold) const;
     void DrawMap() const;
     void DrawOutlines() const;
     void DrawVertices() const;
 
-    float m_distScale; // world units that the texture's range from 0 to 1 stands for
+    float m_distScale;           // of the texture, in world units
+    mutable float m_deepest = 0; // how far from the outline the inside goes, in world units
     mutable rendering::TextureProxy m_distTexture;
+    mutable rendering::TextureProxy m_deepTexture;
 };
 }
