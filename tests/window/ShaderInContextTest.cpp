@@ -196,6 +196,7 @@ protected:
     {
         RisesToTheRight, // from 0 to nearly 1
         RisesDownwards,
+        IsFullBelow, // 1 in the lower half at once
         IsFull
     };
 
@@ -208,6 +209,7 @@ protected:
             {
                 const int value = shape == RisesToTheRight  ? 4 * x
                                   : shape == RisesDownwards ? 4 * (Size - 1 - y)
+                                  : shape == IsFullBelow    ? 255 * (y < Size / 2)
                                                             : 255;
                 for (const int channel : {value, int(green), value, value})
                     field.push_back(static_cast<unsigned char>(channel));
@@ -370,7 +372,7 @@ TEST_F(ShaderInContextTest, ABoxHasItsBorderInsideItsEdgeAtAnyZoom)
     });
 }
 
-TEST_F(ShaderInContextTest, ABoxMayHaveNoBorderOrNothingElse)
+TEST_F(ShaderInContextTest, ABoxMayHaveNoBorderAndNeverNothingElse)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
@@ -382,8 +384,17 @@ TEST_F(ShaderInContextTest, ABoxMayHaveNoBorderOrNothingElse)
 
         View(10);
         DrawBox(Vec2(20, 10), Red, Green, 100);
-        EXPECT_PIXEL(Green, 0, 0);
+        EXPECT_PIXEL(Red, 0, 0);
+        EXPECT_PIXEL(Red, 14, 4);
+        EXPECT_PIXEL(Green, 15, 5);
         EXPECT_PIXEL(Green, 19, 9);
+        // A plank of four pixels.
+        View(10);
+        DrawBox(Vec2(20, 2), Red, Green, 3);
+        EXPECT_PIXEL(Green, 0, 1);
+        EXPECT_PIXEL(Red, 0, 0);
+        EXPECT_PIXEL(Red, 0, -1);
+        EXPECT_PIXEL(Green, 0, -2);
 
         // Thinner than a pixel: as much as it covers.
         View(10);
@@ -454,7 +465,7 @@ TEST_F(ShaderInContextTest, ACircleHasItsBorderInsideAndAWedgeAtAnyZoom)
     });
 }
 
-TEST_F(ShaderInContextTest, ACircleMayHaveNoBorderOrNothingElse)
+TEST_F(ShaderInContextTest, ACircleMayHaveNoBorderAndNeverNothingElse)
 {
     EXPECT_FINE_IN_FRESH_PROCESS({
         Start();
@@ -466,8 +477,9 @@ TEST_F(ShaderInContextTest, ACircleMayHaveNoBorderOrNothingElse)
 
         View(10, Vec2(0.5f, 0.5f));
         DrawCircle(20, Red, Green, 100, White);
-        EXPECT_PIXEL(Green, 0, 0);
-        EXPECT_PIXEL(Green, 10, 0);
+        EXPECT_PIXEL(Red, -13, 0);
+        EXPECT_PIXEL(White, 13, 0);
+        EXPECT_PIXEL(Green, 0, 15);
 
         View(10, Vec2(0.5f, 0.5f));
         DrawCircle(20, Vec4(1, 0, 0, 0.25f), Vec4(0, 1, 0, 0.75f), 3, Vec4(1, 1, 1, 0.5f));
@@ -665,7 +677,7 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
 
         // Darker with depth, of which green tells.
         float before = 1;
-        for (const unsigned char green : {0, 16, 32, 255})
+        for (const unsigned char green : {0, 8, 16, 32})
         {
             glClear(GL_COLOR_BUFFER_BIT);
             DrawWater(blue, 0.5f, green);
@@ -674,10 +686,13 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
             EXPECT_LT(0.4f, depth) << "but a little";
             before = depth;
         }
-        // Most of it within a few pixels of the surface: green rises slowly from there.
-        glClear(GL_COLOR_BUFFER_BIT);
-        DrawWater(blue, 0.5f, 32);
-        EXPECT_NEAR(0.75f * 0.881f, At(20, 0).z, 0.02f);
+        // All of it within a few pixels of the surface: from there on green shows the single drops.
+        for (const unsigned char green : {32, 100, 255})
+        {
+            glClear(GL_COLOR_BUFFER_BIT);
+            DrawWater(blue, 0.5f, green);
+            EXPECT_NEAR(0.75f * 0.84f, At(20, 0).z, 0.01f);
+        }
 
         // The light comes from above.
         glClear(GL_COLOR_BUFFER_BIT);
@@ -687,11 +702,22 @@ TEST_F(ShaderInContextTest, WaterIsThereAboveTheCutoffWithARimOfLight)
         glClear(GL_COLOR_BUFFER_BIT);
         DrawWater(blue, 0.5f, 0, RisesDownwards);
         EXPECT_LT(At(0, 1).x + 0.2f, above);
+        glScalef(1, -1, 1);
 
-        // Far from the surface the field is flat.
+        // As wide where the field, as from afar, has no slope.
+        glClear(GL_COLOR_BUFFER_BIT);
+        DrawWater(blue, 0.5f, 0, IsFullBelow);
+        EXPECT_PIXEL(Vec4(), 0, 1);
+        for (const int y : {-1, -2, -3})
+            EXPECT_LT(0.6f, At(0, y).x) << y;
+        EXPECT_PIXEL(blue * 0.75f, 0, -5);
+        EXPECT_PIXEL(blue * 0.75f, 0, -32);
+
+        // Far from the surface the field is flat, and the edges of the window are no surface.
         glClear(GL_COLOR_BUFFER_BIT);
         DrawWater(blue, 0.5f, 0, IsFull);
-        EXPECT_PIXEL(blue * 0.75f, 0, 0);
+        for (const Vec2& at : {Vec2(0, 0), Vec2(0, 31), Vec2(-32, 31), Vec2(31, -32)})
+            EXPECT_PIXEL(blue * 0.75f, int(at.x), int(at.y));
 
         // What isn't to be seen has no rim.
         glClear(GL_COLOR_BUFFER_BIT);

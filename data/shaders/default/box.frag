@@ -19,7 +19,9 @@ float Coverage(vec2 halfSize)
 void main()
 {
     vec2 halfSize = HalfSize / PixelSize;
-    float inside = Coverage(halfSize - BorderWidth / PixelSize);
+    // Of something thin, half is left for the inside.
+    float width = min(BorderWidth / PixelSize, 0.5 * min(halfSize.x, halfSize.y));
+    float inside = Coverage(halfSize - width);
     float border = Coverage(halfSize) - inside;
 
     // Each by its share and its own opacity: a border doesn't shine through the inside, and what isn't

@@ -15,7 +15,8 @@ void main()
 {
     float radius = Radius / PixelSize;
     float depth = radius - length(pos);
-    float width = BorderWidth / PixelSize;
+    // Of something small, half is left for the inside.
+    float width = min(BorderWidth / PixelSize, 0.3 * radius);
 
     // The share of this pixel: of the whole circle, of what the border leaves, of the wedge in that. What is
     // thinner than a pixel covers no more than its width.
