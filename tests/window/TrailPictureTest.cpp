@@ -160,16 +160,41 @@ TEST_F(TrailPictureTest, DebugOverlaysShowCentersSpeedsAndContacts)
         Draw();
         EXPECT_PIXEL(255, 0, 0, At(-1, 0.5f));
         EXPECT_PIXEL(255, 255, 255, At(0.5f, 0.5f));
+        Sim()->GetParticles().back()->SetVel(Vec2(0, 16));
+        Draw();
+        EXPECT_PIXEL(255, 127, 127, At(-1, 0.7f));
+        EXPECT_PIXEL(255, 127, 127, At(-1, 0.87f));
+        EXPECT_PIXEL(255, 255, 255, At(-1, 0.95f));
 
         Run("App.drawCollisions = true; Scene.addBox { pos = [1.0, -0.5]; size = [0.5, 0.5]; "
-            "color = [0.0, 0.0, 0.0, 1.0] }; Scene.addPlane { pos = [0.0, -0.74]; "
+            "friction = 0.0; color = [0.0, 0.0, 0.0, 1.0] }; Scene.addPlane { pos = [0.0, -0.6]; "
             "angle = 1.5707964; color = [0.0, 0.0, 0.0, 1.0] }");
+        Sim()->GetBodies().back()->SetVel(Vec2(0, -1));
         Sim()->Step(true);
         app::App::GetInstancePtr()->Update(0);
         ASSERT_FALSE(Sim()->GetContacts().empty());
         const Vec2 touch = Sim()->GetContacts().front()->GetPos();
         Draw();
         EXPECT_PIXEL(255, 255, 255, At(touch.x, touch.y));
+        // From it, over black, go the impulse and as much of the normal as the two overlap.
+        physics::Contact& contact = *Sim()->GetContacts().front();
+        const auto at = [&](float along)
+        {
+            // On the box, whose edge goes through the touch.
+            const Vec2 start =
+                contact.GetPos() + Vec2(contact.GetPos().x < 1 ? 0.015f : -0.015f, 0);
+            const Vec2 end = start + contact.GetNormal() * along;
+            return At(end.x, end.y);
+        };
+        const float depth = contact.GetDepth();
+        const float impulse = Dot(contact.GetTotalImpulse(), contact.GetNormal());
+        ASSERT_GT(depth, 0.1f);
+        ASSERT_GT(impulse, depth + 0.1f);
+        ASSERT_LT(impulse, 0.4f) << "out of the box";
+        EXPECT_PIXEL(32, 127, 0, at(depth - 0.03f));
+        EXPECT_PIXEL(64, 0, 0, at(depth + 0.03f));
+        EXPECT_PIXEL(64, 0, 0, at(impulse - 0.03f));
+        EXPECT_PIXEL(0, 0, 0, at(impulse + 0.03f));
         // A touch that lasts turns red.
         Sim()->SetSimTime(Sim()->GetSimTime() + 0.6);
         Draw();
