@@ -50,6 +50,25 @@ util::String MakePopupTitle(const Group& group)
     format.parse(pattern);
     return (format % name).str();
 }
+
+/// The name for a scene that has none. One that was saved under it before, perhaps in another session, gets
+/// a name of its own.
+util::String TakeUnnamed()
+{
+    util::FileSystem* files = util::FileSystem::GetInstancePtr();
+    const util::String path = MakeLongFileName(UnnamedScene);
+    if (!files->FileExists(path))
+        return UnnamedScene;
+    util::String other;
+    for (int i = 1; other.empty() || files->FileExists(MakeLongFileName(other)); ++i)
+        other = "unnamed" + util::ToString(i) + ".qib";
+    files->RenameFile(path, MakeLongFileName(other));
+    if (files->FileExists(path))
+        return other; // the log says why
+    Log(logging::LogWarning,
+        "What was saved in " + path + " is in " + MakeLongFileName(other) + " now");
+    return UnnamedScene;
+}
 }
 
 AppGUI::AppGUI()
@@ -162,7 +181,7 @@ bool AppGUI::SaveSceneAs(const util::String& name, bool autosave)
 void AppGUI::OnSceneSave()
 {
     const util::String name = FileInfo::GetInstancePtr()->GetFileName();
-    SaveSceneAs(name.empty() ? UnnamedScene : name, false);
+    SaveSceneAs(name.empty() ? TakeUnnamed() : name, false);
 }
 
 void AppGUI::OnSceneLoad()

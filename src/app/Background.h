@@ -46,6 +46,7 @@ public:
     /// Where it is drawn, and may be out of view, if its picture is as high as it is wide.
     /// @param zoom  of the camera
     math::BoundingBox CalcCloudBox(const Particle& cloud, float zoom) const;
+    /// @return  the place in the field, from -0.5 up to 0.5 and without that
     static float WrapField(float x);
 
 private:

@@ -38,7 +38,7 @@ public:
     void Run();
     void Exit() { m_exit = true; }
     /// Once, at the end of the next frame that is drawn: the frame buffer holds all of it then, with the
-    /// alpha that the scene left. A std::exception is logged and goes no further.
+    /// alpha that the scene left. A std::exception is logged as that of a screenshot and goes no further.
     void CallWithFrame(std::function<void()> function) { m_onFrame.push_back(std::move(function)); }
     /// Whether somebody has asked for the exit.
     bool IsExiting() const { return m_exit; }

@@ -58,6 +58,7 @@ public:
     void Bind() const;
     void Unbind() const;
     /// Makes that unit the active one and leaves it so.
+    /// @param unit  from 0 on, below GL_MAX_TEXTURE_UNITS
     /// @throws BadCoderException  without HasMultiTexturing
     void Bind(int unit) const;
     void Unbind(int unit) const;

@@ -166,7 +166,6 @@ public:
     const FunctionCall* AsFunctionCall() const override { return this; }
 
     const ExpressionPtr& GetFunction() const { return m_function; }
-    const BlockPtr& GetArgs() const { return m_args; }
 
 private:
     ExpressionPtr m_function;

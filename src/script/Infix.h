@@ -24,7 +24,6 @@ public:
     ~Infix() override;
 
     double GetPrecedence() const { return m_precedence; }
-    Associativity GetAssociativity() const { return m_associativity; }
     const std::vector<util::String>& GetPattern() const { return m_pattern; }
     const ExpressionPtr& GetFunction() const { return m_function; }
     /// The number of holes.

@@ -738,6 +738,17 @@ TEST_F(AppGUIEventsTest, SavesUnderTheNameOfTheScene)
         EXPECT_TRUE(log.Has("Scene saved to " + (Dir() / "scenes/unnamed.qib"))) << log.Text();
     }
     EXPECT_EQ("unnamed.qib", FileInfo::GetInstancePtr()->GetFileName());
+    AddBox(2, 0);
+    TapCtrl('s');
+    EXPECT_EQ(Save(), test::Slurp(Dir() / "scenes/unnamed.qib"));
+    EXPECT_FALSE(boost::filesystem::exists(Dir() / "scenes/unnamed1.qib")) << "the same scene";
+    // Another one must not be the end of that.
+    const util::String former = Save();
+    FileInfo::GetInstancePtr()->SetFileName("");
+    AddBox(4, 0);
+    TapCtrl('s');
+    EXPECT_EQ(Save(), test::Slurp(Dir() / "scenes/unnamed.qib"));
+    EXPECT_EQ(former, test::Slurp(Dir() / "scenes/unnamed1.qib"));
     FileInfo::GetInstancePtr()->SetFileName("mine");
     TapCtrl('s');
     EXPECT_EQ(Save(), test::Slurp(Dir() / "scenes/mine.qib"));

@@ -110,6 +110,9 @@ check "a recording is looked for there" is \
 check "a picture goes there" is \
     "$("$prefix/bin/quib" --after 1 --screenshot "a.qib" 2>&1 | tail -n 1)" \
     "quib: --screenshot needs a file, and \"$work/a.qib\" is a scene"
+check "so is one after an equals sign" is \
+    "$("$prefix/bin/quib" --after=1 --screenshot="a b.qib" c.qib 2>&1 | tail -n 1)" \
+    "quib: --screenshot needs a file, and \"$work/a b.qib\" is a scene"
 
 # What the user changed stays; a link to a tree that has moved is renewed.
 echo "// mine" >"$home/autoexec.cfg"

@@ -39,11 +39,6 @@ public:
     virtual const FiniteGeomEntity* AsFiniteGeomEntity() const { return nullptr; }
     virtual const JointEntity* AsJointEntity() const { return nullptr; }
     virtual const PenEntity* AsPenEntity() const { return nullptr; }
-    GeomEntity* ToGeomEntity() { return const_cast<GeomEntity*>(AsGeomEntity()); }
-    FiniteGeomEntity* ToFiniteGeomEntity()
-    {
-        return const_cast<FiniteGeomEntity*>(AsFiniteGeomEntity());
-    }
     JointEntity* ToJointEntity() { return const_cast<JointEntity*>(AsJointEntity()); }
     PenEntity* ToPenEntity() { return const_cast<PenEntity*>(AsPenEntity()); }
 

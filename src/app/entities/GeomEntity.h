@@ -28,6 +28,7 @@ public:
     const GeomEntity* AsGeomEntity() const override { return this; }
 
     const util::SharedPtr<physics::Geom>& GetGeom() const { return m_geom; }
+    /// @param set  of the CollideSets, as bits: two geometries with one in common collide
     void SetCollideSet(int set) { m_collideSet = set; }
     /// Null before the entity is in the simulation.
     util::SharedPtr<physics::Body> GetBody() const;

@@ -50,6 +50,7 @@ public:
     /// In the world.
     math::Vec2 GetPos() const;
 
+    /// World units; how wide it writes, and how large it is drawn and picked.
     float GetSize() const { return m_size; }
     void SetSize(float size) { m_size = size; }
     /// From the oldest to the newest.
