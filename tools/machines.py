@@ -51,9 +51,9 @@ def bridge(path):
     banks = []
     for side in (-1, 1):
         xs = [side * (half + 0.25 * i) for i in range(45)]
-        outline = [(x, bank_height(x)) for x in xs] + [(xs[-1], -8.0), (xs[0], -8.0)]
+        outline = [(x, bank_height(x)) for x in xs] + [(xs[-1], -7.5), (xs[0], -7.5)]
         banks.append(scene.polygon(LEAF, outline, friction=0.8))
-    towers = [scene.box(SAND, (side * half, (top - 7.5) / 2), (0.6, top + 8.0), collideSet=GHOST)
+    towers = [scene.box(SAND, (side * half, (top - 7.25) / 2), (0.6, top + 7.75), collideSet=GHOST)
               for side in (-1, 1)]
 
     welds = [(part, part.pos) for part in banks]
@@ -157,11 +157,13 @@ def car(path):
     scene.plane(EARTH, (0.0, -3.0), 0.0)
     # The body is in a layer apart from the wheels, which it overlaps.
     wheel_layer, body_layer, both = 1, 2, 3
+    # Short pieces make a smooth road. What is seen is one piece in front of them, without their seams.
     pieces = []
     for i in range(9):
-        x0, x1 = -18 + 4 * i, -14 + 4 * i
-        outline = samples(road, x0, x1, 0.2) + [(x1, -3.2), (x0, -3.2)]
+        x0, x1 = max(-18 + 4 * i, -17.6), min(-14 + 4 * i, 17.6)
+        outline = samples(road, x0, x1, 0.2) + [(x1, -2.6), (x0, -2.6)]
         pieces.append(scene.polygon(LEAF, outline, friction=1.0, restitution=0.0, collideSet=both))
+    hills = scene.polygon(LEAF, samples(road, -18, 18, 0.2) + [(18, -3.0), (-18, -3.0)], collideSet=GHOST)
     # Where the road ends.
     stops = [scene.box(SAND, (x, 1.0), (0.8, 3.0), restitution=0.1, collideSet=both)
              for x in (-17.2, 17.2)]
@@ -193,7 +195,8 @@ def car(path):
     ]
 
     for part in pieces:
-        scene.weld(part, WORLD, (part.pos[0], -2.4), 0.4)
+        scene.weld(part, WORLD, (part.pos[0], -2.2), 0.3)
+    scene.weld(hills, WORLD, (2.0, -2.2), 0.3)
     for part in stops:
         scene.weld(part, WORLD, part.pos, 0.4)
     for part in windows:
@@ -228,10 +231,10 @@ def mill(path):
 
     # The basin.
     for x in (-9.9, 11.1):
-        wall(EARTH, [(x - 0.3, ground - 0.3), (x + 0.3, ground - 0.3), (x + 0.3, -2.6), (x - 0.3, -2.6)])
+        wall(EARTH, [(x - 0.3, ground), (x + 0.3, ground), (x + 0.3, -2.6), (x - 0.3, -2.6)])
     # What the tank stands on.
     for x in (-8.4, -4.4):
-        wall(SEA, [(x - 0.35, ground - 0.2), (x + 0.35, ground - 0.2), (x + 0.2, 1.2), (x - 0.2, 1.2)],
+        wall(SEA, [(x - 0.35, ground), (x + 0.35, ground), (x + 0.2, 1.2), (x - 0.2, 1.2)],
              collideSet=GHOST, collideWater=False)
     # The tank: its floor goes on as the trough that leads to the wheel, through the slit in its wall.
     floor = lambda x: 0.75 - 0.14 * (x + 2.7)
@@ -249,7 +252,7 @@ def mill(path):
         at = lambda r, da: (hub[0] + r * math.cos(a + da), hub[1] + r * math.sin(a + da))
         points += [at(inner, -0.1), at(outer, -0.03), at(outer, 0.03), at(inner, 0.1)]
     wheel = scene.polygon(AMBER, points, density=1.0, friction=0.1, restitution=0.0)
-    post = [(hub[0] - 1.0, ground - 0.2), (hub[0] + 1.0, ground - 0.2), (hub[0] + 0.25, hub[1] + 0.4),
+    post = [(hub[0] - 1.0, ground), (hub[0] + 1.0, ground), (hub[0] + 0.25, hub[1] + 0.4),
             (hub[0] - 0.25, hub[1] + 0.4)]
     wall(PLUM, post, collideSet=GHOST, collideWater=False)
     for part in walls:
@@ -313,8 +316,8 @@ def catapult(path):
 
     # What stands behind.
     hold = at(-4.5, 0.0)
-    latch = scene.box(SEA, (hold[0], hold[1] / 2), (0.35, hold[1] + 0.4), collideSet=GHOST)
-    post = scene.polygon(SAND, [(pivot[0] - 1.0, -0.2), (pivot[0] + 1.0, -0.2),
+    latch = scene.box(SEA, (hold[0], hold[1] / 2 + 0.1), (0.35, hold[1] + 0.2), collideSet=GHOST)
+    post = scene.polygon(SAND, [(pivot[0] - 1.0, 0.0), (pivot[0] + 1.0, 0.0),
                                 (pivot[0] + 0.2, pivot[1] + 0.25), (pivot[0] - 0.2, pivot[1] + 0.25)],
                          collideSet=GHOST)
     # The stop that the arm hits.
@@ -331,7 +334,7 @@ def catapult(path):
     # The winch: a wheel that a motor turns, with the spring on its rim.
     axle, crank = (-3.9, 1.4), 0.9
     winch = scene.circle(VERMILION, axle, crank + 0.2, density=8.0, collideSet=GHOST)
-    block = scene.polygon(SAND, [(axle[0] - 0.7, -0.2), (axle[0] + 0.7, -0.2), (axle[0] + 0.2, axle[1] + 0.2),
+    block = scene.polygon(SAND, [(axle[0] - 0.7, 0.0), (axle[0] + 0.7, 0.0), (axle[0] + 0.2, axle[1] + 0.2),
                                  (axle[0] - 0.2, axle[1] + 0.2)], collideSet=GHOST)
 
     # What the load is thrown at.
