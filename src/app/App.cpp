@@ -5,7 +5,7 @@
 #include "app/Camera.h"
 #include "app/Constants.h"
 #include "app/Scene.h"
-#include "app/Trail.h"
+#include "app/FrameTrail.h"
 #include "app/Undoer.h"
 #include "app/WaterDrawing.h"
 #include "app/entities/Entity.h"
@@ -74,7 +74,7 @@ App::App()
     , m_simpleWater(this, "simpleWater", false)
     , m_waterFanceyFactor(this, "waterFanceyFactor", 10)
     , m_borders(this, "borders", true)
-    , m_trail(std::make_unique<Trail>())
+    , m_trail(std::make_unique<FrameTrail>())
     , m_water(std::make_unique<WaterDrawing>())
 {
     SetReflectedName("App");

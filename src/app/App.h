@@ -21,7 +21,7 @@ namespace app
 class AppGUI;
 class Background;
 class Entity;
-class Trail;
+class FrameTrail;
 class WaterDrawing;
 
 class App : public gui::Component, public util::Singleton<App>
@@ -131,7 +131,7 @@ private:
     mutable std::vector<util::SharedPtr<Entity>> m_visibleEntities; // during DrawComp only
     mutable std::vector<Entity*> m_pickedEntities;                  // during MarkMouseOver only
     std::vector<util::SharedPtr<physics::Contact>> m_contacts;      // of the last step, to be drawn
-    std::unique_ptr<Trail> m_trail;
+    std::unique_ptr<FrameTrail> m_trail;
     std::unique_ptr<WaterDrawing> m_water;
     util::SharedPtr<Background> m_background;
     util::SharedPtr<AppGUI> m_appGUI;

@@ -4,7 +4,7 @@
 #include "app/Camera.h"
 #include "app/DebugOverlays.h"
 #include "app/Scene.h"
-#include "app/Trail.h"
+#include "app/FrameTrail.h"
 #include "app/WaterDrawing.h"
 #include "app/entities/Entity.h"
 #include "app/tools/Tools.h"
@@ -46,7 +46,7 @@ void App::DrawComp() const
     const physics::ParticleList& particles = physics::Simulation::GetInstancePtr()->GetParticles();
     const WaterDrawing::Style water{m_simpleWater, m_metaCutoff, m_waterColor, m_waterElongation,
                                     m_waterMaxElongation};
-    const Trail::Style trail{m_fadeColor, m_fadeScale, m_fadeTranslate, m_fadeRotate};
+    const FrameTrail::Style trail{m_fadeColor, m_fadeScale, m_fadeTranslate, m_fadeRotate};
     m_water->DrawMetaTex(particles, view, water, m_visibleEntities);
 
     rendering::Renderer* renderer = rendering::Renderer::GetInstancePtr();

@@ -24,7 +24,7 @@ rendering::ImageRGBA32Ptr GetEmptyImage()
     if (image.get())
         return rendering::ImageRGBA32Ptr(image.get());
     const rendering::ImageRGBA32Ptr fresh =
-        QUIB_NEW rendering::ImageRGBA32(BigTextureSize, BigTextureSize);
+        QUIB_NEW rendering::ImageRGBA32(BigTextureSize, BigTextureSize, "frame");
     std::fill_n(fresh->data(), size_t(BigTextureSize) * BigTextureSize, rendering::PixelRGBA32());
     s_image = util::WeakPtr<rendering::ImageRGBA32>(fresh);
     return fresh;

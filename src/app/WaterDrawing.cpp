@@ -47,7 +47,7 @@ rendering::Texture* CreateMetaBallTexture()
     // Deliberate: read here, so that a change takes effect at the next Resources.reloadTextures.
     const float fanceyFactor = App::GetInstancePtr()->GetWaterFanceyFactor();
     const rendering::ImageRGBA32Ptr image =
-        QUIB_NEW rendering::ImageRGBA32(BlobTextureSize, BlobTextureSize);
+        QUIB_NEW rendering::ImageRGBA32(BlobTextureSize, BlobTextureSize, "drop of water");
     for (unsigned y = 0; y < BlobTextureSize; ++y)
         for (unsigned x = 0; x < BlobTextureSize; ++x)
             (*image)(x, y) = MetaColor(x, y, BlobTextureSize, fanceyFactor);

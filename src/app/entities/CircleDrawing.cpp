@@ -57,7 +57,8 @@ math::Vec2List CalcVecs(int n)
 
 rendering::ImageFloatPtr MakeCircleImage(bool cake)
 {
-    rendering::ImageFloatPtr image = QUIB_NEW rendering::ImageFloat(CircleTexSize, CircleTexSize);
+    rendering::ImageFloatPtr image =
+        QUIB_NEW rendering::ImageFloat(CircleTexSize, CircleTexSize, "circle");
     const float pixel = 2 * CircleSquareScale / CircleTexSize;
     for (unsigned y = 0; y < CircleTexSize; ++y)
         for (unsigned x = 0; x < CircleTexSize; ++x)

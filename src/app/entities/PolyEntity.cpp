@@ -49,7 +49,7 @@ rendering::ImageFloatPtr MakeDistImage(const physics::Polygon& polygon, float di
 {
     const util::Array2D<float>& distances = polygon.GetDistMap();
     rendering::ImageFloatPtr image =
-        QUIB_NEW rendering::ImageFloat(distances.GetWidth(), distances.GetHeight());
+        QUIB_NEW rendering::ImageFloat(distances.GetWidth(), distances.GetHeight(), "polygon");
     for (unsigned y = 0; y < distances.GetHeight(); ++y)
         for (unsigned x = 0; x < distances.GetWidth(); ++x)
             (*image)(x, y) = std::clamp(distances(x, y) / distScale + 0.5f, 0.0f, 1.0f);

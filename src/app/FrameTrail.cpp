@@ -1,4 +1,4 @@
-#include "app/Trail.h"
+#include "app/FrameTrail.h"
 
 #include "rendering/Renderer.h"
 
@@ -12,7 +12,7 @@ using math::Vec3;
 
 namespace app
 {
-static bool IsOn(const Trail::Style& style)
+static bool IsOn(const FrameTrail::Style& style)
 {
     return style.color != Vec3(0, 0, 0);
 }
@@ -24,7 +24,7 @@ static bool IsSane(const Vec2& v)
     return std::fabs(v.x) <= limit && std::fabs(v.y) <= limit;
 }
 
-void Trail::Draw(const Style& style, const Vec2& size) const
+void FrameTrail::Draw(const Style& style, const Vec2& size) const
 {
     if (!IsOn(style) || !IsFinite(style.color) || !IsSane(style.scale) ||
         !IsSane(style.translate) || !IsFinite(style.rotate))
@@ -41,7 +41,7 @@ void Trail::Draw(const Style& style, const Vec2& size) const
     glPopMatrix();
 }
 
-void Trail::Keep(const Style& style) const
+void FrameTrail::Keep(const Style& style) const
 {
     if (IsOn(style))
         m_frame.Copy();

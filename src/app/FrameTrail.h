@@ -9,7 +9,7 @@
 
 namespace app
 {
-class Trail
+class FrameTrail
 {
 public:
     struct Style
