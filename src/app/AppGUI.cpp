@@ -224,6 +224,7 @@ void AppGUI::AssignToEmptyGroup(const GroupPtr& entities)
 {
     if (entities->IsEmpty())
         return;
+    BreakOffDrag();
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     Scene::GetInstancePtr()->AddGroup(QUIB_NEW Group(entities->GetEntities()));
     Undoer::GetInstancePtr()->AddUndo(before, "UndoGroupAssignment");

@@ -179,9 +179,10 @@ void AppGUI::OnKeyEvent(const input::KeyEvent& event)
         m_shortcutKey = 0;
     if (event.IsHandled())
         return;
-    if (event.IsDown() && (OnWheel(event) || OnShortcut(event)))
+    const bool isWheel = event.IsDown() && OnWheel(event);
+    if (isWheel || (event.IsDown() && OnShortcut(event)))
     {
-        if (isPress)
+        if (isPress && !isWheel)
             m_shortcutKey = event.GetKey();
         event.SetHandled(true);
         return;
@@ -203,10 +204,7 @@ bool AppGUI::OnWheel(const input::KeyEvent& event)
     Scene* scene = Scene::GetInstancePtr();
     Camera* camera = scene->GetCamera().get();
     if (event.IsCtrlDown())
-    {
-        BreakOffDrag();
         isUp ? Redo() : Undo();
-    }
     else if (event.IsShiftDown())
         isUp ? scene->MoveToFront(GetSelection()) : scene->MoveToBack(GetSelection());
     else
@@ -227,22 +225,21 @@ bool AppGUI::OnShortcut(const input::KeyEvent& event)
         int key;
         bool withCtrl;
         bool repeats; // while the key is held
-        bool edits;
         void (AppGUI::*act)();
     } shortcuts[] = {
-        {SDLK_SPACE, false, false, false, &AppGUI::TogglePlaying},
-        {SDLK_c, true, false, false, &AppGUI::Copy},
-        {SDLK_x, true, false, true, &AppGUI::Cut},
-        {SDLK_v, true, false, true, &AppGUI::Paste},
-        {SDLK_z, true, true, true, &AppGUI::Undo},
-        {SDLK_y, true, true, true, &AppGUI::Redo},
-        {SDLK_a, true, false, false, &AppGUI::SelectAll},
-        {SDLK_s, true, false, false, &AppGUI::OnSceneSave},
-        {SDLK_o, true, false, false, &AppGUI::OnSceneLoad},
-        {SDLK_q, true, false, false, &AppGUI::Quit},
-        {SDLK_g, true, false, true, &AppGUI::GroupSelection},
-        {SDLK_u, true, false, true, &AppGUI::UngroupSelection},
-        {SDLK_DELETE, false, false, true, &AppGUI::EraseSelection},
+        {SDLK_SPACE, false, false, &AppGUI::TogglePlaying},
+        {SDLK_c, true, false, &AppGUI::Copy},
+        {SDLK_x, true, false, &AppGUI::Cut},
+        {SDLK_v, true, false, &AppGUI::Paste},
+        {SDLK_z, true, true, &AppGUI::Undo},
+        {SDLK_y, true, true, &AppGUI::Redo},
+        {SDLK_a, true, false, &AppGUI::SelectAll},
+        {SDLK_s, true, false, &AppGUI::OnSceneSave},
+        {SDLK_o, true, false, &AppGUI::OnSceneLoad},
+        {SDLK_q, true, false, &AppGUI::Quit},
+        {SDLK_g, true, false, &AppGUI::GroupSelection},
+        {SDLK_u, true, false, &AppGUI::UngroupSelection},
+        {SDLK_DELETE, false, false, &AppGUI::EraseSelection},
     };
     // The repeats of a key are for whom its press was for. A held Escape must not break off what begins next.
     if (event.IsRepeat() && event.GetKey() != m_shortcutKey)
@@ -253,11 +250,7 @@ bool AppGUI::OnShortcut(const input::KeyEvent& event)
         if (event.GetKey() == shortcut.key && (!shortcut.withCtrl || event.IsCtrlDown()))
         {
             if (shortcut.repeats || !event.IsRepeat())
-            {
-                if (shortcut.edits)
-                    BreakOffDrag();
                 (this->*shortcut.act)();
-            }
             return true;
         }
     return event.IsRepeat(); // Ctrl was let go first
@@ -285,11 +278,15 @@ bool AppGUI::OnEscape()
 
 void AppGUI::Undo()
 {
+    if (Undoer::GetInstancePtr()->GetNextUndo())
+        BreakOffDrag();
     Undoer::GetInstancePtr()->Undo();
 }
 
 void AppGUI::Redo()
 {
+    if (Undoer::GetInstancePtr()->GetNextRedo())
+        BreakOffDrag();
     Undoer::GetInstancePtr()->Redo();
 }
 
@@ -311,6 +308,7 @@ void AppGUI::Paste()
     const util::String text = input::Input::GetInstancePtr()->GetClipboardText();
     if (text.empty())
         return;
+    BreakOffDrag();
     const util::SharedPtr<PasteAction> paste = QUIB_NEW PasteAction;
     Scene* scene = Scene::GetInstancePtr();
     try
@@ -333,8 +331,10 @@ void AppGUI::Paste()
 
 void AppGUI::EraseSelection()
 {
-    if (!GetSelection()->IsEmpty())
-        Undoer::GetInstancePtr()->Do(QUIB_NEW EraseEntities(GetSelection()));
+    if (GetSelection()->IsEmpty())
+        return;
+    BreakOffDrag();
+    Undoer::GetInstancePtr()->Do(QUIB_NEW EraseEntities(GetSelection()));
 }
 
 void AppGUI::SelectAll()
@@ -352,6 +352,7 @@ void AppGUI::UngroupSelection()
 {
     if (GetSelection()->IsEmpty())
         return;
+    BreakOffDrag();
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     Scene* scene = Scene::GetInstancePtr();
     for (const GroupPtr& group : scene->GetGroups())

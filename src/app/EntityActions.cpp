@@ -133,20 +133,21 @@ void Liquify(const GroupPtr& group)
     const SnapshotPtr before = Snapshot::TakeSnapshot();
     physics::Simulation* simulation = physics::Simulation::GetInstancePtr();
     std::vector<EntityPtr> erased;
-    size_t left = static_cast<size_t>(std::max(0, App::GetInstancePtr()->GetMaxSPHSpawn()));
+    const size_t limit = static_cast<size_t>(std::max(0, App::GetInstancePtr()->GetMaxSPHSpawn()));
+    size_t left = limit;
     for (const FiniteGeomEntityPtr& solid : solids)
     {
         const BodyPtr body = solid->GetBody();
         const std::vector<Vec2> points = solid->GetEquidistantPoints();
+        if (points.empty() && limit > 0)
+            continue; // smaller than a drop
         // Each may be as much as all of them together.
-        if (left == 0 || points.size() > left)
+        if (limit == 0 || points.size() > left)
         {
             Log(logging::LogError,
                 "That would be more water than App.maxSPHSpawn allows: some stay");
             break;
         }
-        if (points.empty())
-            continue; // smaller than a drop
         left -= points.size();
         for (const Vec2& pos : points)
             simulation->AddParticle(

@@ -9,12 +9,6 @@ PasteAction::State::State()
 {
 }
 
-void PasteAction::State::Restore() const
-{
-    settings.Restore();
-    snapshot->Restore();
-}
-
 PasteAction::PasteAction()
     : Action("UndoCodePaste")
     , m_after(m_before)
@@ -26,15 +20,23 @@ PasteAction::~PasteAction() = default;
 void PasteAction::NoteResult()
 {
     m_after = State();
+    m_hasChangedSettings = !(m_after.settings == m_before.settings);
 }
 
 void PasteAction::Do()
 {
-    m_after.Restore();
+    Restore(m_after);
 }
 
 void PasteAction::Undo()
 {
-    m_before.Restore();
+    Restore(m_before);
+}
+
+void PasteAction::Restore(const State& state) const
+{
+    if (m_hasChangedSettings)
+        state.settings.Restore();
+    state.snapshot->Restore();
 }
 }

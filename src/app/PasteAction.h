@@ -23,13 +23,14 @@ private:
     struct State
     {
         State();
-        void Restore() const;
 
         SnapshotPtr snapshot;
         SceneSettings settings;
     };
+    void Restore(const State& state) const;
 
     State m_before;
     State m_after;
+    bool m_hasChangedSettings = false; // else those of the time of the undo stay
 };
 }

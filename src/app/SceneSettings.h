@@ -14,6 +14,7 @@ public:
     SceneSettings();
 
     void Restore() const;
+    bool operator==(const SceneSettings& o) const;
 
 private:
     script::CodeBlockPtr m_settings;

@@ -5,6 +5,7 @@
 #include "app/Scene.h"
 #include "app/entities/GeomEntity.h"
 #include "core/ResourceManager.h"
+#include "core/Subsystem.h"
 #include "physics/SPH.h"
 #include "rendering/Pushers.h"
 #include "rendering/QuadBatch.h"
@@ -35,15 +36,8 @@ const float BlobReach = 4;
 const rendering::Texture::Quality ClampLinear(true, true, true, true, true);
 const rendering::Texture::Quality RepeatLinear(false, false, true, true, true);
 
-bool s_hasAlpha = false; // of the window
-
 rendering::Texture* CreateMetaBallTexture()
 {
-    // Once for each window, as this is.
-    GLint alphaBits = 0;
-    if (rendering::HasGLLoaded())
-        glGetIntegerv(GL_ALPHA_BITS, &alphaBits);
-    s_hasAlpha = alphaBits > 0;
     // Deliberate: read here, so that a change takes effect at the next Resources.reloadTextures.
     const float fanceyFactor = App::GetInstancePtr()->GetWaterFanceyFactor();
     const rendering::ImageRGBA32Ptr image =
@@ -276,7 +270,7 @@ void WaterDrawing::DrawSurfaceByShader(const Style& style, const Vec2& size) con
 void WaterDrawing::DrawSurfaceByAlphaTest(const Style& style, const Vec2& size) const
 {
     // A window without alpha has lost the field: all of it would be water.
-    if (!s_hasAlpha)
+    if (!core::Subsystem::GetInstancePtr()->HasAlpha())
         return;
     rendering::Renderer::GetInstancePtr()->SetColor4(style.color);
     glDisable(GL_BLEND);

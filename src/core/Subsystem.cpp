@@ -266,6 +266,7 @@ void Subsystem::MakeWindow(WindowParams params)
     if (SDL_GL_GetAttribute(SDL_GL_ALPHA_SIZE, &alphaBits) != 0)
         // Deliberate: "You'r".
         QUIB_THROW(std::runtime_error("You'r computer won't let me query the alpha bit depth"));
+    m_hasAlpha = alphaBits > 0;
     if (alphaBits != 8)
         Log(logging::LogWarning,
             "Your computer doesn't support alpha framebuffers; water may not be rendered "

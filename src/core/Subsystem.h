@@ -43,6 +43,8 @@ public:
     /// Whether somebody has asked for the exit.
     bool IsExiting() const { return m_exit; }
 
+    /// Whether the frame buffer keeps it.
+    bool HasAlpha() const { return m_hasAlpha; }
     int GetWidth() const { return m_windowParams.GetWidth(); }
     int GetHeight() const { return m_windowParams.GetHeight(); }
     /// What the attributes ask for.
@@ -95,6 +97,7 @@ private:
     unsigned m_profiledUntil = 0; // milliseconds of real time
     bool m_exit = false;
     bool m_mayShineThrough = true; // this window
+    bool m_hasAlpha = false;       // its frame buffer
     VideoMode m_videoMode;
     WindowParams m_windowParams; // in force
     WindowParams m_configParams; // asked for

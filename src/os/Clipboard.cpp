@@ -61,6 +61,7 @@ struct Owner
     Display* display = nullptr;
     Window window = 0;
     util::String text; // Latin-1
+    bool isServed = true;
 };
 Owner s_owner;
 
@@ -168,6 +169,8 @@ void SetProperty(const XSelectionRequestEvent& request, Atom property, Atom type
 /// @return false when the text is not to be had as that
 bool Serve(const XSelectionRequestEvent& request, const Atoms& atoms, Atom property)
 {
+    if (!s_owner.isServed)
+        return false;
     if (request.target == atoms.targets)
     {
         const Atom targets[] = {atoms.targets, atoms.utf8, XA_STRING, atoms.text};
@@ -201,15 +204,12 @@ bool OwnClipboard(const util::String& text)
     Display* const display = lock.GetDisplay();
     const Window window = GetWindow(display);
     const Atom clipboard = Atoms(display).clipboard;
-    if (!FitsRequest(display, text))
-    {
-        // Nor must anybody get what was copied before.
-        XSetSelectionOwner(display, clipboard, None, CurrentTime);
-        return false;
-    }
-    s_owner.text = text;
+    // One that is too large is ours all the same: nobody must get what was copied before, nor a program that
+    // looks after what has no owner bring that back.
+    s_owner.isServed = FitsRequest(display, text);
+    s_owner.text = s_owner.isServed ? text : "";
     XSetSelectionOwner(display, clipboard, window, CurrentTime);
-    return XGetSelectionOwner(display, clipboard) == window;
+    return s_owner.isServed && XGetSelectionOwner(display, clipboard) == window;
 }
 
 ClipboardState GetClipboardState()

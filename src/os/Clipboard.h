@@ -10,8 +10,8 @@ namespace os
 {
 /// Puts the text there, as Latin-1 and as UTF-8.
 /// @param text  Latin-1
-/// @return false when there is no X11 window or the selection can't be had, as for a text that is too large:
-///         then it is nobody's
+/// @return false when there is no X11 window, when the selection can't be had, or when the text is too large to
+///         be served: then nobody is served any
 bool OwnClipboard(const util::String& text);
 
 enum class ClipboardState

@@ -20,7 +20,6 @@ namespace
 {
 math::TVector2<int> s_displaySize(0, 0);
 util::String s_clipboard;
-bool s_isClipboardOwned = false; // it went to the desktop, which may have another by now, or none
 }
 
 util::String CalcDataDir(const util::String& argv0)
@@ -61,8 +60,7 @@ void SetClipboardText(const util::String& text)
 {
     // Kept here, too: without a desktop copy and paste work inside the program.
     s_clipboard = text;
-    s_isClipboardOwned = OwnClipboard(text);
-    if (!s_isClipboardOwned && GetClipboardState() != ClipboardState::Unknown)
+    if (!OwnClipboard(text) && GetClipboardState() != ClipboardState::Unknown)
         std::cerr << "Unable to write text to clipboard!" << std::endl;
 }
 
@@ -77,9 +75,8 @@ util::String GetClipboardText()
         Log(logging::LogError, "The clipboard holds no text in Latin-1");
         return "";
     }
-    // Another program took it and ended.
-    const bool isGone = state == ClipboardState::Nobodys && s_isClipboardOwned;
-    return isGone ? "" : s_clipboard;
+    // Nobody's is what another program took before it ended.
+    return state == ClipboardState::Nobodys ? "" : s_clipboard;
 }
 
 bool TryLock(const util::String& path)

@@ -184,6 +184,11 @@ SDL_Surface* LoadSurface(const util::String& path)
         util::String extension = dot == util::String::npos ? "" : path.substr(dot + 1);
         s_hasFallenShort = false;
         SurfacePtr surface(IMG_LoadTyped_RW(file, 1, &extension[0]));
+        if (surface && (surface->w == 0 || surface->h == 0))
+        {
+            SDL_SetError("It has no pixels");
+            return nullptr;
+        }
         // Others read ahead, or look themselves.
         if (!surface || !s_hasFallenShort || !util::iequals(extension, "tga"))
             return surface.release();
@@ -229,8 +234,6 @@ ImageRGBA32Ptr ImageRGBA32::LoadFile(const util::String& path)
     SurfacePtr pic(LoadSurface(path));
     if (!pic)
         ThrowCouldNotLoad(path);
-    if (pic->w == 0 || pic->h == 0)
-        ThrowCorrupt(path);
     CheckSize(path, pic->w, pic->h);
     const unsigned width = pic->w, height = pic->h;
     const ImageRGBA32Ptr image = QUIB_NEW ImageRGBA32(width, height, path);

@@ -698,6 +698,50 @@ TEST_F(AppGUIEventsTest, APasteDoesNotRenameTheSceneAndIsUndoneWithItsSettings)
     FileInfo::GetInstancePtr()->ClearTexts();
 }
 
+TEST_F(AppGUIEventsTest, UndoOfAPasteThatSetsNothingLeavesTheSettingsAlone)
+{
+    Select({AddBox(0, 0)});
+    TapCtrl('c');
+    TapCtrl('v');
+    Run("Sim.gravity = [3.0, 4.0]");
+    TapCtrl('z');
+    EXPECT_EQ(1u, EntityCount());
+    EXPECT_EQ(Vec2(3, 4), Sim()->GetGravity());
+    TapCtrl('y');
+    EXPECT_EQ(Vec2(3, 4), Sim()->GetGravity());
+}
+
+TEST_F(AppGUIEventsTest, AHeldEscapeLeavesWhatBeginsMeanwhileAlone)
+{
+    TheTools()->Select(TheTools()->Get<BoxTool>());
+    test::SendKey(SDLK_ESCAPE, true);
+    MoveMouse(Vec2(0, 0));
+    Button(true);
+    MoveMouse(Vec2(1, 1));
+    ASSERT_TRUE(TheTools()->Get<BoxTool>()->IsInUse());
+    test::SendKey(SDLK_ESCAPE, true);
+    EXPECT_TRUE(TheTools()->Get<BoxTool>()->IsInUse());
+    test::SendKey(SDLK_ESCAPE, false);
+    test::SendKey(SDLK_ESCAPE, true);
+    EXPECT_FALSE(TheTools()->Get<BoxTool>()->IsInUse());
+    test::SendKey(SDLK_ESCAPE, false);
+    Button(false);
+}
+
+TEST_F(AppGUIEventsTest, WhatEditsNothingLeavesTheDragAlone)
+{
+    TheTools()->Select(TheTools()->Get<BoxTool>());
+    MoveMouse(Vec2(0, 0));
+    Button(true);
+    MoveMouse(Vec2(1, 1));
+    Tap(SDLK_DELETE);
+    TapCtrl('z');
+    TapCtrl('v');
+    EXPECT_TRUE(TheTools()->Get<BoxTool>()->IsInUse());
+    Button(false);
+    EXPECT_EQ(1u, EntityCount());
+}
+
 TEST_F(AppGUIEventsTest, APastedPlaneStaysWhereItIs)
 {
     Select({Add("Scene.addPlane { normal = [0.0, 1.0]; dist = 2.0 }")});

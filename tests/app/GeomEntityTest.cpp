@@ -88,6 +88,8 @@ TEST_F(GeomEntityTest, BoxesAreErasedByExactlyTwoCrossings)
         {"leaves straight, with a point on the side", {{0, 0}, {0, 0.5f}, {0, 1}, {0, 2}}, false},
         {"enters straight, with a point on the side", {{2, 0}, {1, 0}, {0, 0}}, false},
         {"ends on a side", {{0, 0}, {1, 0}}, false},
+        {"ends on a corner from within", {{0, 0}, {1, 1}}, false},
+        {"ends on a corner from without", {{2, 2}, {1, 1}}, false},
         {"passes straight, with a point on a side", {{-2, 0}, {-1, 0}, {0, 0}, {2, 0}}, true},
         {"passes straight, with points on both sides", {{-2, 0}, {-1, 0}, {1, 0}, {2, 0}}, true},
         {"leaves through a corner", {{0, 0}, {2, 2}}, true},

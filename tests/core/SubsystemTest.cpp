@@ -1039,6 +1039,9 @@ TEST_F(SubsystemTest, AnIconThatIsNoneIsNamedAndSDLKeepsItsOwn)
         [&] { test::Spit(path, "BM but no picture"); },
         [&] { test::Spit(path, test::Slurp(QUIB_SOURCE_DIR "/Quib.bmp").substr(0, 1000)); },
         [&] { test::Spit(path, test::Slurp(QUIB_SOURCE_DIR "/Quib.bmp").replace(28, 1, "\7")); },
+        [&] { // without pixels
+            test::Spit(path, test::Slurp(QUIB_SOURCE_DIR "/Quib.bmp").replace(18, 4, 4, '\0'));
+        },
         [&] { boost::filesystem::create_directory(path); },
         [&] { boost::filesystem::create_symlink(path, path); },
         [&] { EXPECT_EQ(0, ::mkfifo(path.c_str(), 0600)); }, // which would be waited for

@@ -1,8 +1,6 @@
 // What bodies look like with shaders and without, by the pixels of a real OpenGL.
 #include "app/Group.h"
 #include "app/entities/GeomEntity.h"
-#include "app/tools/CircleTool.h"
-#include "app/tools/Tools.h"
 #include "core/ResourceManager.h"
 #include "math/OBB2D.h"
 #include "physics/Polygon.h"
@@ -546,30 +544,6 @@ TEST_F(EntityPictureShaderTest, TheBoxesAroundAPolygonShow)
         Run("App.drawMapOBBs = false");
         Draw();
         EXPECT_EQ(0, countGrey());
-    });
-}
-
-TEST_F(EntityPictureShaderTest, AToolsPreviewLooksAsWhatItWillMake)
-{
-    EXPECT_FINE_IN_FRESH_PROCESS({
-        Start();
-        UseShaders(false);
-        Lay("");
-        app::Tools* tools = app::Tools::GetInstancePtr();
-        const util::SharedPtr<app::CircleTool>& tool = tools->Get<app::CircleTool>();
-        tools->Select(tool);
-        // 1,100 pixels across, so that there is no texture: the border is all of the circle, but for what is
-        // in front of it.
-        const Vec2 start(-450, 150), end(100, 150);
-        tool->OnDragBegin(input::DragEvent(start, Vec2(), start, input::MouseLeft));
-        tool->OnDrag(input::DragEvent(start, end - start, end, input::MouseLeft));
-        Draw();
-        const Vec2 middle(-6.5f, 0), dir(std::cos(0.25f), std::sin(0.25f));
-        const auto at = [&](float r) { return At(middle.x + r * dir.x, middle.y + r * dir.y); };
-        const Color inside = at(5.2f), border = at(5.485f);
-        EXPECT_GT(inside.r + inside.g + inside.b, 60);
-        EXPECT_COLOR((Color{inside.r / 2, inside.g / 2, inside.b / 2}), border);
-        EXPECT_COLOR(Backdrop, at(5.53f));
     });
 }
 

@@ -15,8 +15,8 @@ varying vec2 place; // in the map
 
 void main()
 {
-    // In parts of the scale. The map's outermost cells, of 64, are all outside, but the texture's border, which
-    // may show at its very edge, isn't.
+    // In parts of the scale. The map's outermost cells, of 64, are all outside; what a driver puts around them
+    // need not be.
     float depth = 0.5 - texture2D(DistSampler, clamp(place, 0.01, 0.99)).a;
 
     // Its slope tells how large a pixel is. There is none where the map doesn't reach, which is beyond half

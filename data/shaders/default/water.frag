@@ -14,11 +14,11 @@ varying vec2 across; // the same in the viewport, 0 to 1
 
 vec4 field;
 float slope;
+vec2 pixel; // in the field
 
 // Whether there is no water so many pixels away, as a share.
 float IsDry(vec2 offset)
 {
-    vec2 pixel = vec2(dFdx(place.x), dFdy(place.y));
     // Beyond the viewport and beyond the texture there is no field.
     vec2 limit = min(place / across, vec2(1.0));
     float there = texture2D(Field, clamp(place + offset * pixel, 0.5 * pixel, limit - 0.5 * pixel)).r;
@@ -29,6 +29,8 @@ float IsDry(vec2 offset)
 void main()
 {
     field = texture2D(Field, place);
+    // Slopes are taken while the neighbors are all there.
+    pixel = vec2(dFdx(place.x), dFdy(place.y));
     // In pixels, by the field's slope. At a high zoom it has steps of more than a pixel.
     vec2 rise = vec2(dFdx(field.r), dFdy(field.r));
     slope = max(length(rise), 0.005);

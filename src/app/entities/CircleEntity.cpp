@@ -125,10 +125,10 @@ void CircleEntity::DrawTexture() const
     glDisable(GL_BLEND);
     glEnable(GL_ALPHA_TEST);
     glAlphaFunc(GL_GREATER, 0.5f);
-    glDepthFunc(GL_LEQUAL);
     GetCircleTex(false)->Bind();
     renderer->SetColor4(GetBorderColor());
     DrawCircleRect(std::max(r, GetMinHalfSize()));
+    glDepthFunc(GL_LEQUAL);
     // The wedge is what the inside leaves open.
     renderer->SetColor4(GetCakeColor(GetColor4()));
     DrawCakeTriangle(inner);

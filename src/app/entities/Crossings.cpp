@@ -48,6 +48,8 @@ int CountCrossings(const physics::LinesegmentList& stroke, const physics::Linese
         }
         count += static_cast<int>(places.size());
     }
-    return count == 1 && isCornerMet ? 2 : count;
+    // An end on a corner is on one of its sides.
+    return count == 1 && isCornerMet ? std::min(2, physics::IntersectCount(stroke, outline))
+                                     : count;
 }
 }

@@ -27,7 +27,7 @@ public:
     void SerializeTo(EntitySerializer& serializer) const override;
 
 private:
-    /// Shares the textures, for the same outline has the same maps.
+    /// Shares the textures that are there, for the same outline has the same maps.
     PolyEntity(const PolyEntity& o);
 
     // The distances to the outline as a texture.

@@ -179,17 +179,27 @@ void SketchTool::AddPolygon(const physics::PolygonPtr& polygon,
     try
     {
         const SnapshotPtr before = Snapshot::TakeSnapshot();
+        const GroupPtr joints = QUIB_NEW Group;
+        // A batch of its own for each: one that both parts and welds has to settle at each change.
         {
-            WeldBatch welds;
-            const GroupPtr joints = QUIB_NEW Group;
+            WeldBatch parting;
             for (const JointEntityPtr& joint : adopted)
             {
                 joints->Add(joint);
-                Adopt(*joint, polygon);
+                if (joint->AsFixJointEntity())
+                    joint->RemoveFromSimulation();
             }
-            Scene::GetInstancePtr()->AddEntity(QUIB_NEW PolyEntity(polygon));
-            Scene::GetInstancePtr()->MoveToFront(joints);
         }
+        {
+            WeldBatch welding;
+            for (const JointEntityPtr& joint : adopted)
+                Adopt(*joint, polygon);
+            Scene::GetInstancePtr()->AddEntity(QUIB_NEW PolyEntity(polygon));
+            for (const JointEntityPtr& joint : adopted)
+                if (joint->AsFixJointEntity())
+                    joint->AddToSimulation();
+        }
+        Scene::GetInstancePtr()->MoveToFront(joints);
         Undoer::GetInstancePtr()->AddUndo(before, "UndoPolygon");
     }
     catch (std::exception& e)

@@ -41,7 +41,9 @@ std::string_view Tool::GetCursorName() const
 void Tool::OnKeyEvent(const input::KeyEvent& event)
 {
     InputListener::OnKeyEvent(event);
-    if (!event.IsHandled() && event.IsDown() && event.GetKey() == SDLK_ESCAPE && Disband())
+    // A held key must not break off what begins next.
+    const bool isPress = event.IsDown() && !event.IsRepeat();
+    if (!event.IsHandled() && isPress && event.GetKey() == SDLK_ESCAPE && Disband())
         event.SetHandled(true);
 }
 
